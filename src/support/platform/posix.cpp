@@ -1,0 +1,308 @@
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <utility>
+
+#include "support/platform/platform.h"
+
+namespace traguardo::platform {
+
+namespace {
+
+thread_local int t_last_error = 0;
+
+bool failed() {
+  t_last_error = errno;
+  return false;
+}
+
+bool ends_with_ignoring_case(std::string_view text, std::string_view suffix) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+  if (text.size() < suffix.size()) return false;
+  text.remove_prefix(text.size() - suffix.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (lower(text[i]) != lower(suffix[i])) return false;
+  }
+  return true;
+}
+
+bool is_folder(const std::string& path) {
+  struct stat info;
+  return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+}  // namespace
+
+std::wstring path_from_host_bytes(std::string_view bytes) { return widen_bytes(bytes); }
+
+std::string host_bytes_from_path(std::wstring_view path) { return narrow_low_bytes(path); }
+
+std::wstring path_in_folder(std::wstring_view folder, std::wstring_view name) {
+  while (!name.empty() && (name.front() == L'\\' || name.front() == L'/')) name.remove_prefix(1);
+  std::wstring path(folder);
+  if (!path.empty() && path.back() != L'/') path.push_back(L'/');
+  return path.append(name);
+}
+
+std::wstring executable_path() {
+  std::string buffer(128, '\0');
+  for (;;) {
+    const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
+    if (length < 0) return {};
+    if (static_cast<std::size_t>(length) < buffer.size()) {
+      return widen_bytes(std::string_view(buffer).substr(0, static_cast<std::size_t>(length)));
+    }
+    buffer.resize(buffer.size() * 2);
+  }
+}
+
+u32 last_error() { return static_cast<u32>(t_last_error); }
+
+File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kNone)) {}
+
+File& File::operator=(File&& other) noexcept {
+  if (this != &other) {
+    close();
+    handle_ = std::exchange(other.handle_, kNone);
+  }
+  return *this;
+}
+
+File::~File() { close(); }
+
+File File::open(const std::wstring& path, Access access, Share, Creation creation) {
+  // Sharing between readers and writers is no concept of this system; try_mark_in_use stands in where data is at stake.
+  int flags = O_CLOEXEC | (access == Access::kRead ? O_RDONLY : O_RDWR);
+  if (creation == Creation::kOpenOrCreate) flags |= O_CREAT;
+  if (creation == Creation::kCreateOrTruncate) flags |= O_CREAT | O_TRUNC;
+  File file;
+  int descriptor;
+  do {
+    descriptor = ::open(host_bytes_from_path(path).c_str(), flags, 0666);
+  } while (descriptor < 0 && errno == EINTR);
+  if (descriptor < 0) {
+    failed();
+    return file;
+  }
+  // A pipe or a device has no samples, and reading it could wait for ever; a folder opens for reading and fails later.
+  struct stat info;
+  if (::fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
+    t_last_error = EINVAL;
+    ::close(descriptor);
+    return file;
+  }
+  file.handle_ = descriptor;
+  return file;
+}
+
+bool File::size(u64* bytes) const {
+  struct stat info;
+  if (::fstat(static_cast<int>(handle_), &info) != 0) return failed();
+  *bytes = static_cast<u64>(info.st_size);
+  return true;
+}
+
+bool File::resize(u64 bytes) {
+  return ::ftruncate(static_cast<int>(handle_), static_cast<off_t>(bytes)) == 0 || failed();
+}
+
+bool File::reserve(u64 bytes) {
+  u64 present = 0;
+  if (!size(&present)) return false;
+  if (present >= bytes) return true;
+  const int descriptor = static_cast<int>(handle_);
+  const int code = ::posix_fallocate(descriptor, static_cast<off_t>(present), static_cast<off_t>(bytes - present));
+  if (code == 0) return true;
+  if (code != EOPNOTSUPP && code != EINVAL && code != ENOSYS) {
+    t_last_error = code;
+    // What a refused reservation took already goes back at once, so that others can have it.
+    if (::ftruncate(descriptor, static_cast<off_t>(present)) != 0) return false;
+    return false;
+  }
+  // A file system without reservations: zeros written by hand take their blocks.
+  static constexpr char kZeros[4096] = {};
+  for (u64 at = present; at < bytes;) {
+    const std::size_t piece = static_cast<std::size_t>(std::min<u64>(sizeof kZeros, bytes - at));
+    if (!write_at(at, kZeros, piece)) return false;
+    at += piece;
+  }
+  return true;
+}
+
+std::size_t File::read_at(u64 offset, void* out, std::size_t count) const {
+  std::size_t done = 0;
+  while (done < count) {
+    const ssize_t got = ::pread(static_cast<int>(handle_), static_cast<char*>(out) + done, count - done,
+                                static_cast<off_t>(offset + done));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) failed();
+    if (got <= 0) break;
+    done += static_cast<std::size_t>(got);
+  }
+  return done;
+}
+
+bool File::write_at(u64 offset, const void* bytes, std::size_t count) {
+  std::size_t done = 0;
+  while (done < count) {
+    const ssize_t put = ::pwrite(static_cast<int>(handle_), static_cast<const char*>(bytes) + done, count - done,
+                                 static_cast<off_t>(offset + done));
+    if (put < 0 && errno == EINTR) continue;
+    if (put < 0) return failed();
+    if (put == 0) {
+      t_last_error = ENOSPC;
+      return false;
+    }
+    done += static_cast<std::size_t>(put);
+  }
+  return true;
+}
+
+bool File::flush() {
+  // Nothing to do: what was written is seen by every later reader. Stores are temporary, so no crash of the machine needs
+  // to find them on the disk.
+  return true;
+}
+
+bool File::try_mark_in_use() { return ::flock(static_cast<int>(handle_), LOCK_EX | LOCK_NB) == 0 || failed(); }
+
+bool File::close() {
+  if (handle_ == kNone) return true;
+  return ::close(static_cast<int>(std::exchange(handle_, kNone))) == 0 || failed();
+}
+
+Mapping::Mapping(Mapping&& other) noexcept
+    : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)) {}
+
+Mapping& Mapping::operator=(Mapping&& other) noexcept {
+  if (this != &other) {
+    unmap();
+    data_ = std::exchange(other.data_, nullptr);
+    size_ = std::exchange(other.size_, 0);
+  }
+  return *this;
+}
+
+Mapping::~Mapping() { unmap(); }
+
+Mapping Mapping::map(const File& file, u64 offset, std::size_t length, bool writable) {
+  Mapping mapping;
+  void* data = ::mmap(nullptr, length, writable ? PROT_READ | PROT_WRITE : PROT_READ, MAP_SHARED,
+                      static_cast<int>(file.handle_), static_cast<off_t>(offset));
+  if (data == MAP_FAILED) {
+    failed();
+    return mapping;
+  }
+  mapping.data_ = static_cast<u8*>(data);
+  mapping.size_ = length;
+  return mapping;
+}
+
+void Mapping::expect_sequential_reading() {
+  if (data_ != nullptr) ::madvise(data_, size_, MADV_SEQUENTIAL);
+}
+
+bool Mapping::unmap() {
+  if (data_ == nullptr) return true;
+  return ::munmap(std::exchange(data_, nullptr), std::exchange(size_, 0)) == 0 || failed();
+}
+
+bool file_exists(const std::wstring& path) {
+  struct stat info;
+  return ::stat(host_bytes_from_path(path).c_str(), &info) == 0;
+}
+
+bool delete_file(const std::wstring& path) { return ::unlink(host_bytes_from_path(path).c_str()) == 0 || failed(); }
+
+bool copy_file(const std::wstring& from, const std::wstring& to) {
+  const File source = File::open(from, Access::kRead, Share::kRead, Creation::kMustExist);
+  if (!source) return false;
+  File target = File::open(to, Access::kReadWrite, Share::kRead, Creation::kCreateOrTruncate);
+  if (!target) return false;
+  std::string buffer(1U << 16, '\0');
+  u64 offset = 0;
+  for (;;) {
+    const std::size_t got = source.read_at(offset, buffer.data(), buffer.size());
+    if (got == 0) break;
+    if (!target.write_at(offset, buffer.data(), got)) {
+      target.close();
+      delete_file(to);
+      return false;
+    }
+    offset += got;
+  }
+  return true;
+}
+
+bool rename_file(const std::wstring& from, const std::wstring& to) {
+  return std::rename(host_bytes_from_path(from).c_str(), host_bytes_from_path(to).c_str()) == 0 || failed();
+}
+
+bool create_folders(const std::wstring& folder) {
+  const std::string path = host_bytes_from_path(folder);
+  for (std::size_t slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
+    const std::string part = path.substr(0, slash);
+    if (!part.empty() && !is_folder(part) && ::mkdir(part.c_str(), 0777) != 0 && errno != EEXIST) return failed();
+    if (slash == std::string::npos) break;
+  }
+  return is_folder(path);
+}
+
+std::vector<std::wstring> list_files(const std::wstring& folder, std::wstring_view suffix) {
+  std::vector<std::wstring> names;
+  const std::string path = host_bytes_from_path(folder);
+  const std::string ending = narrow_low_bytes(suffix);
+  DIR* stream = ::opendir(path.empty() ? "." : path.c_str());
+  if (stream == nullptr) {
+    failed();
+    return names;
+  }
+  while (const dirent* entry = ::readdir(stream)) {
+    const std::string name = entry->d_name;
+    if (name == "." || name == ".." || !ends_with_ignoring_case(name, ending)) continue;
+    if (is_folder(path + "/" + name)) continue;
+    names.push_back(widen_bytes(name));
+  }
+  ::closedir(stream);
+  return names;
+}
+
+bool read_whole_file(const std::wstring& path, std::string* bytes, u64 limit) {
+  const File file = File::open(path, Access::kRead, Share::kReadWrite, Creation::kMustExist);
+  u64 size = 0;
+  if (!file || !file.size(&size) || size > limit) return false;
+  bytes->resize(static_cast<std::size_t>(size));
+  bytes->resize(file.read_at(0, bytes->data(), bytes->size()));
+  return true;
+}
+
+bool write_whole_file(const std::wstring& path, std::string_view bytes) {
+  File file = File::open(path, Access::kReadWrite, Share::kRead, Creation::kCreateOrTruncate);
+  return file && file.write_at(0, bytes.data(), bytes.size());
+}
+
+bool append_text(const std::wstring& path, std::string_view text) {
+  File file = File::open(path, Access::kReadWrite, Share::kReadWrite, Creation::kOpenOrCreate);
+  u64 size = 0;
+  return file && file.size(&size) && file.write_at(size, text.data(), text.size());
+}
+
+bool local_time(std::time_t when, std::tm* out) { return ::localtime_r(&when, out) != nullptr; }
+
+std::string unique_token() {
+  static std::atomic<unsigned> counter{0};
+  return std::to_string(::getpid()) + "-" + std::to_string(++counter);
+}
+
+void* heap_allocate(HeapHandle, std::size_t bytes) noexcept { return std::malloc(bytes == 0 ? 1 : bytes); }
+
+void heap_free(HeapHandle, void* block) noexcept { std::free(block); }
+
+}  // namespace traguardo::platform
