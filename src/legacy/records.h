@@ -6,6 +6,7 @@
 #pragma once
 
 #include <array>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -350,8 +351,8 @@ class WmpExtraRecord : public PackedRecord<64> {};
 
 // What is known of a channel beside its record, not stored in the file.
 struct WmpChannelStatistics {
-  u16 period_ms = 0;
-  u16 frequency_hz = 0;
+  u32 period_ms = 0;
+  u32 frequency_hz = 0;
   float minimum = 0.0F;
   float mean = 0.0F;
   float maximum = 0.0F;
@@ -367,6 +368,18 @@ struct WmpRunBestLaps {
   u32 best_time_ms = 0;
   i16 best_true_lap = 0;
   u32 best_true_time_ms = 0;
+};
+
+// A run of the session. A file of a version below 600 stores no run records, and a file from 600 on may miss one that its
+// laps name: such a run has its number alone, and all else of it reads as zero.
+struct WmpRun {
+  u16 number = 0;
+  std::unique_ptr<WmpRunRecord> record;
+
+  i32 first_gear_teeth() const { return record == nullptr ? 0 : record->first_gear_teeth(); }
+  i32 second_gear_teeth() const { return record == nullptr ? 0 : record->second_gear_teeth(); }
+  float wheel_circumference_mm() const { return record == nullptr ? 0.0F : record->wheel_circumference_mm(); }
+  std::string name() const { return record == nullptr ? std::string() : record->name(); }
 };
 
 // A stretch of the time axis that one run covers, from the start of its first lap to the end of its last.
