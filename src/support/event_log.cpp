@@ -53,6 +53,7 @@ std::string format_log_line(std::string_view format, const LogArgument* argument
     std::size_t end = i + 1;
     std::string flags;
     while (end < format.size() && format[end] >= '0' && format[end] <= '9' && flags.size() < 3) flags += format[end++];
+    if (end < format.size() && format[end] == 'l') ++end;
     if (end >= format.size() || next >= count) {
       line.push_back('%');
       continue;

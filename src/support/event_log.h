@@ -35,8 +35,8 @@ LogArgument log_argument(const T& value) {
   }
 }
 
-// The text of a log line. Conversions: %s %d %u %x %p %f and %%, with an optional '0' and width for numbers. A conversion
-// without an argument prints as it stands.
+// The text of a log line. Conversions: %s %d %u %x %p %f and %%, with an optional '0' and width for numbers and an
+// optional 'l', which changes nothing. A conversion without an argument prints as it stands.
 std::string format_log_line(std::string_view format, const LogArgument* arguments, std::size_t count);
 void write_log_line(std::string_view format, const LogArgument* arguments, std::size_t count) noexcept;
 }  // namespace detail
@@ -54,13 +54,18 @@ void write_log_line(std::string_view format, const LogArgument* arguments, std::
     }                                                                                                           \
   } while (false)
 #define TRAGUARDO_LOG_ONE(a) ::traguardo::detail::log_argument(a)
-#define TRAGUARDO_LOG_PICK(_1, _2, _3, _4, NAME, ...) NAME
-#define TRAGUARDO_LOG_EACH(...)                                                                                      \
-  TRAGUARDO_LOG_PICK(__VA_ARGS__, TRAGUARDO_LOG_4, TRAGUARDO_LOG_3, TRAGUARDO_LOG_2, TRAGUARDO_LOG_1)(__VA_ARGS__)
+#define TRAGUARDO_LOG_PICK(_1, _2, _3, _4, _5, _6, _7, _8, NAME, ...) NAME
+#define TRAGUARDO_LOG_EACH(...)                                                                                   \
+  TRAGUARDO_LOG_PICK(__VA_ARGS__, TRAGUARDO_LOG_8, TRAGUARDO_LOG_7, TRAGUARDO_LOG_6, TRAGUARDO_LOG_5,             \
+                     TRAGUARDO_LOG_4, TRAGUARDO_LOG_3, TRAGUARDO_LOG_2, TRAGUARDO_LOG_1)(__VA_ARGS__)
 #define TRAGUARDO_LOG_1(a) TRAGUARDO_LOG_ONE(a)
-#define TRAGUARDO_LOG_2(a, b) TRAGUARDO_LOG_ONE(a), TRAGUARDO_LOG_ONE(b)
-#define TRAGUARDO_LOG_3(a, b, c) TRAGUARDO_LOG_ONE(a), TRAGUARDO_LOG_ONE(b), TRAGUARDO_LOG_ONE(c)
-#define TRAGUARDO_LOG_4(a, b, c, d) TRAGUARDO_LOG_ONE(a), TRAGUARDO_LOG_ONE(b), TRAGUARDO_LOG_ONE(c), TRAGUARDO_LOG_ONE(d)
+#define TRAGUARDO_LOG_2(a, b) TRAGUARDO_LOG_1(a), TRAGUARDO_LOG_ONE(b)
+#define TRAGUARDO_LOG_3(a, b, c) TRAGUARDO_LOG_2(a, b), TRAGUARDO_LOG_ONE(c)
+#define TRAGUARDO_LOG_4(a, b, c, d) TRAGUARDO_LOG_3(a, b, c), TRAGUARDO_LOG_ONE(d)
+#define TRAGUARDO_LOG_5(a, b, c, d, e) TRAGUARDO_LOG_4(a, b, c, d), TRAGUARDO_LOG_ONE(e)
+#define TRAGUARDO_LOG_6(a, b, c, d, e, f) TRAGUARDO_LOG_5(a, b, c, d, e), TRAGUARDO_LOG_ONE(f)
+#define TRAGUARDO_LOG_7(a, b, c, d, e, f, g) TRAGUARDO_LOG_6(a, b, c, d, e, f), TRAGUARDO_LOG_ONE(g)
+#define TRAGUARDO_LOG_8(a, b, c, d, e, f, g, h) TRAGUARDO_LOG_7(a, b, c, d, e, f, g), TRAGUARDO_LOG_ONE(h)
 
 class CEvtLogUtils {
  public:
