@@ -6,6 +6,7 @@
 // (derived channels), distance_table.cpp (distance over time, lap rows), dump_rebuild.cpp (samples of version 500).
 #pragma once
 
+#include <ctime>
 #include <memory>
 #include <span>
 #include <string>
