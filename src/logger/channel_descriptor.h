@@ -1,0 +1,88 @@
+// The channels of an (A or (G frame, in the order of their samples.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "logger/qlt_channel.h"
+
+namespace traguardo {
+
+class ChannelDescriptor {
+ public:
+  struct Place {
+    CCanaleQLT* channel;
+    u32 number;  // place in the list, counting those without a channel
+  };
+
+  // Null if the bytes are no descriptor: index, time base, count (groups: index, count), then exactly `count` channel
+  // indexes, at least one.
+  static std::unique_ptr<ChannelDescriptor> Acquisition(std::span<const u8> payload) {
+    return Make(payload, kAcquisitionHead, 4);
+  }
+  static std::unique_ptr<ChannelDescriptor> Group(std::span<const u8> payload) { return Make(payload, kGroupHead, 2); }
+
+  u16 index() const { return load_u16(bytes_.data()); }
+  u32 count() const { return static_cast<u32>((bytes_.size() - head_) / 2); }
+  u16 channel_index(u32 place) const { return load_u16(bytes_.data() + head_ + std::size_t{2} * place); }
+  // Acquisitions only: microseconds between two channels of a frame.
+  u64 step_us() const {
+    switch (load_u16(bytes_.data() + 2)) {
+      case 100:
+        return 1'000'000;
+      case 103:
+        return 1'000;
+      case 106:
+        return 1;
+      default:
+        return 0;
+    }
+  }
+
+  // Looks the channels up again: `by_index` maps a channel index to its object or null. Called before use whenever the
+  // channel table has changed, so that a descriptor never points to an object that is gone.
+  template <typename ByIndex>
+  void Resolve(ByIndex&& by_index) {
+    places_.clear();
+    data_length_ = 0;
+    empty_places_ = 0;
+    for (u32 i = 0; i < count(); ++i) {
+      CCanaleQLT* channel = by_index(channel_index(i));
+      if (channel == nullptr) continue;
+      places_.push_back({channel, i});
+      data_length_ += channel->sample_size();
+      if (channel->sample_size() == 0) ++empty_places_;
+    }
+  }
+  const std::vector<Place>& places() const { return places_; }
+  u32 missing() const { return count() - static_cast<u32>(places_.size()); }
+  u64 data_length() const { return data_length_; }
+  // Places whose samples take no bytes.
+  u32 empty_places() const { return empty_places_; }
+
+  // The state of the channel table that it was resolved against.
+  u64 generation = 0;
+
+ private:
+  static constexpr u32 kAcquisitionHead = 6;
+  static constexpr u32 kGroupHead = 4;
+
+  static std::unique_ptr<ChannelDescriptor> Make(std::span<const u8> payload, u32 head, u32 count_offset) {
+    if (payload.size() < head) return nullptr;
+    const u32 stated = load_u16(payload.data() + count_offset);
+    if (stated == 0 || payload.size() != std::size_t{2} * stated + head) return nullptr;
+    auto descriptor = std::make_unique<ChannelDescriptor>();
+    descriptor->bytes_.assign(payload.begin(), payload.end());
+    descriptor->head_ = head;
+    return descriptor;
+  }
+
+  std::vector<u8> bytes_;
+  u32 head_ = 0;
+  std::vector<Place> places_;
+  u64 data_length_ = 0;
+  u32 empty_places_ = 0;
+};
+
+}  // namespace traguardo

@@ -1,0 +1,63 @@
+#include "logger/chunk_assembler.h"
+
+#include <algorithm>
+
+namespace traguardo {
+
+void CanMsgAssembler::Open(char letter) { rebuilt_.assign({static_cast<u8>('('), static_cast<u8>(letter)}); }
+
+// A first chunk shorter than a time stamp gives a malformed frame, which the frame decoder rejects.
+void CanMsgAssembler::AppendTimeAndIndex(u16 index) {
+  const std::span<const u8> first = chunks_.begin()->second;
+  rebuilt_.insert(rebuilt_.end(), first.begin(), first.begin() + std::min<std::ptrdiff_t>(kTimeStampSize, std::ssize(first)));
+  rebuilt_.push_back(static_cast<u8>(index & 0xFF));
+  rebuilt_.push_back(static_cast<u8>(index >> 8));
+}
+
+void CanMsgAssembler::AppendRest(std::vector<u8>* out) const {
+  bool is_first = true;
+  for (const auto& [number, data] : chunks_) {
+    const std::size_t skipped = is_first ? std::min(kTimeStampSize, data.size()) : 0;
+    out->insert(out->end(), data.begin() + static_cast<std::ptrdiff_t>(skipped), data.end());
+    is_first = false;
+  }
+}
+
+void CanMsgAssembler::RebuildSingle(char letter, u16 index) {
+  Open(letter);
+  AppendTimeAndIndex(index);
+  AppendRest(&rebuilt_);
+  rebuilt_.push_back(')');
+}
+
+bool CanMsgAssembler::GroupIndex(u16* index) const {
+  const std::span<const u8> first = chunks_.begin()->second;
+  if (first.size() < kTimeStampSize + 2) return false;
+  *index = load_u16(first.data() + kTimeStampSize);
+  return true;
+}
+
+void CanMsgAssembler::RebuildGroup() {
+  Open('G');
+  for (const auto& [number, data] : chunks_) rebuilt_.insert(rebuilt_.end(), data.begin(), data.end());
+  rebuilt_.push_back(')');
+}
+
+// The sample that stands first in the chunks ends up as the last of the frame: the device sends it so.
+void CanMsgAssembler::RebuildMultiple(u16 index, u32 sample_size) {
+  Open('M');
+  AppendTimeAndIndex(index);
+  std::vector<u8> samples;
+  AppendRest(&samples);
+  const std::size_t first_sample = std::min<std::size_t>(sample_size, samples.size());
+  const std::size_t others = samples.size() - first_sample;
+  const u16 count = static_cast<u16>((sample_size == 0 ? 0 : others / sample_size) + 1);
+  rebuilt_.push_back(static_cast<u8>(count & 0xFF));
+  rebuilt_.push_back(static_cast<u8>(count >> 8));
+  const auto behind_first = samples.begin() + static_cast<std::ptrdiff_t>(first_sample);
+  rebuilt_.insert(rebuilt_.end(), behind_first, samples.end());
+  rebuilt_.insert(rebuilt_.end(), samples.begin(), behind_first);
+  rebuilt_.push_back(')');
+}
+
+}  // namespace traguardo

@@ -1,0 +1,116 @@
+// Packets that came over a bus of 8-byte messages: their chunks are collected, and the rebuilt frame is decoded as if it
+// stood in the file.
+
+#include <algorithm>
+
+#include "logger/logger_parser.h"
+
+namespace traguardo {
+
+namespace {
+
+constexpr u32 kRejected = 1;
+constexpr u64 kHeaderOffset = 2;
+constexpr u32 kLargestKind = 3;
+constexpr u64 kMostData = 8;
+
+}  // namespace
+
+// `has_length`: the form "(c" with a length byte; "(C" ends at its first parenthesis.
+u32 CParserZep_2Gv4::DecodeChunk(const Frame& frame, bool has_length) {
+  if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
+  const u64 data_offset = has_length ? 7 : 6;
+  if (frame.left < data_offset) {
+    errors_c_.Append(frame.position);
+    return kRejected;
+  }
+  const ChunkHeader header(load_u32(frame.at + kHeaderOffset));
+  if (header.kind() > kLargestKind) {
+    errors_c_.Append(frame.position);
+    return kRejected;
+  }
+  CanMsgAssembler& assembler = assemblers_[header.key()];
+
+  u64 length = 0;
+  if (has_length) {
+    length = frame.at[data_offset - 1];
+  } else {
+    const u8* begin = frame.at + data_offset;
+    const u8* end = begin + std::min(kMostData + 1, frame.left - data_offset);
+    length = static_cast<u64>(std::find(begin, end, static_cast<u8>(')')) - begin);
+    // The file ends before any parenthesis could stand there.
+    if (begin + length == end && frame.left - data_offset <= kMostData && length >= 1) {
+      assembler.m_err_lun_residua.Append(frame.position);
+      return kRejected;
+    }
+  }
+  if (length < 1 || length > kMostData) {
+    assembler.m_err_dim_trama.Append(frame.position);
+    return kRejected;
+  }
+  const u64 frame_length = data_offset + length + 1;
+  if (frame_length > frame.left) {
+    assembler.m_err_lun_residua.Append(frame.position);
+    return kRejected;
+  }
+  if (frame.at[frame_length - 1] != ')') {
+    assembler.m_err_parentesi.Append(frame.position);
+    return kRejected;
+  }
+
+  // From here on the frame is consumed, whatever happens to its packet.
+  const u32 consumed = static_cast<u32>(frame_length);
+  if (!assembler.Store(header.chunk(), {frame.at + data_offset, static_cast<std::size_t>(length)})) {
+    assembler.m_err_frame_n_gia_presente.Append(frame.position);
+  }
+  if (!header.is_last()) return consumed;
+  if (!assembler.IsComplete()) {
+    // The chunks stay: the next packet of this stream meets them.
+    assembler.m_err_highest_frame.Append(frame.position);
+    return consumed;
+  }
+  if (assembler.IsEmpty()) return consumed;
+  u64 failed_index = 0;
+  if (Rebuild(header, &assembler, &failed_index)) {
+    const std::span<const u8> rebuilt = assembler.rebuilt();
+    const u32 result = DecodeFrame(rebuilt[1], Frame{rebuilt.data(), rebuilt.size(), frame.position, true});
+    if (result == kStopWalk) return kStopWalk;
+    if (result == kRejected) assembler.m_err_interpreta.Append(frame.position);
+  } else {
+    assembler.m_err_riscostruisci_ich.push_back(failed_index);
+    assembler.m_err_riscostruisci_ptr.Append(frame.position);
+  }
+  assembler.Clear();
+  return consumed;
+}
+
+// False with the index that is in no table.
+bool CParserZep_2Gv4::Rebuild(const ChunkHeader& header, CanMsgAssembler* assembler, u64* failed_index) {
+  const u16 index = header.index();
+  *failed_index = index;
+  switch (static_cast<PacketKind>(header.kind())) {
+    case PacketKind::kS:
+      if (ChannelAt(index) == nullptr) return false;
+      assembler->RebuildSingle('S', index);
+      return true;
+    case PacketKind::kM:
+      if (ChannelAt(index) == nullptr) return false;
+      assembler->RebuildMultiple(index, ChannelAt(index)->sample_size());
+      return true;
+    case PacketKind::kA:
+      if (!acquisitions_.contains(index)) return false;
+      assembler->RebuildSingle('A', index);
+      return true;
+    case PacketKind::kG: {
+      u16 group = 0;
+      if (!assembler->GroupIndex(&group)) return false;
+      *failed_index = group;
+      if (!groups_.contains(group)) return false;
+      assembler->RebuildGroup();
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace traguardo

@@ -1,0 +1,245 @@
+// The data stream: everything in the file that is no tag. One function per kind of frame.
+//
+// A frame is believed when its index is known, it fits, and its closing parenthesis is where it must be; anything else
+// costs one byte, and the next frame or tag is found by itself.
+
+#include <limits>
+
+#include "logger/logger_parser.h"
+
+namespace traguardo {
+
+namespace {
+
+constexpr u32 kRejected = 1;
+constexpr u64 kFrameHead = 8;          // parenthesis, letter, time, index
+constexpr u64 kMultipleHead = 10;      // the same and a count
+constexpr u64 kTimeOffset = 2;
+constexpr u64 kIndexOffset = 6;
+constexpr u64 kCountOffset = 8;
+constexpr u64 kMicrosecondsPerMillisecond = 1000;
+constexpr u64 kOneMinute = 60'000'000;
+
+u64 time_of(const u8* frame) { return u64{load_u32(frame + kTimeOffset)} * kMicrosecondsPerMillisecond; }
+
+}  // namespace
+
+u32 CParserZep_2Gv4::OnUntaggedBytes(const u8* buffer, u32 size, u32 offset) {
+  u64 at = offset;
+  while (at < size) {
+    if (buffer[at] != '(') {
+      // "<h" may be a tag: the walker tests it.
+      if (!(buffer[at] == '<' && at + 1 < size && buffer[at + 1] == 'h')) errors_file_.Append(at);
+      break;
+    }
+    const u8 letter = at + 1 < size ? buffer[at + 1] : 0;
+    const u32 consumed = DecodeFrame(letter, Frame{buffer + at, size - at, at, false});
+    if (consumed == kStopWalk) return kStopWalk;
+    if (consumed == 0) {
+      errors_file_.Append(at);
+      break;
+    }
+    at += consumed;
+  }
+  const u64 advanced = std::min<u64>(at, size) - offset;
+  return advanced == 0 ? 1 : static_cast<u32>(advanced);
+}
+
+// 0 for a letter that is no kind of frame.
+u32 CParserZep_2Gv4::DecodeFrame(u8 letter, const Frame& frame) {
+  switch (letter) {
+    case 'S':
+      return DecodeS(frame);
+    case 'M':
+      return DecodeM(frame);
+    case 'A':
+      return DecodeA(frame);
+    case 'G':
+      return DecodeG(frame);
+    case 'C':
+      return DecodeChunk(frame, false);
+    case 'c':
+      return DecodeChunk(frame, true);
+    default:
+      return 0;
+  }
+}
+
+// Within the first minute of data any clock is believed; later one that jumps by more than a minute is not.
+bool CParserZep_2Gv4::IsPlausible(u64 time) const {
+  if (highest_time_ <= kOneMinute) return true;
+  return time <= highest_time_ + kOneMinute && time + kOneMinute >= highest_time_;
+}
+
+// A sample without bytes is a claim without cover: a frame of 11 bytes could ask for 65,535 of them. As many are believed
+// as the file has bytes.
+bool CParserZep_2Gv4::CoversEmptySamples(u64 samples) {
+  empty_samples_ += samples;
+  return empty_samples_ <= size_;
+}
+
+u32 CParserZep_2Gv4::StoreFailed() {
+  TellSinkTheEnd(false);
+  return kStopWalk;
+}
+
+u32 CParserZep_2Gv4::DecodeS(const Frame& frame) {
+  if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
+  if (frame.left < kFrameHead) {
+    errors_s_.Append(frame.position);
+    return kRejected;
+  }
+  CCanaleQLT* channel = ChannelAt(load_u16(frame.at + kIndexOffset));
+  if (channel == nullptr) {
+    errors_s_.Append(frame.position);
+    return kRejected;
+  }
+  const u64 length = kFrameHead + channel->sample_size() + 1;
+  if (length > frame.left || frame.at[length - 1] != ')') {
+    errors_s_.Append(frame.position);
+    return kRejected;
+  }
+  const u64 time = time_of(frame.at);
+  SStatMisura* statistics = channel->statistics();
+  if (!IsPlausible(time)) {
+    if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
+    return static_cast<u32>(length);
+  }
+  if (statistics != nullptr) statistics->ContaS();
+  Raise(time);
+  const u8* sample = frame.at + kFrameHead;
+  switch (channel->ConvertiAndAddValore(time, sample, frame.offset_of(sample))) {
+    case CCanaleQLT::kRifiutato:
+      if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
+      break;
+    case CCanaleQLT::kMemoriaFinita:
+      return StoreFailed();
+    case CCanaleQLT::kBuono:
+      break;
+  }
+  return static_cast<u32>(length);
+}
+
+u32 CParserZep_2Gv4::DecodeM(const Frame& frame) {
+  if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
+  if (frame.left < kMultipleHead) {
+    errors_m_.Append(frame.position);
+    return kRejected;
+  }
+  CCanaleQLT* channel = ChannelAt(load_u16(frame.at + kIndexOffset));
+  if (channel == nullptr) {
+    errors_m_.Append(frame.position);
+    return kRejected;
+  }
+  const u32 count = load_u16(frame.at + kCountOffset);
+  const u64 sample_size = channel->sample_size();
+  const u64 length = kMultipleHead + count * sample_size + 1;
+  if (length > frame.left || frame.at[length - 1] != ')' || (sample_size == 0 && !CoversEmptySamples(count))) {
+    errors_m_.Append(frame.position);
+    return kRejected;
+  }
+  const u64 time = time_of(frame.at);
+  SStatMisura* statistics = channel->statistics();
+  if (!IsPlausible(time)) {
+    if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
+    return static_cast<u32>(length);
+  }
+  if (statistics != nullptr) statistics->ContaM();
+  switch (channel->ConvertiAndAddValori(time, count, frame.at + kMultipleHead)) {
+    case CCanaleQLT::kRifiutato:
+      if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
+      break;
+    case CCanaleQLT::kMemoriaFinita:
+      return StoreFailed();
+    case CCanaleQLT::kBuono:
+      break;
+  }
+  if (count != 0) Raise(time + u64{count - 1} * channel->record().period_us());
+  return static_cast<u32>(length);
+}
+
+// The descriptor under an index, looked up against the channel table as it stands now; null if there is none.
+ChannelDescriptor* CParserZep_2Gv4::FindDescriptor(std::map<u16, std::unique_ptr<ChannelDescriptor>>* table,
+                                                   u16 index) {
+  const auto found = table->find(index);
+  if (found == table->end()) return nullptr;
+  ChannelDescriptor* descriptor = found->second.get();
+  if (descriptor->generation != table_generation_) {
+    descriptor->Resolve([this](u16 channel) { return ChannelAt(channel); });
+    descriptor->generation = table_generation_;
+  }
+  return descriptor;
+}
+
+u32 CParserZep_2Gv4::DecodeG(const Frame& frame) {
+  if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
+  ChannelDescriptor* group =
+      frame.left < kFrameHead ? nullptr : FindDescriptor(&groups_, load_u16(frame.at + kIndexOffset));
+  if (group == nullptr) {
+    errors_g_.Append(frame.position);
+    return kRejected;
+  }
+  const u64 length = kFrameHead + group->data_length() + 1;
+  if (length > frame.left || frame.at[length - 1] != ')' || !CoversEmptySamples(group->empty_places())) {
+    errors_g_.Append(frame.position);
+    return kRejected;
+  }
+  const u64 time = time_of(frame.at);
+  if (!IsPlausible(time)) {
+    errors_g_.Append(frame.position);
+    return static_cast<u32>(length);
+  }
+  Raise(time);
+  errors_g_.Append(frame.position, group->missing());
+  const u8* data = frame.at + kFrameHead;
+  for (const ChannelDescriptor::Place& place : group->places()) {
+    CCanaleQLT* channel = place.channel;
+    SStatMisura* statistics = channel->statistics();
+    if (statistics != nullptr) statistics->ContaG();
+    const CCanaleQLT::Esito outcome = channel->ConvertiAndAddValore(time, data, frame.offset_of(data));
+    if (outcome == CCanaleQLT::kMemoriaFinita) return StoreFailed();
+    if (outcome == CCanaleQLT::kRifiutato && statistics != nullptr) statistics->AggiungiErrore(frame.position);
+    data += channel->sample_size();
+  }
+  return static_cast<u32>(length);
+}
+
+u32 CParserZep_2Gv4::DecodeA(const Frame& frame) {
+  if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
+  ChannelDescriptor* acquisition =
+      frame.left < kFrameHead ? nullptr : FindDescriptor(&acquisitions_, load_u16(frame.at + kIndexOffset));
+  if (acquisition == nullptr) {
+    errors_a_.Append(frame.position);
+    return kRejected;
+  }
+  const u64 length = kFrameHead + acquisition->data_length() + 1;
+  if (length > frame.left || frame.at[length - 1] != ')' || !CoversEmptySamples(acquisition->empty_places())) {
+    errors_a_.Append(frame.position);
+    return kRejected;
+  }
+  const u64 time = time_of(frame.at);
+  if (!IsPlausible(time)) {
+    errors_a_.Append(frame.position);
+    return static_cast<u32>(length);
+  }
+  Raise(time);
+  errors_a_.Append(frame.position, acquisition->missing());
+  const u64 step = acquisition->step_us();
+  const u8* data = frame.at + kFrameHead;
+  for (const ChannelDescriptor::Place& place : acquisition->places()) {
+    CCanaleQLT* channel = place.channel;
+    const u64 sample_time = time + place.number * step;
+    Raise(sample_time);
+    SStatMisura* statistics = channel->statistics();
+    if (statistics != nullptr) statistics->ContaA();
+    const CCanaleQLT::Esito outcome = channel->ConvertiAndAddValore(sample_time, data, frame.offset_of(data));
+    if (outcome == CCanaleQLT::kMemoriaFinita) return StoreFailed();
+    if (outcome == CCanaleQLT::kRifiutato && statistics != nullptr) statistics->AggiungiErrore(frame.position);
+    data += channel->sample_size();
+  }
+  // Places without a channel at the end of the list have their times, too.
+  Raise(time + (acquisition->count() - 1) * step);
+  return static_cast<u32>(length);
+}
+
+}  // namespace traguardo

@@ -1,0 +1,142 @@
+#include "logger/logger_parser.h"
+
+#include <algorithm>
+#include <exception>
+#include <limits>
+
+#include "support/event_log.h"
+
+namespace traguardo {
+
+namespace {
+constexpr const char* kParsaFile = "CParserZep_2Gv4::ParsaFile";
+}
+
+CParserZep_2Gv4::CParserZep_2Gv4(const std::wstring& path, const LoggerReportOptions& options)
+    : CParser(path),
+      file_(path, 1, MemoryMappedArray::Modo::kLetturaIntera, false),
+      base_(file_.GetVista()),
+      // Offsets inside a file of this family are 32-bit numbers; what lies behind 4 GiB can't be named.
+      size_(static_cast<u32>(std::min<u64>(file_.GetDimensioneFile(), std::numeric_limits<u32>::max()))),
+      options_(options) {}
+
+CParserZep_2Gv4::~CParserZep_2Gv4() {
+  TRAGUARDO_LOG("CParserZep_2Gv4::~CParserZep_2Gv4", "%s [%d] NOTICE = %p\n", static_cast<const void*>(this));
+  DropTables();
+}
+
+bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
+  progress_ = nullptr;
+  for (ErrorList* list : {&errors_s_, &errors_m_, &errors_a_, &errors_g_, &errors_c_}) list->Clear();
+  decoder_ = CreaAtomTagDecoder();
+  if (decoder_ == nullptr) {
+    TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Can't alloc memory\n");
+    return false;
+  }
+  if (size_ == 0) return false;
+  if (base_ == nullptr) {
+    TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Can't alloc memory\n");
+    return false;
+  }
+  if (options_.lap_statistics) {
+    separate_lap_statistics_ = std::make_unique<SStatLap>();
+    lap_statistics_ = separate_lap_statistics_.get();
+  }
+  TRAGUARDO_LOG(kParsaFile, "%s [%d] NOTICE = OK parsing file %s\n", GetNomeFile());
+  if (progress != nullptr) {
+    progress_ = progress;
+    bool stop = false;
+    progress_handle_ = progress->Apri(&stop, 100, 1);
+    if (stop) {
+      TRAGUARDO_LOG(kParsaFile, "%s [%d] ALERT = Ext break\n");
+      TellSinkTheEnd(false);
+      return false;
+    }
+  }
+  last_session_ = 0;
+  last_lap_number_ = 0;
+  last_lap_ = nullptr;
+
+  bool good = false;
+  try {
+    good = Walk();
+  } catch (const std::exception&) {
+    TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Exception caught!\n");
+    good = false;
+  }
+  DropTables();
+  decoder_.reset();
+  TellSinkTheEnd(good);
+  progress_ = nullptr;
+  return good;
+}
+
+bool CParserZep_2Gv4::Walk() {
+  if (!decoder_->ParseAll(base_, size_, *this)) {
+    TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Bad something\n");
+    return false;
+  }
+  bool good = false;
+  if (tag_count_ == 0) {
+    TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = No tags found\n");
+  } else {
+    RunAfterWalkSteps();
+    HandOverChannels();
+    // Samples that never reached the disk are no session: a full disk is a failed open.
+    if (!FinishStores()) return false;
+    if (highest_time_ > 0) AddClosingLap();
+    RicalcolaInizioGiri();
+    RimuoviTracceVuote();
+    good = true;
+  }
+  WriteReport(GetNomeFile() + L".tw3.log");
+  SalvaTagDiDebugSePresenti();
+  return good;
+}
+
+void CParserZep_2Gv4::RunAfterWalkSteps() {
+  ExtractDateAndTime();
+  ExtractIdents(main_ident_tags_, &main_idents_);
+  ExtractIdents(net_ident_tags_, &net_idents_);
+  ExtractEcuInfo();
+}
+
+void CParserZep_2Gv4::HandOverChannels() {
+  for (const auto& [index, object] : s_channels_) {
+    if (object->channel() != nullptr) channels_.push_back(object->HandOverChannel());
+  }
+}
+
+bool CParserZep_2Gv4::FinishStores() {
+  u64 first = std::numeric_limits<u64>::max();
+  bool good = true;
+  for (const auto& channel : channels_) {
+    auto* parsed = static_cast<CParsedChannel*>(channel.get());
+    if (!parsed->ChiudiStore()) good = false;
+    if (parsed->GetNumValori() != 0) first = std::min(first, parsed->GetPrimoTempo());
+  }
+  first_time_ = first == std::numeric_limits<u64>::max() ? 0 : first;
+  return good;
+}
+
+void CParserZep_2Gv4::DropTables() {
+  by_index_.clear();
+  acquisitions_.clear();
+  groups_.clear();
+  assemblers_.clear();
+  s_channels_.clear();
+}
+
+bool CParserZep_2Gv4::ReportProgress(u64 position) {
+  if (progress_ == nullptr) return true;
+  const int percent = static_cast<int>(static_cast<double>(position) * 100.0 / static_cast<double>(size_) + 0.5);
+  if (progress_->Avanza(progress_handle_, percent)) return true;
+  TellSinkTheEnd(false);
+  return false;
+}
+
+void CParserZep_2Gv4::TellSinkTheEnd(bool good) {
+  if (progress_ != nullptr) progress_->Chiudi(progress_handle_, good ? 1 : 0);
+}
+
+}  // namespace traguardo

@@ -1,0 +1,181 @@
+// The reader of the .qlt family. One class, cut by theme: logger_parser.cpp drives the parse, header_tags.cpp takes the tags
+// that describe the session, channel_table.cpp builds the tables, data_stream.cpp and chunks.cpp decode what lies between
+// the tags, laps.cpp turns marks into laps, report.cpp and debug_tags.cpp leave behind what was seen.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "logger/channel_descriptor.h"
+#include "logger/chunk_assembler.h"
+#include "logger/error_list.h"
+#include "logger/lap_statistics.h"
+#include "logger/qlt_channel.h"
+#include "logger/tag_decoder.h"
+#include "model/parser.h"
+
+namespace traguardo {
+
+// What the reader leaves behind beside the session; all off for hosts.
+struct LoggerReportOptions {
+  bool measure_statistics = false;
+  bool lap_statistics = false;
+  bool gps_statistics = false;
+  bool gps_samples = false;
+
+  bool any() const { return measure_statistics || lap_statistics || gps_statistics || gps_samples; }
+};
+
+class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap, private ILapReceiver {
+ public:
+  // Maps the whole file at once; ParsaFile reports if that failed.
+  CParserZep_2Gv4(const std::wstring& path, const LoggerReportOptions& options);
+  ~CParserZep_2Gv4() override;
+
+  bool ParsaFile(IProgress* progress) override;
+
+  // --- IExternalHelper
+  bool OnTag(const SAtomTag& tag) override;
+  u32 OnUntaggedBytes(const u8* buffer, u32 size, u32 offset) override;
+
+  // One lap record of the 32-byte and of the 20-byte form, with the file offset that it is reported under. Another size
+  // is noted and changes nothing.
+  void LapRecord32(const u8* record, u32 size, u64 offset) override;
+  void LapRecord20(const u8* record, u32 size, u64 offset) override;
+
+  // SStatLap: the built-in history keeps counters and offsets only.
+  void Aggiungi20(u64, u32, const LapRecord&) override {}
+  void Aggiungi32(u64, u32, const LapRecord&) override {}
+
+  // Names of tags whose payloads are wanted, each with the suffix of the file that they go to.
+  void SetTagDiDebug(const std::map<std::string, std::string>& requests);
+  // Channels to read; empty for all.
+  void SetCanaliVoluti(std::set<std::string> names) { wanted_channels_ = std::move(names); }
+
+  // For those who look inside: what the walk refused.
+  const ErrorList& errors_in_s() const { return errors_s_; }
+  const ErrorList& errors_in_m() const { return errors_m_; }
+  const ErrorList& errors_in_a() const { return errors_a_; }
+  const ErrorList& errors_in_g() const { return errors_g_; }
+  const ErrorList& errors_in_c() const { return errors_c_; }
+  const ErrorList& errors_in_file() const { return errors_file_; }
+  const std::map<u32, CanMsgAssembler>& assemblers() const { return assemblers_; }
+  const SStatLap& lap_statistics() const { return *lap_statistics_; }
+
+ private:
+  // --- logger_parser.cpp
+  bool Walk();
+  void RunAfterWalkSteps();
+  void HandOverChannels();
+  // False if a store could not be brought to the disk.
+  bool FinishStores();
+  void DropTables();
+  // Tells the sink how far the walk is; false when it wants to stop.
+  bool ReportProgress(u64 position);
+  void TellSinkTheEnd(bool good);
+
+  // --- header_tags.cpp
+  bool IsHeaderTag(const SAtomTag& tag);
+  void AddGpsTag(const SAtomTag& tag);
+  void ExtractDateAndTime();
+  void ExtractIdents(const std::vector<SAtomTag>& tags, IdentMap* idents);
+  void ExtractEcuInfo();
+
+  // --- channel_table.cpp
+  bool TakeConfiguration(const SAtomTag& tag);
+  bool GeneraMappeSCanale(const std::vector<SAtomTag>& channel_tags);
+  enum class Entry { kTaken, kSkipped, kFailed };
+  Entry TakeChannelRecord(const ChannelRecord& record, std::map<std::string, u32>* name_count,
+                          std::map<std::string, u32>* next_duplicate);
+  std::unique_ptr<CCanaleQLT> KeptObject(const ChannelRecord& record);
+  std::unique_ptr<CCanaleQLT> PacketObject(const ChannelRecord& record);
+  bool GiveChannel(CCanaleQLT* object, const std::string& name);
+  void SetProperties(CCanaleQLT* object, const std::string& name);
+  void Enter(u16 index, std::unique_ptr<CCanaleQLT> object);
+  void TakeExtras(const std::vector<SAtomTag>& cde, const std::vector<SAtomTag>& ft1);
+  void AssignConverters();
+  void AssignConverter(CCanaleQLT* object);
+
+  // --- data_stream.cpp
+  struct Frame {
+    const u8* at;            // the opening parenthesis
+    u64 left;                // bytes from there to the end of its buffer
+    u64 position;            // file offset that errors are reported under
+    bool rebuilt;            // stands in a buffer of its own, not in the file
+    u64 offset_of(const u8* bytes) const { return rebuilt ? position : position + static_cast<u64>(bytes - at); }
+  };
+  u32 DecodeFrame(u8 letter, const Frame& frame);
+  u32 DecodeS(const Frame& frame);
+  u32 DecodeM(const Frame& frame);
+  u32 DecodeA(const Frame& frame);
+  u32 DecodeG(const Frame& frame);
+  ChannelDescriptor* FindDescriptor(std::map<u16, std::unique_ptr<ChannelDescriptor>>* table, u16 index);
+  bool IsPlausible(u64 time) const;
+  void Raise(u64 time) { highest_time_ = std::max(highest_time_, time); }
+  bool CoversEmptySamples(u64 samples);
+  u32 StoreFailed();
+  CCanaleQLT* ChannelAt(u16 index) const { return index < by_index_.size() ? by_index_[index] : nullptr; }
+
+  // --- chunks.cpp
+  u32 DecodeChunk(const Frame& frame, bool has_length);
+  bool Rebuild(const ChunkHeader& header, CanMsgAssembler* assembler, u64* failed_index);
+
+  // --- laps.cpp
+  void TakeLapTag(const SAtomTag& tag);
+  void RegistraLap(const LapRecord& record, u64 offset);
+  void RegisterLapMark(const LapRecord& record, u64 mark_time, u64 offset);
+  void GestioneSplit(SRkLap* lap, const LapRecord& record, u64 mark_time, u64 offset);
+  void HandToStatistics(const LapRecord& record, u64 offset);
+  void AddClosingLap();
+
+  // --- report.cpp, debug_tags.cpp
+  void WriteReport(const std::wstring& path);
+  void SalvaTagDiDebugSePresenti();
+  bool CollectDebugTag(const SAtomTag& tag);
+
+  MemoryMappedArray file_;
+  const u8* base_ = nullptr;
+  u32 size_ = 0;
+  const LoggerReportOptions options_;
+  IProgress* progress_ = nullptr;
+  int progress_handle_ = 0;
+  std::unique_ptr<IAtomTagDecoderBin> decoder_;
+
+  u32 tag_count_ = 0;
+  std::vector<SAtomTag> time_tags_;
+  std::vector<SAtomTag> main_ident_tags_;
+  std::vector<SAtomTag> net_ident_tags_;
+  std::vector<SAtomTag> ecu_tags_;
+
+  // The tables that the stream is decoded against.
+  std::map<u16, std::unique_ptr<CCanaleQLT>> s_channels_;
+  std::vector<CCanaleQLT*> by_index_;  // the same, for the decoder
+  std::map<u16, std::unique_ptr<ChannelDescriptor>> acquisitions_;
+  std::map<u16, std::unique_ptr<ChannelDescriptor>> groups_;
+  std::map<u32, CanMsgAssembler> assemblers_;
+  std::set<std::string> wanted_channels_;
+  std::set<u16> without_converter_;  // objects that AssignConverters has not looked at yet
+  u64 table_generation_ = 1;         // rises with every change of the channel table
+
+  u64 highest_time_ = 0;  // microseconds
+  u64 first_time_ = 0;
+  // Samples without bytes that were taken so far; a file is believed as many as it has bytes.
+  u64 empty_samples_ = 0;
+  ErrorList errors_s_, errors_m_, errors_a_, errors_g_, errors_c_, errors_file_;
+
+  u8 last_session_ = 0;
+  u16 last_lap_number_ = 0;
+  std::unique_ptr<SStatLap> separate_lap_statistics_;
+  SStatLap* lap_statistics_ = this;
+
+  struct DebugTag {
+    std::string suffix;
+    std::vector<u8> payloads;
+  };
+  std::map<std::string, DebugTag> debug_tags_;
+};
+
+}  // namespace traguardo

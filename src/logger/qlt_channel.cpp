@@ -1,0 +1,131 @@
+#include "logger/qlt_channel.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "support/event_log.h"
+
+namespace traguardo {
+
+namespace {
+
+CCanaleQLT::Esito outcome_of(CParsedChannel::Esito added) {
+  switch (added) {
+    case CParsedChannel::kRefused:
+      return CCanaleQLT::kRifiutato;
+    case CParsedChannel::kOutOfMemory:
+      return CCanaleQLT::kMemoriaFinita;
+    default:
+      return CCanaleQLT::kBuono;
+  }
+}
+
+}  // namespace
+
+CCanaleQLT::~CCanaleQLT() = default;
+
+bool CCanaleQLT::ConvertiValido(const u8*, float* out) const {
+  *out = 0.0F;
+  return true;
+}
+
+bool CCanaleQLT::ConvertiTesto(const u8*, std::wstring* out) {
+  out->clear();
+  return true;
+}
+
+float CCanaleQLT::Converti(const u8*) const { return 0.0F; }
+
+void CCanaleQLT::SetRecord(const ChannelRecord& record) {
+  record_ = record;
+  sample_size_ = record.sample_size();
+  period_ = record.period_us();
+  format_size_ = standard_sample_size(record.format());
+  converter_.reset();
+  reader_ = {};
+}
+
+void CCanaleQLT::SetChannel(std::unique_ptr<CParsedChannel> channel) {
+  owned_channel_ = std::move(channel);
+  channel_ = owned_channel_.get();
+}
+
+void CCanaleQLT::SetConverter(std::unique_ptr<IConverter> converter, const SampleReader& reader) {
+  converter_ = std::move(converter);
+  reader_ = reader;
+}
+
+float CCanaleQLT::ValueOf(const u8* sample) {
+  if (reader_) return reader_(sample);
+  return converter_ != nullptr ? converter_->Converti(Covered(sample, format_size_)) : 0.0F;
+}
+
+const u8* CCanaleQLT::Covered(const u8* sample, u32 wanted) {
+  if (sample_size_ >= wanted) return sample;
+  covered_.fill(0);
+  std::copy(sample, sample + sample_size_, covered_.begin());
+  return covered_.data();
+}
+
+CCanaleQLT::Esito CCanaleQLT::ConvertiAndAddValore(u64 time, const u8* sample, u64) {
+  if (channel_ == nullptr) return kBuono;
+  return outcome_of(channel_->AddValore(time, ValueOf(sample)));
+}
+
+CCanaleQLT::Esito CCanaleQLT::ConvertiAndAddValori(u64 time, u32 count, const u8* samples) {
+  if (channel_ == nullptr) return kBuono;
+  Esito outcome = kBuono;
+  for (u32 i = 0; i < count; ++i, samples += sample_size_, time += period_) {
+    const Esito one = outcome_of(channel_->AddValore(time, ValueOf(samples)));
+    if (one == kMemoriaFinita) return one;
+    if (one == kRifiutato) outcome = kRifiutato;
+  }
+  return outcome;
+}
+
+CCanaleQLT::Esito CCanaleQLT_GPS::ConvertiAndAddValore(u64 time, const u8* sample, u64 offset) {
+  constexpr u32 kRecordSize = 56;
+  trace_->AddRecord(time, Covered(sample, kRecordSize), kRecordSize, offset);
+  return kBuono;
+}
+
+CCanaleQLT::Esito CCanaleQLT_GPS::ConvertiAndAddValori(u64, u32, const u8*) {
+  TRAGUARDO_LOG("CCanaleQLT_GPS::ConvertiAndAddValori", "%s [%d] ERROR = Not supposed to be here!\n");
+  return kBuono;
+}
+
+CCanaleQLT::Esito CCanaleQLT_Lap_v2::ConvertiAndAddValore(u64, const u8* sample, u64 offset) {
+  laps_->LapRecord32(sample, sample_size(), offset);
+  return kBuono;
+}
+
+CCanaleQLT::Esito CCanaleQLT_Lap_v2::ConvertiAndAddValori(u64, u32, const u8*) {
+  TRAGUARDO_LOG("CCanaleQLT_Lap_v2::ConvertiAndAddValori", "%s [%d] ERROR = Not supposed to be here!\n");
+  return kBuono;
+}
+
+CCanaleQLT::Esito CCanaleQLT_Lap_v3::ConvertiAndAddValore(u64, const u8* sample, u64 offset) {
+  laps_->LapRecord20(sample, sample_size(), offset);
+  return kBuono;
+}
+
+CCanaleQLT::Esito CCanaleQLT_Lap_v3::ConvertiAndAddValori(u64, u32, const u8*) {
+  TRAGUARDO_LOG("CCanaleQLT_Lap_v3::ConvertiAndAddValori", "%s [%d] ERROR = Not supposed to be here!\n");
+  return kBuono;
+}
+
+void CCanaleQLT_DroppedPacket::LogMisplaced(const char* operation) const {
+  TRAGUARDO_LOG(std::string(class_name_) + "::" + operation, "%s [%d] ERROR = Not supposed to be here!\n");
+}
+
+CCanaleQLT::Esito CCanaleQLT_DroppedPacket::ConvertiAndAddValori(u64, u32, const u8*) {
+  LogMisplaced("ConvertiAndAddValori");
+  return kBuono;
+}
+
+CCanaleQLT::Esito CCanaleQLT_IgnoredPacket::ConvertiAndAddValore(u64, const u8*, u64) {
+  LogMisplaced("ConvertiAndAddValore");
+  return kBuono;
+}
+
+}  // namespace traguardo

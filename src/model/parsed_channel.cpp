@@ -1,0 +1,322 @@
+#include "model/parsed_channel.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "support/event_log.h"
+
+namespace traguardo {
+
+namespace {
+
+constexpr double kSecondsPerMicrosecond = 1e-6;
+constexpr u32 kValueOffset = 8;
+// Records that a range is read in at a time.
+constexpr u64 kReadAhead = 4096;
+
+std::wstring store_name(const std::wstring& path, u32 index) {
+  std::string number = std::to_string(index);
+  if (number.size() < 3) number.insert(0, 3 - number.size(), '0');
+  return path + L"." + widen_bytes(number) + L".tmp";
+}
+
+// Walks the records of a store from the first on. `more` is false behind the last.
+class RecordCursor {
+ public:
+  RecordCursor(MemoryMappedArray* store, u64 shift) : store_(store), shift_(shift) { Advance(); }
+
+  bool more() const { return more_; }
+  u64 time() const { return time_; }
+  float value() const { return value_; }
+
+  void Advance() {
+    if (left_ == 0 && !store_->ProssimaFinestra(&next_, &left_)) {
+      more_ = false;
+      return;
+    }
+    time_ = load_u64(next_) + shift_;
+    value_ = load_f32(next_ + kValueOffset);
+    next_ += SChannelRecord::kSize;
+    --left_;
+  }
+
+ private:
+  MemoryMappedArray* store_;
+  u64 shift_;
+  u8* next_ = nullptr;
+  u32 left_ = 0;
+  bool more_ = true;
+  u64 time_ = 0;
+  float value_ = 0;
+};
+
+struct Sample {
+  u64 time;
+  float value;
+};
+
+// (t - P.time) * (C.value - P.value) / (C.time - P.time) + P.value in doubles. Differences of times are taken modulo 2^64
+// and read as unsigned: before the first of two records they are huge, which cannot occur, as both then are the first.
+double interpolated(const Sample& p, const Sample& c, u64 t) {
+  if (c.time == p.time) return static_cast<double>(p.value);
+  const double elapsed = t >= p.time ? static_cast<double>(t - p.time) : -static_cast<double>(p.time - t);
+  const double span = c.time >= p.time ? static_cast<double>(c.time - p.time) : -static_cast<double>(p.time - c.time);
+  return elapsed * (static_cast<double>(c.value) - static_cast<double>(p.value)) / span +
+         static_cast<double>(p.value);
+}
+
+// The walk that both ways of resampling share. `value_at(P, C, t)` gives the value of a grid point.
+template <typename ValueAt>
+void resample(MemoryMappedArray* store, u64 shift, u64 step, u64 from, u64 to, float* buffer, u32 count,
+              ValueAt&& value_at) {
+  RecordCursor cursor(store, shift);
+  if (!cursor.more()) return;
+  const u64 points = std::min<u64>((to - from) / step, count);
+  Sample p{cursor.time(), cursor.value()};
+  Sample c = p;
+  const auto advance_to = [&](u64 t) {
+    while (c.time < t) {
+      p = c;
+      cursor.Advance();
+      if (!cursor.more()) return false;
+      c = {cursor.time(), cursor.value()};
+    }
+    return true;
+  };
+  // Records that end before the grid begins leave it zero.
+  if (!advance_to(from)) return;
+  u64 t = from;
+  for (u64 i = 0; i < points; ++i) {
+    buffer[i] = value_at(p, c, t);
+    t += step;
+    if (i + 1 < points && !advance_to(t)) {
+      std::fill(buffer + i + 1, buffer + points, buffer[i]);
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+CParsedChannel::CParsedChannel(std::string name, const std::wstring& file_path, u32 channel_index, bool keep_constant)
+    : keep_constant_(keep_constant),
+      store_(store_name(file_path, channel_index), SChannelRecord::kSize, MemoryMappedArray::Modo::kAggiunta, true),
+      name_(std::move(name)) {}
+
+bool CParsedChannel::ChiudiStore() { return store_.Chiudi(); }
+
+CParsedChannel::Esito CParsedChannel::AddValore(u64 time, float value) {
+  // Behind a window's edge the new record has no predecessor to be measured against.
+  if (has_last_ && store_.Numero() % platform::kAllocationGranularity != 0) {
+    if (time <= last_record_time_) return kRefused;
+    if (keep_constant_ && has_previous_ && value == last_value_ && value == previous_value_) {
+      store_u64(store_.Recente(0), time);
+      last_record_time_ = time;
+      last_time_ = std::max(last_time_, time);
+      return kMerged;
+    }
+  } else if (has_last_) {
+    if (time <= last_record_time_) times_ascend_ = false;
+    has_last_ = false;
+    has_previous_ = false;
+  }
+
+  u8* record = nullptr;
+  store_.Aggiungi(&record);
+  if (record == nullptr) {
+    has_last_ = false;
+    has_previous_ = false;
+    TRAGUARDO_LOG("CParsedChannel::AddValore", "%s [%d] ERROR = Can't alloc mem for channel\n");
+    return kOutOfMemory;
+  }
+  store_u64(record, time);
+  store_f32(record + kValueOffset, value);
+  has_previous_ = has_last_;
+  previous_value_ = last_value_;
+  has_last_ = true;
+  last_value_ = value;
+  last_record_time_ = time;
+  has_samples_ = true;
+  TakeBounds(value);
+  if (time > last_time_) last_time_ = time;
+  if (time < first_time_) first_time_ = time;
+  return kStored;
+}
+
+bool CParsedChannel::AddValori(u64 first_time, u64 step, u32 count, const float* values) {
+  if (values == nullptr || count == 0) return true;
+  bool good = true;
+  if (step == 0 || (has_samples_ && first_time <= last_record_time_)) times_ascend_ = false;
+  u64 time = first_time;
+  for (u32 i = 0; i < count; ++i) {
+    u8* record = nullptr;
+    store_.Aggiungi(&record);
+    if (record == nullptr) {
+      TRAGUARDO_LOG("CParsedChannel::AddValori", "%s [%d] ERROR = Can't alloc mem for channel\n");
+      good = false;
+      continue;
+    }
+    store_u64(record, time);
+    store_f32(record + kValueOffset, values[i]);
+    TakeBounds(values[i]);
+    has_samples_ = true;
+    has_last_ = true;
+    has_previous_ = false;
+    last_value_ = values[i];
+    last_record_time_ = time;
+    if (time + step < time) times_ascend_ = false;
+    time += step;
+  }
+  // One step past the last sample.
+  last_time_ = std::max(last_time_, first_time + count * step);
+  first_time_ = std::min(first_time_, first_time);
+  return good;
+}
+
+bool CParsedChannel::ContaValoriEvery(u64 step, u64 from, u64 to, u32* count) {
+  if (step != 0 && GetNumValori() != 0) *count += static_cast<u32>((to - from) / step);
+  return true;
+}
+
+u32 CParsedChannel::GetValori(double* times, double* values, int count) {
+  store_.Riapri(MemoryMappedArray::Modo::kLetturaFinestre);
+  const u64 samples = store_.Numero();
+  if (count < 0 || static_cast<u64>(count) < samples) return 0;
+  u64 written = 0;
+  u8* record = nullptr;
+  u32 in_window = 0;
+  while (store_.ProssimaFinestra(&record, &in_window)) {
+    for (u32 i = 0; i < in_window; ++i, ++written, record += SChannelRecord::kSize) {
+      times[written] = static_cast<double>(load_u64(record) + time_shift_) * kSecondsPerMicrosecond;
+      values[written] = static_cast<double>(load_f32(record + kValueOffset));
+    }
+  }
+  return static_cast<u32>(written);
+}
+
+// The first record whose time is not below `time`. REQUIRES: times_ascend_.
+u64 CParsedChannel::FirstNotBelow(const RecordReader& reader, u64 time) const {
+  u64 low = 0;
+  u64 high = reader.Numero();
+  u8 bytes[SChannelRecord::kSize];
+  while (low < high) {
+    const u64 middle = low + (high - low) / 2;
+    if (reader.Leggi(middle, 1, bytes) != 1) return high;
+    if (load_u64(bytes) + time_shift_ < time) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low;
+}
+
+// Calls visit(index, record bytes) for the samples with from <= time < to, up to the first not below `to` and to `most` of
+// them. Where times ascend the slice is searched for, so its cost grows with the slice; the plain walk gives the same.
+template <typename Visitor>
+void CParsedChannel::VisitRange(u64 from, u64 to, u64 most, Visitor&& visit) {
+  if (store_.GetModo() == MemoryMappedArray::Modo::kAggiunta) store_.Chiudi();
+  if (times_ascend_) {
+    const RecordReader reader(store_);
+    const u64 first = FirstNotBelow(reader, from);
+    const u64 last = to <= from ? first : std::max(first, FirstNotBelow(reader, to));
+    const u64 wanted = std::min(last - first, most);
+    std::unique_ptr<u8[]> piece;
+    for (u64 done = 0; done < wanted;) {
+      if (piece == nullptr) piece = std::make_unique<u8[]>(std::min(wanted, kReadAhead) * SChannelRecord::kSize);
+      const u64 got = reader.Leggi(first + done, std::min(wanted - done, kReadAhead), piece.get());
+      if (got == 0) break;
+      for (u64 i = 0; i < got; ++i) visit(done + i, piece.get() + i * SChannelRecord::kSize);
+      done += got;
+    }
+    return;
+  }
+  store_.Riapri(MemoryMappedArray::Modo::kLetturaFinestre);
+  u64 found = 0;
+  while (const u8* record = store_.Prossimo()) {
+    const u64 time = load_u64(record) + time_shift_;
+    if (time >= to) break;
+    if (time < from) continue;
+    if (found < most) visit(found, record);
+    ++found;
+  }
+}
+
+u32 CParsedChannel::GetValoriRange(u64 from, u64 to, double* times, double* values, int count) {
+  u32 written = 0;
+  VisitRange(from, to, count < 0 ? 0 : static_cast<u64>(count), [&](u64 index, const u8* record) {
+    times[index] = static_cast<double>(load_u64(record) + time_shift_) * kSecondsPerMicrosecond;
+    values[index] = static_cast<double>(load_f32(record + kValueOffset));
+    written = static_cast<u32>(index + 1);
+  });
+  return written;
+}
+
+u64 CParsedChannel::GetNumValoriRange(u64 from, u64 to) {
+  if (times_ascend_) {
+    if (store_.GetModo() == MemoryMappedArray::Modo::kAggiunta) store_.Chiudi();
+    const RecordReader reader(store_);
+    const u64 first = FirstNotBelow(reader, from);
+    return to <= from ? 0 : std::max(first, FirstNotBelow(reader, to)) - first;
+  }
+  u64 found = 0;
+  VisitRange(from, to, std::numeric_limits<u64>::max(), [&](u64 index, const u8*) { found = index + 1; });
+  return found;
+}
+
+u64 CParsedChannel::GetNumValori() {
+  if (store_.Numero() == 0) store_.Riapri(MemoryMappedArray::Modo::kLetturaFinestre);
+  return store_.Numero();
+}
+
+bool CParsedChannel::GetValoriEvery(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count) {
+  std::fill(buffer + offset, buffer + offset + count, 0.0F);
+  if (step == 0) return true;
+  return hold_last_value_ ? GetValoriEveryHold(step, from, to, buffer, offset, count)
+                          : GetValoriEveryLineare(step, from, to, buffer, offset, count);
+}
+
+bool CParsedChannel::GetValoriEveryHold(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count) {
+  store_.Riapri(MemoryMappedArray::Modo::kLetturaFinestre);
+  resample(&store_, time_shift_, step, from, to, buffer + offset, count,
+           [](const Sample& p, const Sample&, u64) { return p.value; });
+  return true;
+}
+
+bool CParsedChannel::GetValoriEveryLineare(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count) {
+  store_.Riapri(MemoryMappedArray::Modo::kLetturaFinestre);
+  resample(&store_, time_shift_, step, from, to, buffer + offset, count,
+           [](const Sample& p, const Sample& c, u64 t) { return static_cast<float>(interpolated(p, c, t)); });
+  return true;
+}
+
+u64 CParsedChannel::GetRecord(SChannelRecord* out, u64 capacity) {
+  store_.Riapri(MemoryMappedArray::Modo::kLetturaFinestre);
+  const u64 samples = store_.Numero();
+  if (capacity < samples) return 0;
+  RecordCursor cursor(&store_, time_shift_);
+  for (u64 i = 0; i < samples && cursor.more(); ++i, cursor.Advance()) {
+    store_u64(out[i].bytes.data(), cursor.time());
+    store_f32(out[i].bytes.data() + kValueOffset, cursor.value());
+  }
+  return samples;
+}
+
+void CParsedChannel::TraslaTempi(u64 from, u64 to) {
+  const u64 distance = to - from;
+  store_.Chiudi();
+  time_shift_ += distance;
+  first_time_ += distance;
+  last_time_ += distance;
+  // Times that wrap in the middle of a channel no longer ascend.
+  if (first_time_ > last_time_) times_ascend_ = false;
+}
+
+void CParsedChannel::SetPeriodo(u64 period_us) {
+  period_ = period_us;
+  frequency_ =
+      period_us == 0 ? 0.0F : static_cast<float>(1.0 / (static_cast<double>(period_us) * kSecondsPerMicrosecond));
+}
+
+}  // namespace traguardo

@@ -1,0 +1,142 @@
+// A logged channel whose samples lie in a temporary file beside the session file; a session of hundreds of channels with
+// millions of samples each needs no more memory than their buffers.
+#pragma once
+
+#include <limits>
+#include <string>
+
+#include "model/mapped_array.h"
+#include "model/rk_channel.h"
+
+namespace traguardo {
+
+class CParsedChannel : public IRkChannel {
+ public:
+  enum Esito { kStored = 0, kMerged = 1, kRefused = 2, kOutOfMemory = 3 };
+
+  // The store is <file_path>.<index, at least three digits>.tmp; ask IsStoreValido before use. keep_constant: a run of
+  // equal values keeps its first and its last sample only. The destructor deletes the store.
+  CParsedChannel(std::string name, const std::wstring& file_path, u32 channel_index, bool keep_constant);
+
+  bool IsStoreValido() const { return store_.IsValido(); }
+  // Ends the parse for this channel and brings the file to its content. False if something could not be written.
+  bool ChiudiStore();
+
+  // --- IRkChannel
+  bool ContaValoriEvery(u64 step, u64 from, u64 to, u32* count) override;
+  u32 GetValori(double* times, double* values, int count) override;
+  u32 GetValoriRange(u64 from, u64 to, double* times, double* values, int count) override;
+  const std::string& GetNome() const override { return name_; }
+  const std::string& GetUnita() const override { return units_; }
+  u32 GetIdUnita() const override { return unit_id_; }
+  bool HasIdUnita() const override { return has_unit_id_; }
+  void GetTestoValore(std::string* text) const override { text->clear(); }
+  float GetFrequenza() const override { return frequency_; }
+  u64 GetPeriodo() const override { return period_; }
+  u64 GetNumValori() override;
+  u64 GetNumValoriRange(u64 from, u64 to) override;
+  u64 GetPrimoTempo() const override { return store_.Numero() == 0 ? 0 : first_time_; }
+  u64 GetUltimoTempo() const override { return store_.Numero() == 0 ? 1 : last_time_; }
+  float GetMinimo() const override { return has_samples_ ? minimum_ : -1.0F; }
+  float GetMassimo() const override { return has_samples_ ? maximum_ : 1.0F; }
+  bool IsVelocita() const override { return is_speed_; }
+  bool IsAccLaterale() const override { return is_lateral_acceleration_; }
+  bool IsBitField() const override { return is_bit_field_; }
+  u32 GetFid() const override { return fid_; }
+  u32 GetFormato() const override { return format_; }
+  u32 GetFlags() const override { return flags_; }
+  bool IsBitField2() const override { return is_bit_field_2_; }
+  bool HasFlag400() const override { return has_flag_400_; }
+  u16 GetIdInDevice() const override { return id_in_device_; }
+  u16 GetDeviceCode() const override { return device_code_; }
+  u32 GetDeviceSerial() const override { return device_serial_; }
+
+  // --- What readers and the merged view use
+  // One sample. A time not above the last one's is refused, except behind a window's edge.
+  virtual Esito AddValore(u64 time, float value);
+  // `count` samples from first_time on, `step` apart; no test of order. False if the store ran out of room.
+  virtual bool AddValori(u64 first_time, u64 step, u32 count, const float* values);
+  // Resamples on the grid from, from + step, ... below to, into buffer[offset] on; zeroes `count` floats there first.
+  virtual bool GetValoriEvery(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count);
+  virtual bool GetValoriEveryHold(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count);
+  virtual bool GetValoriEveryLineare(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count);
+  // All records; 0 and nothing written if the capacity is below the sample count.
+  virtual u64 GetRecord(SChannelRecord* out, u64 capacity);
+
+  // Moves all samples by to - from, modulo 2^64.
+  void TraslaTempi(u64 from, u64 to);
+
+  void SetNome(std::string name) { name_ = std::move(name); }
+  // Keeps the low byte of each character.
+  void SetUnita(std::wstring_view units) { units_ = narrow_low_bytes(units); }
+  void SetUnita(std::string_view units) { units_ = units; }
+  void SetIdUnita(u32 id) {
+    unit_id_ = id;
+    has_unit_id_ = true;
+  }
+  // Sets the frequency along.
+  void SetPeriodo(u64 period_us);
+  void SetNumDecimali(i32 decimals) { decimals_ = decimals; }
+  i32 GetNumDecimali() const { return decimals_; }
+  void SetVelocita(bool is) { is_speed_ = is; }
+  void SetAccLaterale(bool is) { is_lateral_acceleration_ = is; }
+  void SetBitField(bool is) { is_bit_field_ = is; }
+  void SetBitField2(bool is) { is_bit_field_2_ = is; }
+  void SetFlag400(bool has) { has_flag_400_ = has; }
+  void SetFid(u32 fid) { fid_ = fid; }
+  void SetFormato(u32 format) { format_ = format; }
+  void SetFlags(u32 flags) { flags_ = flags; }
+  void SetIdInDevice(u16 id) { id_in_device_ = id; }
+  void SetDeviceCode(u16 code) { device_code_ = code; }
+  void SetDeviceSerial(u32 serial) { device_serial_ = serial; }
+  void SetTieniUltimoValore(bool hold) { hold_last_value_ = hold; }
+  bool GetTieniUltimoValore() const { return hold_last_value_; }
+
+ private:
+  void TakeBounds(float value) {
+    if (value > maximum_) maximum_ = value;
+    if (value < minimum_) minimum_ = value;
+  }
+  u64 FirstNotBelow(const RecordReader& reader, u64 time) const;
+  template <typename Visitor>
+  void VisitRange(u64 from, u64 to, u64 most, Visitor&& visit);
+
+  const bool keep_constant_;
+  MemoryMappedArray store_;
+  std::string name_;
+  std::string units_;
+  u32 unit_id_ = 0;
+  bool has_unit_id_ = false;
+  float frequency_ = 0;
+  u64 period_ = 0;
+  bool has_samples_ = false;
+  // The last record and the one before it, as AddValore compares with them; neither reaches across a window's edge.
+  bool has_last_ = false;
+  bool has_previous_ = false;
+  float last_value_ = 0;
+  float previous_value_ = 0;
+  u64 last_record_time_ = 0;
+  // While this holds, a time can be searched for; a first record behind a window's edge or AddValori can end it.
+  bool times_ascend_ = true;
+  // Added to every stored time on reading, so that moving a channel on the time axis costs no pass over its file.
+  u64 time_shift_ = 0;
+  u64 first_time_ = std::numeric_limits<u64>::max();
+  u64 last_time_ = 0;
+  float minimum_ = std::numeric_limits<float>::max();
+  float maximum_ = std::numeric_limits<float>::lowest();
+  bool is_speed_ = false;
+  bool is_lateral_acceleration_ = false;
+  bool is_bit_field_ = false;
+  u32 fid_ = 0;
+  u32 format_ = 0;
+  u32 flags_ = 0;
+  bool is_bit_field_2_ = false;
+  bool has_flag_400_ = false;
+  u16 id_in_device_ = 0;
+  u16 device_code_ = 0;
+  u32 device_serial_ = 0;
+  bool hold_last_value_ = false;
+  i32 decimals_ = 0;
+};
+
+}  // namespace traguardo

@@ -1,0 +1,323 @@
+#include <windows.h>
+
+#include <algorithm>
+#include <atomic>
+#include <utility>
+
+#include "support/platform/platform.h"
+
+namespace traguardo::platform {
+
+namespace {
+
+thread_local DWORD t_last_error = 0;
+
+bool failed() {
+  t_last_error = GetLastError();
+  return false;
+}
+
+HANDLE as_handle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
+
+std::wstring decoded(std::string_view bytes, UINT code_page, DWORD flags) {
+  if (bytes.empty()) return {};
+  const int length = MultiByteToWideChar(code_page, flags, bytes.data(), static_cast<int>(bytes.size()), nullptr, 0);
+  if (length <= 0) return {};
+  std::wstring wide(static_cast<std::size_t>(length), L'\0');
+  MultiByteToWideChar(code_page, flags, bytes.data(), static_cast<int>(bytes.size()), wide.data(), length);
+  return wide;
+}
+
+bool is_separator(wchar_t c) { return c == L'\\' || c == L'/'; }
+
+bool is_folder(const std::wstring& path) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+wchar_t lower(wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c; }
+
+bool ends_with_ignoring_case(std::wstring_view text, std::wstring_view suffix) {
+  if (text.size() < suffix.size()) return false;
+  text.remove_prefix(text.size() - suffix.size());
+  return std::equal(text.begin(), text.end(), suffix.begin(), [](wchar_t a, wchar_t b) { return lower(a) == lower(b); });
+}
+
+OVERLAPPED position(u64 offset) {
+  OVERLAPPED at{};
+  at.Offset = static_cast<DWORD>(offset & 0xFFFFFFFF);
+  at.OffsetHigh = static_cast<DWORD>(offset >> 32);
+  return at;
+}
+
+// Where the mark of try_mark_in_use lies: far behind every byte that a file of this family can have, since a lock keeps
+// other programs from reading what it covers.
+constexpr u64 kMarkOffset = u64{1} << 62;
+
+}  // namespace
+
+std::wstring path_from_host_bytes(std::string_view bytes) {
+  const std::wstring utf8 = decoded(bytes, CP_UTF8, MB_ERR_INVALID_CHARS);
+  return utf8.empty() ? decoded(bytes, CP_ACP, 0) : utf8;
+}
+
+std::string host_bytes_from_path(std::wstring_view path) {
+  if (path.empty()) return {};
+  const int length =
+      WideCharToMultiByte(CP_UTF8, 0, path.data(), static_cast<int>(path.size()), nullptr, 0, nullptr, nullptr);
+  std::string bytes(static_cast<std::size_t>(std::max(length, 0)), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, path.data(), static_cast<int>(path.size()), bytes.data(), length, nullptr, nullptr);
+  return bytes;
+}
+
+std::wstring path_in_folder(std::wstring_view folder, std::wstring_view name) {
+  while (!name.empty() && is_separator(name.front())) name.remove_prefix(1);
+  std::wstring path(folder);
+  if (!path.empty() && !is_separator(path.back())) path.push_back(L'\\');
+  return path.append(name);
+}
+
+std::wstring executable_path() {
+  std::wstring buffer(128, L'\0');
+  for (;;) {
+    const DWORD length = GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
+    if (length == 0) return {};
+    if (length < buffer.size()) {
+      buffer.resize(length);
+      return buffer;
+    }
+    buffer.resize(buffer.size() * 2);
+  }
+}
+
+u32 last_error() { return t_last_error; }
+
+File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kNone)) {}
+
+File& File::operator=(File&& other) noexcept {
+  if (this != &other) {
+    close();
+    handle_ = std::exchange(other.handle_, kNone);
+  }
+  return *this;
+}
+
+File::~File() { close(); }
+
+File File::open(const std::wstring& path, Access access, Share share, Creation creation) {
+  const DWORD wanted = access == Access::kRead ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
+  // Readers let others delete, so that a session can be moved away while a host looks at it.
+  DWORD shared = FILE_SHARE_READ | FILE_SHARE_DELETE;
+  if (share == Share::kReadWrite || access == Access::kRead) shared |= FILE_SHARE_WRITE;
+  DWORD how = OPEN_EXISTING;
+  if (creation == Creation::kOpenOrCreate) how = OPEN_ALWAYS;
+  if (creation == Creation::kCreateOrTruncate) how = CREATE_ALWAYS;
+  File file;
+  const HANDLE handle = CreateFileW(path.c_str(), wanted, shared, nullptr, how, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) {
+    failed();
+    return file;
+  }
+  // A pipe or a device has no samples, and reading it could wait for ever.
+  if (GetFileType(handle) != FILE_TYPE_DISK) {
+    t_last_error = ERROR_INVALID_FUNCTION;
+    CloseHandle(handle);
+    return file;
+  }
+  file.handle_ = reinterpret_cast<std::intptr_t>(handle);
+  return file;
+}
+
+bool File::size(u64* bytes) const {
+  LARGE_INTEGER length;
+  if (!GetFileSizeEx(as_handle(handle_), &length)) return failed();
+  *bytes = static_cast<u64>(length.QuadPart);
+  return true;
+}
+
+bool File::resize(u64 bytes) {
+  LARGE_INTEGER where;
+  where.QuadPart = static_cast<LONGLONG>(bytes);
+  if (!SetFilePointerEx(as_handle(handle_), where, nullptr, FILE_BEGIN)) return failed();
+  return SetEndOfFile(as_handle(handle_)) || failed();
+}
+
+// Setting the end of a plain file takes its blocks on this system.
+bool File::reserve(u64 bytes) {
+  u64 present = 0;
+  if (!size(&present)) return false;
+  return present >= bytes || resize(bytes);
+}
+
+std::size_t File::read_at(u64 offset, void* out, std::size_t count) const {
+  std::size_t done = 0;
+  while (done < count) {
+    OVERLAPPED at = position(offset + done);
+    const DWORD piece = static_cast<DWORD>(std::min<std::size_t>(count - done, 1U << 30));
+    DWORD got = 0;
+    if (!ReadFile(as_handle(handle_), static_cast<char*>(out) + done, piece, &got, &at)) {
+      failed();
+      break;
+    }
+    if (got == 0) break;
+    done += got;
+  }
+  return done;
+}
+
+bool File::write_at(u64 offset, const void* bytes, std::size_t count) {
+  std::size_t done = 0;
+  while (done < count) {
+    OVERLAPPED at = position(offset + done);
+    const DWORD piece = static_cast<DWORD>(std::min<std::size_t>(count - done, 1U << 30));
+    DWORD put = 0;
+    if (!WriteFile(as_handle(handle_), static_cast<const char*>(bytes) + done, piece, &put, &at)) return failed();
+    if (put == 0) {
+      t_last_error = ERROR_DISK_FULL;
+      return false;
+    }
+    done += put;
+  }
+  return true;
+}
+
+// What was written is seen by every later reader. Stores are temporary, so no crash of the machine needs to find them on
+// the disk.
+bool File::flush() { return true; }
+
+bool File::try_mark_in_use() {
+  OVERLAPPED at = position(kMarkOffset);
+  return LockFileEx(as_handle(handle_), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &at) || failed();
+}
+
+bool File::close() {
+  if (handle_ == kNone) return true;
+  return CloseHandle(as_handle(std::exchange(handle_, kNone))) || failed();
+}
+
+Mapping::Mapping(Mapping&& other) noexcept
+    : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)) {}
+
+Mapping& Mapping::operator=(Mapping&& other) noexcept {
+  if (this != &other) {
+    unmap();
+    data_ = std::exchange(other.data_, nullptr);
+    size_ = std::exchange(other.size_, 0);
+  }
+  return *this;
+}
+
+Mapping::~Mapping() { unmap(); }
+
+Mapping Mapping::map(const File& file, u64 offset, std::size_t length, bool writable) {
+  Mapping mapping;
+  const HANDLE section =
+      CreateFileMappingW(as_handle(file.handle_), nullptr, writable ? PAGE_READWRITE : PAGE_READONLY, 0, 0, nullptr);
+  if (section == nullptr) {
+    failed();
+    return mapping;
+  }
+  void* data = MapViewOfFile(section, writable ? FILE_MAP_WRITE : FILE_MAP_READ, static_cast<DWORD>(offset >> 32),
+                             static_cast<DWORD>(offset & 0xFFFFFFFF), length);
+  if (data == nullptr) {
+    failed();
+  } else {
+    mapping.data_ = static_cast<u8*>(data);
+    mapping.size_ = length;
+  }
+  // The view keeps the section alive.
+  CloseHandle(section);
+  return mapping;
+}
+
+void Mapping::expect_sequential_reading() {}
+
+bool Mapping::unmap() {
+  if (data_ == nullptr) return true;
+  size_ = 0;
+  return UnmapViewOfFile(std::exchange(data_, nullptr)) || failed();
+}
+
+bool file_exists(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+
+bool delete_file(const std::wstring& path) { return DeleteFileW(path.c_str()) || failed(); }
+
+bool copy_file(const std::wstring& from, const std::wstring& to) {
+  return CopyFileW(from.c_str(), to.c_str(), FALSE) || failed();
+}
+
+bool rename_file(const std::wstring& from, const std::wstring& to) {
+  return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) || failed();
+}
+
+bool create_folders(const std::wstring& folder) {
+  for (std::size_t i = 1; i <= folder.size(); ++i) {
+    if (i < folder.size() && !is_separator(folder[i])) continue;
+    const std::wstring part = folder.substr(0, i);
+    if (part.back() == L':' || is_separator(part.back()) || is_folder(part)) continue;
+    if (!CreateDirectoryW(part.c_str(), nullptr) && GetLastError() != ERROR_ALREADY_EXISTS) return failed();
+  }
+  std::wstring whole = folder;
+  while (whole.size() > 1 && is_separator(whole.back())) whole.pop_back();
+  return is_folder(whole);
+}
+
+std::vector<std::wstring> list_files(const std::wstring& folder, std::wstring_view suffix) {
+  std::vector<std::wstring> names;
+  WIN32_FIND_DATAW entry;
+  const HANDLE search = FindFirstFileW(path_in_folder(folder, L"*").c_str(), &entry);
+  if (search == INVALID_HANDLE_VALUE) {
+    failed();
+    return names;
+  }
+  do {
+    if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) continue;
+    if (ends_with_ignoring_case(entry.cFileName, suffix)) names.emplace_back(entry.cFileName);
+  } while (FindNextFileW(search, &entry));
+  FindClose(search);
+  return names;
+}
+
+bool read_whole_file(const std::wstring& path, std::string* bytes, u64 limit) {
+  const File file = File::open(path, Access::kRead, Share::kReadWrite, Creation::kMustExist);
+  u64 size = 0;
+  if (!file || !file.size(&size) || size > limit) return false;
+  bytes->resize(static_cast<std::size_t>(size));
+  bytes->resize(file.read_at(0, bytes->data(), bytes->size()));
+  return true;
+}
+
+bool write_whole_file(const std::wstring& path, std::string_view bytes) {
+  File file = File::open(path, Access::kReadWrite, Share::kRead, Creation::kCreateOrTruncate);
+  return file && file.write_at(0, bytes.data(), bytes.size());
+}
+
+bool append_text(const std::wstring& path, std::string_view text) {
+  File file = File::open(path, Access::kReadWrite, Share::kReadWrite, Creation::kOpenOrCreate);
+  u64 size = 0;
+  if (!file || !file.size(&size)) return false;
+  std::string lines;
+  lines.reserve(text.size() + 8);
+  for (const char c : text) {
+    if (c == '\n') lines.push_back('\r');
+    lines.push_back(c);
+  }
+  return file.write_at(size, lines.data(), lines.size());
+}
+
+bool local_time(std::time_t when, std::tm* out) { return ::localtime_s(out, &when) == 0; }
+
+std::string unique_token() {
+  static std::atomic<unsigned> counter{0};
+  return std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++counter);
+}
+
+void* heap_allocate(HeapHandle heap, std::size_t bytes) noexcept {
+  return HeapAlloc(heap == nullptr ? GetProcessHeap() : heap, 0, bytes);
+}
+
+void heap_free(HeapHandle heap, void* block) noexcept {
+  if (block != nullptr) HeapFree(heap == nullptr ? GetProcessHeap() : heap, 0, block);
+}
+
+}  // namespace traguardo::platform
