@@ -1,0 +1,51 @@
+// The converter of a channel of the logger family: reader, unit and text form, all chosen once when it is built.
+#pragma once
+
+#include "units/channel_record.h"
+#include "units/i_converter.h"
+#include "units/sample_reader.h"
+#include "units/unit_of_measure.h"
+#include "units/value_text.h"
+
+namespace traguardo {
+
+class CConverter final : public IConverter {
+ public:
+  // fid: the function asked for. Where the record is a packet and `fid` isn't the packet's own word, the converter is
+  // that of the packet's sub-channel with this word, and unusable if the packet has none.
+  // byte_offset: where the value, or the packet, begins in a sample.
+  CConverter(const ChannelRecord& record, u32 fid, const UnitOfMeasure& unit, u32 byte_offset,
+             const DisplaySettings& display);
+
+  // A sample has as many readable bytes as its channel record says; where that is less than the format needs, zeros are
+  // read behind its end.
+  bool ConvertiValido(const u8* sample, float* out) const override;
+  bool ConvertiTesto(const u8* sample, std::wstring* out) override;
+  bool IsValido() const override { return reader_.read != nullptr; }
+  float Converti(const u8* sample) const override {
+    if (is_short_) [[unlikely]]
+      return ConvertiCorto(sample);
+    return reader_.read == nullptr ? 0.0F : reader_(sample);
+  }
+  void SetNumDecimali(int n) override;
+
+  // The bare reader with gain and offset, for decode loops; empty if IsValido() is false. Look at its bytes_needed.
+  SampleReader reader() const { return reader_; }
+
+ private:
+  float ConvertiCorto(const u8* sample) const;
+  float read_with_status(const u8* sample, u32* status) const;
+  std::string form_text(TextKind kind, const u8* sample);
+
+  SampleReader reader_;
+  StatusFunction status_reader_ = nullptr;
+  TextKind text_ = TextKind::kNone;
+  TextKind fallback_text_ = TextKind::kNone;
+  u32 sample_size_ = 0;
+  u32 text_bytes_needed_ = 0;
+  bool is_short_ = false;
+  DisplaySettings display_;
+  NumberMemory memory_;
+};
+
+}  // namespace traguardo

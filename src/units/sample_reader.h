@@ -1,0 +1,46 @@
+// The readers behind a converter: one plain function per sample format, chosen once per channel.
+#pragma once
+
+#include "support/bytes.h"
+
+namespace traguardo {
+
+// What a sample says besides its value. Bit 2 wins over bit 1, bit 1 over bit 3.
+enum SampleStatus : u32 {
+  kStatusGood = 0,
+  kStatusNoText = 1,
+  kStatusBlank = 2,
+  kStatusNoValue = 4,
+  kStatusBad = 8,
+};
+
+// Reads the value at `sample` and applies gain and offset where the format has them.
+using ValueFunction = float (*)(const u8* sample, float gain, float offset);
+// The same, with the status of the sample.
+using StatusFunction = float (*)(const u8* sample, float gain, float offset, u32* status);
+
+// Both forms of one reader; null where a format has none. `width` bytes are read, from `sample` on.
+struct ReaderPair {
+  ValueFunction value = nullptr;
+  StatusFunction with_status = nullptr;
+  u32 width = 0;
+};
+
+// `fid` decides only how a gear that is stored as text is read.
+ReaderPair reader_of_format(i32 format, u32 fid);
+
+// A converter's reader in the open, for loops that want no virtual call per sample.
+struct SampleReader {
+  ValueFunction read = nullptr;
+  float gain = 1.0F;
+  float offset = 0.0F;
+  u32 byte_offset = 0;
+  // Bytes that must be readable from the start of the sample. Where a file's samples are shorter, CConverter::Converti
+  // reads zeros behind their end; this bare form doesn't.
+  u32 bytes_needed = 0;
+
+  explicit operator bool() const { return read != nullptr; }
+  float operator()(const u8* sample) const { return read(sample + byte_offset, gain, offset); }
+};
+
+}  // namespace traguardo
