@@ -7,6 +7,7 @@
 
 #include <array>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -210,6 +211,7 @@ class WmpChannelRecord : public PackedRecord<668> {
   // The unit field as bytes: a text or a descriptor.
   const u8* unit_bytes() const { return bytes() + 20; }
   u8* unit_bytes() { return bytes() + 20; }
+  std::span<const u8, kUnitWidth> unit_field() const { return std::span<const u8, kUnitWidth>(unit_bytes(), kUnitWidth); }
   std::string unit_text() const { return get_text(20, kUnitWidth); }
   void set_unit_text(std::string_view text) { put_text(20, kUnitWidth, text); }
   void copy_name_and_unit(const u8* from) { put_bytes(0, from, kNameWidth + kUnitWidth); }

@@ -53,7 +53,8 @@ class CWMP : public CFileWMP, public CFiltri {
                 const CalculationOptions* options, i32 mode);
 
   // --- What the file says
-  u16 file_version() const { return version_; }
+  // Of the tables as they stand: versions up to 320 become 451 while they are read.
+  u16 file_version() const { return header_.version(); }
   const WmpMainHeader& header() const { return header_; }
   const WmpConfigurationBlock& configuration() const { return configuration_; }
   const WmpIdentityBlock& identity() const { return identity_; }
@@ -192,13 +193,18 @@ class CWMP : public CFileWMP, public CFiltri {
 
   // --- What version readers share (version_*.cpp)
   bool reopen(const std::wstring& path, u32* error);
+  bool fail_reading(u32 code, u32* error);
+  void take_real_length();
   bool read_plain_head();
-  bool read_channel_records(std::size_t count);
-  bool read_channel_pairs(std::size_t count);
-  bool read_laps(std::size_t count);
-  bool read_lap_pairs(std::size_t count);
+  bool read_channel_records();
+  bool read_channel_pairs();
+  bool read_laps();
+  bool read_lap_pairs();
   bool drop_old_math_channels(std::size_t* dropped);
   bool read_tables_500(const std::wstring& path, u32* error);
+  u64 aligned_areas_start() const;
+  std::size_t stated_channels() const;
+  std::size_t stated_laps() const;
   // Block form: one record, or two, under a head of their own. False if the file cuts the group short; `*sound` becomes
   // false where the checksum differs, and is left alone otherwise.
   template <typename First>
@@ -206,24 +212,30 @@ class CWMP : public CFileWMP, public CFiltri {
   template <typename First, typename Second>
   bool read_group(First* first, Second* second, bool* sound);
   bool read_blocks();
-  bool read_channel_groups(std::size_t count);
-  bool read_lap_groups(std::size_t count);
-  bool read_run_groups(std::size_t count);
-  bool read_extra_groups(std::size_t count);
+  bool read_channel_groups();
+  bool read_lap_groups();
+  bool read_run_groups();
+  bool read_extra_groups();
   bool read_block_form(const std::wstring& path, bool tables_only, bool tells_log, u32* error);
   void log_laps() const;
-  void convert_old_header(const std::vector<WmpOldChannelRecord>& old_channels, std::size_t float_count);
+  // Versions 100 to 320.
+  void number_old_laps();
   void convert_old_channels(const std::vector<WmpOldChannelRecord>& old_channels);
+  void convert_old_header();
   void recover_raw_words(std::span<const float> floats);
 
   // --- Samples (channel_tables.cpp)
-  void set_logged_count_from_header();
-  // Takes the words read as the raw area and makes room for the values of all channels.
-  void take_raw_area(std::vector<u16> words);
+  // Behind every reading of the channel table: as many rows in the parallel tables, and how many of them are logged.
+  void shape_tables();
+  // Zeroed values for all channels, and where each channel begins.
   void make_value_area();
-  // Version 500: the raw words of all logged channels out of the logger's dump, which lies in `path` from `offset` on;
-  // false with a code of wmp_dump_messages() (or 0) in `error` (dump_rebuild.cpp).
-  bool rebuild_raw_words(const std::wstring& path, u64 offset, std::vector<u16>* words, u32* error);
+  // REQUIRES: make_value_area(). What the words read lack of the logged channels' counts reads as 0.
+  void take_raw_area(std::vector<u16> words);
+  u64 derived_budget_left() const;
+  // Version 500 (dump_rebuild.cpp): the raw words of all logged channels, one channel behind the other, out of the
+  // logger's dump, which runs from `offset` of the open file to its end and may be empty. False with a code of
+  // wmp_dump_messages(), or 0, in `error`.
+  bool rebuild_raw_words(u64 offset, std::vector<u16>* words, u32* error);
 
   // --- Normalisation (normalisation.cpp)
   void normalise_counts();
@@ -274,6 +286,10 @@ class CWMP : public CFileWMP, public CFiltri {
   std::vector<std::size_t> first_sample_;
   // Words that the file can hold for the logged channels, whatever their records claim.
   u64 raw_capacity_ = 0;
+  // The file length that the sizes of versions below 500 are worked out from.
+  u64 stored_length_ = 0;
+  // Versions 500 and 550: what the file holds of the logger's dump.
+  u64 dump_bytes_ = 0;
 
   std::vector<float> distance_table_;
   std::vector<WmpLapRow> lap_rows_;
