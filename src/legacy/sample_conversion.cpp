@@ -78,6 +78,26 @@ const StoredUnitRow* find_stored_unit(std::string_view unit) {
   return nullptr;
 }
 
+ChannelUnitKind channel_unit_kind(StoredQuantity quantity) {
+  switch (quantity) {
+    case StoredQuantity::kTemperature:
+      return ChannelUnitKind::kTemperature;
+    case StoredQuantity::kSpeed:
+      return ChannelUnitKind::kSpeed;
+    case StoredQuantity::kSmallLength:
+      return ChannelUnitKind::kLength;
+    case StoredQuantity::kVoltage:
+      return ChannelUnitKind::kVoltage;
+    case StoredQuantity::kPressure:
+      return ChannelUnitKind::kPressure;
+    case StoredQuantity::kVolume:
+      return ChannelUnitKind::kVolume;
+    case StoredQuantity::kRotation:
+      break;
+  }
+  return ChannelUnitKind::kAngularSpeed;
+}
+
 const StoredUnitRuleRow* find_stored_unit_rule(std::string_view unit, std::string_view wanted, SystemChoices choices) {
   const StoredUnitRow* stored = find_stored_unit(unit);
   if (stored == nullptr) return nullptr;

@@ -8,6 +8,7 @@
 #include "legacy/sensor_formulas.h"
 #include "legacy/stored_units_data.h"
 #include "support/bytes.h"
+#include "units/user_units_manager.h"
 
 namespace traguardo {
 
@@ -27,6 +28,8 @@ const StoredUnitRuleRow* find_stored_unit_rule(std::string_view unit, std::strin
 void apply_stored_unit_rule(const StoredUnitRuleRow& rule, std::span<float> values);
 // The quantity of a stored unit, null for a unit that has none.
 const StoredUnitRow* find_stored_unit(std::string_view unit);
+// Where the user settings hold the units of that quantity.
+ChannelUnitKind channel_unit_kind(StoredQuantity quantity);
 
 // Adds to each sample of a thermocouple the temperature, less `zero`, that its cold junction had at the sample's time.
 // It ends at `duration_ms`, or where the cold junction's values end.

@@ -1,0 +1,121 @@
+// The chain from the raw words of a channel to the values that a host reads.
+#include <algorithm>
+#include <string>
+
+#include "legacy/conversion_sensors_data.h"
+#include "legacy/sample_conversion.h"
+#include "legacy/sensors.h"
+#include "legacy/unit_descriptor.h"
+#include "legacy/wmp_session.h"
+#include "units/user_units_manager.h"
+
+namespace traguardo {
+namespace {
+
+// Its channels store their unit as a text, and are scaled to the unit that the user wants.
+constexpr i32 kSensorWithStoredUnit = 999;
+
+bool is_one_of(std::span<const i32> sensors, i32 sensor_id) {
+  return std::find(sensors.begin(), sensors.end(), sensor_id) != sensors.end();
+}
+
+UnitField unit_field(const WmpChannelRecord& record) {
+  return UnitField(record.unit_bytes(), kUnitFieldWidth);
+}
+
+void convert_stored_unit(CWMP& session, std::size_t index) {
+  const WmpChannelRecord& record = session.channel(index);
+  const std::string unit = record.unit_text();
+  const StoredUnitRow* stored = find_stored_unit(unit);
+  if (stored == nullptr) return;
+  const std::string wanted = session.units()->GetChannelUnit(channel_unit_kind(stored->quantity), record.name());
+  const StoredUnitRuleRow* rule = find_stored_unit_rule(unit, wanted, session.sensors()->system_choices());
+  if (rule != nullptr) apply_stored_unit_rule(*rule, session.values(index));
+}
+
+// The first logged channel that holds the temperature of the logger's cold junction; logged_count() for none.
+std::size_t cold_junction_channel(const CWMP& session) {
+  std::size_t index = 0;
+  while (index < session.logged_count() && !is_one_of(cold_junction_sensors(), session.channel(index).sensor_id())) {
+    ++index;
+  }
+  return index;
+}
+
+// The junction's values are made here, since its channel may stand behind the thermocouple's. Its own turn in the chain
+// makes them anew; where it had its turn before, it keeps these, without the later steps of the chain.
+void refer_to_cold_junction(CWMP& session, std::size_t index) {
+  const WmpChannelRecord& record = session.channel(index);
+  if (!is_one_of(thermocouple_sensors(), record.sensor_id())) return;
+  const std::size_t junction = cold_junction_channel(session);
+  if (junction == session.logged_count()) return;
+  const WmpChannelRecord& junction_record = session.channel(junction);
+  const CSensori& sensors = *session.sensors();
+  sensors.convert_by_formula(junction_record.sensor_id(), junction_record.parameters(), junction_record.user_gain(),
+                             junction_record.user_offset(), session.raw_words(junction), session.values(junction));
+  // The thermocouple's own offset to Fahrenheit is in its values already.
+  const bool has_offset =
+      sensors.system_choices().imperial_temperature && read_unit_descriptor(record.unit_field()).valid;
+  add_cold_junction(session.values(index), session.statistics(index).period_ms, session.values(junction),
+                    session.statistics(junction).period_ms, session.header().duration_ms(), has_offset ? 32.0F : 0.0F);
+}
+
+bool convert_logged_channel(CWMP& session, std::size_t index, bool raw_only) {
+  session.update_rate(index);
+  const std::span<const u16> raw = session.raw_words(index);
+  const std::span<float> values = session.values(index);
+  if (raw_only) {
+    copy_raw_words(raw, values);
+    return true;
+  }
+  if (session.extension(index).digit_channel()) {
+    decode_digits(raw, values);
+    return true;
+  }
+  const WmpChannelRecord& record = session.channel(index);
+  const bool converted =
+      session.sensors()->ConvertiCampioni(record.sensor_id(), record.parameters(), record.unit_field(), raw, values);
+  if (record.sensor_id() == kSensorWithStoredUnit) convert_stored_unit(session, index);
+  refer_to_cold_junction(session, index);
+  if (session.reference_speed() >= 0 && static_cast<std::size_t>(session.reference_speed()) == index) {
+    session.rebuild_distance_table();
+  }
+  return converted;
+}
+
+}  // namespace
+
+bool CWMP::ConvertiCanale(std::size_t index, bool raw_only) {
+  bool converted = false;
+  if (is_derived(index)) {
+    converted = compute_derived_channel(index);
+    if (!converted) std::ranges::fill(values(index), 0.0F);
+  } else {
+    converted = convert_logged_channel(*this, index, raw_only);
+  }
+  const WmpChannelRecord& record = channels_[index];
+  WmpChannelStatistics& row = statistics_[index];
+  const std::span<float> samples = values(index);
+  if (repairs_ && record.measure_class() == WmpChannelRecord::kClassSpeed) repair_flat_runs(samples, row.period_ms);
+  apply_gain_and_offset(samples, record.user_gain(), record.user_offset());
+  for (i32 pass = smoothing_passes(record.filter_word()); pass > 0; --pass) FiltraFir(samples.data(), samples.size());
+  if (extensions_[index].inverted()) invert_values(samples);
+  if (repairs_) {
+    for (const RepairPassRow& pass : repair_passes()) {
+      if (pass.sensor_id != record.sensor_id()) continue;
+      if (pass.filter == RepairFilter::kFir) {
+        FiltraFir(samples.data(), samples.size());
+      } else {
+        MediaMobile(samples.data(), samples.size(), std::size_t{row.frequency_hz} / 3);
+      }
+    }
+  }
+  const bool bounded = function_id(index) == WmpChannelExtension::kFunctionBounded;
+  const ValueStatistics summary = value_statistics(samples, bounded);
+  row.minimum = summary.minimum;
+  row.mean = summary.mean;
+  row.maximum = summary.maximum;
+  return converted;
+}
+
+}  // namespace traguardo

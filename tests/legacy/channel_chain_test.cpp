@@ -1,0 +1,183 @@
+// Whole channels through `CWMP::ConvertiCanale`, from the words of a file: which steps run for which channel, in which
+// order.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "opened_session.h"
+
+namespace traguardo::test {
+namespace {
+
+constexpr u16 k10Hz = 2;
+constexpr u16 k2Hz = 1;
+
+// A channel as the only one of its file, converted.
+std::vector<float> converted(wmp::Channel channel) {
+  wmp::File file;
+  file.logged = {std::move(channel)};
+  OpenedSession opened(wmp::build(file));
+  EXPECT_TRUE(opened.opened()) << opened.error();
+  return opened.values(0);
+}
+
+// Gives the process its metric units back.
+class Imperial {
+ public:
+  Imperial() { set(true); }
+  ~Imperial() { set(false); }
+  Imperial(const Imperial&) = delete;
+  Imperial& operator=(const Imperial&) = delete;
+
+ private:
+  static void set(bool imperial) {
+    CUserUnitsOfMeasureMgr* units = CUserUnitsOfMeasureMgr::GetInstance();
+    units->SetLengthSystem(imperial, nullptr);
+    units->SetTemperatureSystem(imperial, nullptr);
+    units->SetPressureSystem(imperial, nullptr);
+  }
+};
+
+TEST(ChannelChain, GainAndOffsetComeBeforeTheInvert) {
+  wmp::Channel channel = plain_channel("A", {1, 2, 0x8000});
+  channel.gain = 2;
+  channel.offset = 1;
+  channel.inverted = true;
+  EXPECT_EQ(converted(channel), (std::vector<float>{-3, -5, -65537}));
+}
+
+TEST(ChannelChain, DigitChannelsKnowNoSensor) {
+  wmp::Channel channel = plain_channel("A", {0xA0, 0xFF01, 0x8000});
+  channel.sensor = 17;
+  channel.digit = true;
+  EXPECT_EQ(converted(channel), (std::vector<float>{68, 1, 0}));
+}
+
+TEST(ChannelChain, OnlySpeedsAreRepaired) {
+  std::vector<u16> words = {10, 10, 10, 16};
+  for (u16 i = 0; i < 30; ++i) words.push_back(static_cast<u16>(100 + i));
+  wmp::Channel channel = plain_channel("A", words, k10Hz);
+  channel.measure_class = 1;
+  EXPECT_EQ(converted(channel)[1], 10.0F);
+  channel.measure_class = 3;
+  channel.gain = 3;
+  const std::vector<float> repaired = converted(channel);
+  EXPECT_EQ(repaired[1], 36.0F);
+  EXPECT_EQ(repaired[2], 42.0F);
+  EXPECT_EQ(repaired[3], 48.0F);
+}
+
+TEST(ChannelChain, StoredUnitsFollowTheUser) {
+  wmp::Channel channel = plain_channel("Boost", {0, 2000, 0xFFFF});
+  channel.sensor = 999;
+  channel.unit = "mbar";
+  channel.parameters = {0, 65535};
+  EXPECT_EQ(converted(channel), (std::vector<float>{0.0F, 2000.0F * 0.001F, 65535.0F * 0.001F}));
+  channel.unit = "V";
+  EXPECT_EQ(converted(channel), (std::vector<float>{0, 2000, 65535}));
+  // A stored C gets its degree sign in front of the conversion.
+  channel.unit = "C";
+  const Imperial imperial;
+  EXPECT_EQ(converted(channel)[1], 3632.0F);
+}
+
+// A thermocouple at 10 Hz, and a cold junction of 25 and 27.5 degrees at 2 Hz, of gain 2 and offset 1.
+wmp::File thermocouple_file(bool junction_first) {
+  wmp::Channel thermocouple = plain_channel("T", {1000, 1000, 1000, 1000, 1000, 1000, 1000}, k10Hz);
+  thermocouple.sensor = 3;
+  wmp::Channel junction = plain_channel("J", {1040, 1028}, k2Hz);
+  junction.sensor = 75;
+  junction.gain = 2;
+  junction.offset = 1;
+  junction.inverted = true;
+  wmp::File file;
+  file.logged = junction_first ? std::vector<wmp::Channel>{junction, thermocouple}
+                               : std::vector<wmp::Channel>{thermocouple, junction};
+  return file;
+}
+
+TEST(ChannelChain, ColdJunctionOnEitherSideOfItsThermocouple) {
+  const float warmer = (12.0F / 4.9152F + 25.0F) * 2.0F + 1.0F;
+  const std::vector<float> sums = {1051, 1051, 1051, 1051, 1051, 1000.0F + warmer, 1000.0F + warmer};
+  OpenedSession behind(wmp::build(thermocouple_file(false)));
+  EXPECT_EQ(behind.values(0), sums);
+  EXPECT_EQ(behind.values(1), (std::vector<float>{-51, -warmer}));
+  // Made anew for the thermocouple, without the later steps of its own chain.
+  OpenedSession in_front(wmp::build(thermocouple_file(true)));
+  EXPECT_EQ(in_front.values(1), sums);
+  EXPECT_EQ(in_front.values(0), (std::vector<float>{51, warmer}));
+
+  wmp::File alone = thermocouple_file(false);
+  alone.logged.pop_back();
+  EXPECT_EQ(OpenedSession(wmp::build(alone)).values(0), std::vector<float>(7, 1000.0F));
+}
+
+TEST(ChannelChain, ImperialColdJunctionWithAndWithoutDescriptor) {
+  wmp::File file = thermocouple_file(false);
+  file.logged[1].gain = 1;
+  file.logged[1].offset = 0;
+  const Imperial imperial;
+  EXPECT_EQ(OpenedSession(wmp::build(file)).values(0)[0], 1077.0F);
+  file.logged[0].unit =
+      "\x09"
+      "01021";
+  EXPECT_EQ(OpenedSession(wmp::build(file)).values(0)[0], 1045.0F);
+}
+
+TEST(ChannelChain, TemperaturesAreAveragedOverAThirdOfASecond) {
+  std::vector<u16> words(20, 0);
+  words[10] = 70;
+  wmp::Channel channel = plain_channel("A", words, k10Hz);
+  channel.sensor = 91;
+  const std::vector<float> averaged = converted(channel);
+  for (std::size_t i = 0; i < averaged.size(); ++i) EXPECT_EQ(averaged[i], i >= 7 && i <= 13 ? 10.0F : 0.0F) << i;
+}
+
+TEST(ChannelChain, FilterWordAndSensorAskForSmoothing) {
+  // A step: any pass of the filter changes it.
+  std::vector<u16> words;
+  for (u16 i = 0; i < 40; ++i) words.push_back(static_cast<u16>(i < 20 ? 100 : 300));
+  const wmp::Channel plain = plain_channel("A", words, k10Hz);
+  const std::vector<float> unfiltered = converted(plain);
+  EXPECT_EQ(unfiltered, std::vector<float>(words.begin(), words.end()));
+  const auto with_filter = [&](u16 filter, u16 sensor) {
+    wmp::Channel channel = plain;
+    channel.filter = filter;
+    channel.sensor = sensor;
+    return converted(channel);
+  };
+  const std::vector<float> once = with_filter(1, 998);
+  EXPECT_NE(once, unfiltered);
+  EXPECT_NE(with_filter(2, 998), once);
+  EXPECT_EQ(with_filter(0x401, 998), unfiltered);
+  EXPECT_EQ(with_filter(11, 998), unfiltered);
+  // Sensor 42 is smoothed once more, sensor 11 is not.
+  EXPECT_NE(with_filter(0, 42), with_filter(1, 42));
+  EXPECT_EQ(with_filter(0, 11), with_filter(0x401, 11));
+  EXPECT_NE(with_filter(0, 11), with_filter(1, 11));
+  const std::vector<float> gyro = with_filter(0, 42);
+  EXPECT_GT(*std::max_element(gyro.begin(), gyro.end()), gyro.back()) << "a smoothed step overshoots";
+  const std::vector<float> other = with_filter(0, 11);
+  EXPECT_EQ(*std::min_element(other.begin(), other.end()), other.back()) << "and this one stays a step";
+}
+
+TEST(ChannelChain, StatisticsOfABoundedFunction) {
+  wmp::File file;
+  file.logged = {plain_channel("A", {0, 1, 2, 3})};
+  file.logged[0].function_id = 98;
+  OpenedSession opened(wmp::build(file));
+  EXPECT_EQ(opened.session().statistics(0).minimum, 1.0F);
+  EXPECT_EQ(opened.session().statistics(0).mean, 0.75F);
+  EXPECT_EQ(opened.session().statistics(0).maximum, 3.0F);
+  // Function ids of a file that says it has none don't count.
+  file.function_ids = false;
+  OpenedSession without(wmp::build(file));
+  EXPECT_EQ(without.session().statistics(0).minimum, 0.0F);
+  EXPECT_EQ(without.session().statistics(0).mean, 1.5F);
+}
+
+}  // namespace
+}  // namespace traguardo::test

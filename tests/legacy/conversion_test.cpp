@@ -1,0 +1,237 @@
+// The steps of the chain from raw words to a host's values, each on plain arrays.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "legacy/sample_conversion.h"
+
+namespace traguardo {
+namespace {
+
+using Values = std::vector<float>;
+
+TEST(SampleConversion, RawWordsAndDigits) {
+  const std::vector<u16> words = {0xA0, 0x01, 0xFF, 0x00, 0x80, 0xFF01, 0x8000};
+  Values values(words.size());
+  copy_raw_words(words, values);
+  EXPECT_EQ(values, (Values{160, 1, 255, 0, 128, 65281, 32768}));
+  decode_digits(words, values);
+  EXPECT_EQ(values, (Values{68, 1, 12345678, 0, 8, 1, 0}));
+}
+
+TEST(SampleConversion, StoredUnits) {
+  constexpr SystemChoices kMetric{};
+  constexpr SystemChoices kImperial{true, true, true};
+  constexpr SystemChoices kImperialSpeed{true, false, false};
+  constexpr SystemChoices kImperialTemperature{false, true, false};
+  constexpr SystemChoices kImperialPressure{false, false, true};
+  struct Case {
+    std::string_view unit;
+    std::string_view wanted;
+    SystemChoices choices;
+    float value;
+    float converted;
+  };
+  const Case cases[] = {
+      {"C",
+       "\xB0"
+       "F",
+       kMetric, 21.5F, 0x1.1acccp+6F},
+      {"\xB0"
+       "C",
+       "", kImperialTemperature, 100.0F, 212.0F},
+      {"\xB0"
+       "C",
+       "", kImperialSpeed, 100.0F, 100.0F},
+      {"C", "F", kImperial, 21.5F, 21.5F},
+      {"\xB0"
+       "F",
+       "", kMetric, 70.0F, 0x1.51c71cp+4F},
+      {"F", "", kImperialTemperature, 70.0F, 70.0F},
+      {"mm", "", kImperialSpeed, 100.0F, 0x1.f7efep+1F},
+      {"mm", "mm", kImperial, 100.0F, 100.0F},
+      {"in", "", kMetric, 2.0F, 2.0F * 25.4F},
+      {"mV", "V", kMetric, 5000.0F, 5000.0F * 0.001F},
+      {"V", "", kImperial, 5.0F, 5.0F},
+      {"km/h", "", kImperialSpeed, 90.0F, 0x1.bf6324p+5F},
+      {"km/h", "", kImperialPressure, 90.0F, 90.0F},
+      {"mph", "km/h", kImperial, 100.0F, 100.0F * 1.609344F},
+      {"bar", "", kImperialPressure, 2.0F, 2.0F * 14.5039F},
+      {"bar", "", kMetric, 2.0F, 2.0F},
+      {"psi", "mbar", kMetric, 100.0F, 0x1.aeeb28p+12F},
+      {"mbar", "", kMetric, 2000.0F, 2000.0F * 0.001F},
+      {"mbar", "", kImperialPressure, 2000.0F, 0x1.d01ff2p+4F},
+      {"mbar", "kPa", kImperialPressure, 2000.0F, 200.0F},
+      {"l", "UKgal", kMetric, 2.0F, 2.0F * 0.219969F},
+      {"UKgal", "l", kMetric, 2.0F, 0x1.22f338p+3F},
+      {"deg/s", "rpm", kMetric, 3.0F, 0x1.00015p-1F},
+      {"rpm", "", kImperial, 3.0F, 3.0F},
+      // Only whole texts name a unit or a target.
+      {"bars", "", kImperial, 2.0F, 2.0F},
+      {"", "psi", kImperial, 2.0F, 2.0F},
+      {"bar", "ps", kImperial, 2.0F, 2.0F},
+  };
+  for (const Case& c : cases) {
+    Values values = {c.value, 0.0F};
+    const StoredUnitRuleRow* rule = find_stored_unit_rule(c.unit, c.wanted, c.choices);
+    if (rule != nullptr) apply_stored_unit_rule(*rule, values);
+    EXPECT_EQ(values[0], c.converted) << c.unit << " to " << c.wanted;
+  }
+}
+
+TEST(SampleConversion, ColdJunctionAddsTheTemperatureOfItsTime) {
+  const Values junction = {20, 21, 22};
+  struct Case {
+    const char* what;
+    u32 period_ms;
+    u32 duration_ms;
+    float zero;
+    Values expected;
+  };
+  const Case cases[] = {
+      {"each temperature holds for its period", 500, 10000, 0, {120, 220, 321, 421, 522}},
+      {"a slower thermocouple skips some", 2000, 10000, 0, {120, 222, 300, 400, 500}},
+      {"ends with the session", 500, 1500, 0, {120, 220, 321, 400, 500}},
+      {"less the offset that the thermocouple has already", 500, 10000, 32, {88, 188, 289, 389, 490}},
+      {"ends with the junction's values", 1000, 10000, 0, {120, 221, 322, 400, 500}},
+      {"nothing in a session without duration", 500, 0, 0, {100, 200, 300, 400, 500}},
+  };
+  for (const Case& c : cases) {
+    Values values = {100, 200, 300, 400, 500};
+    add_cold_junction(values, c.period_ms, junction, 1000, c.duration_ms, c.zero);
+    EXPECT_EQ(values, c.expected) << c.what;
+  }
+  // The time of sample 134218 is the first one at or behind the longest duration; it doesn't wrap around to 0.
+  Values slow(140000, 0.0F);
+  add_cold_junction(slow, 32000, Values(140000, 1.0F), 32000, 0xFFFFFFFF, 0.0F);
+  EXPECT_EQ(std::count(slow.begin(), slow.end(), 1.0F), 134218);
+}
+
+// `count` times `value`.
+Values run(std::size_t count, float value) {
+  return Values(count, value);
+}
+Values operator+(Values a, const Values& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+// From 1, a step of 1 a sample: no two are equal.
+Values rising(std::size_t count) {
+  Values values(count);
+  for (std::size_t i = 0; i < count; ++i) values[i] = static_cast<float>(i + 1);
+  return values;
+}
+
+TEST(FlatRuns, BecomeRamps) {
+  Values ramp_of_25 = run(7, 10);
+  // Samples 6 to 24 are the 19 that fall short of a window of 20; 38 lies two a sample above.
+  for (int j = 1; j <= 18; ++j) ramp_of_25.push_back(10.0F + 2.0F * static_cast<float>(j));
+  struct Case {
+    const char* what;
+    u32 period_ms;
+    Values before;
+    Values after;
+  };
+  const Case cases[] = {
+      {"three and the value behind", 100, Values{10, 10, 10, 16} + rising(30), Values{10, 12, 14, 16} + rising(30)},
+      {"falling", 100, Values{16, 16, 16, 10} + rising(30), Values{16, 14, 12, 10} + rising(30)},
+      {"a longer run keeps its head", 100, run(25, 10) + Values{48} + rising(30), ramp_of_25 + Values{48} + rising(30)},
+      {"zeros stay", 100, run(3, 0) + Values{9} + rising(30), run(3, 0) + Values{9} + rising(30)},
+      {"a run behind a zero doesn't", 100, Values{0, 10, 10, 16} + rising(30), Values{0, 10, 13, 16} + rising(30)},
+      {"near the end nothing is repaired", 100, rising(20) + Values{50, 50, 56}, rising(20) + Values{50, 50, 56}},
+      {"the last start that counts", 100, Values{2, 3, 5, 5, 8} + rising(18), Values{2, 3, 5, 6.5F, 8} + rising(18)},
+      {"the first that doesn't", 100, Values{2, 3, 4, 5, 5, 8} + rising(17), Values{2, 3, 4, 5, 5, 8} + rising(17)},
+      {"a window of samples is too few", 100, Values{5, 5, 8} + rising(17), Values{5, 5, 8} + rising(17)},
+      {"one more is enough", 100, Values{5, 5, 8} + rising(18), Values{5, 6.5F, 8} + rising(18)},
+      {"at 1 Hz a window of two never ramps", 1000, Values{5, 5, 8} + rising(9), Values{5, 5, 8} + rising(9)},
+      {"a window of one is none", 1500, Values{5, 5, 8} + rising(9), Values{5, 5, 8} + rising(9)},
+      {"at 2 Hz runs of up to three", 500, Values{5, 5, 8} + run(4, 9) + Values{12, 13, 14, 15, 16},
+       Values{5, 6.5F, 8, 9, 9, 10, 11} + Values{12, 13, 14, 15, 16}},
+      {"a run to the end stays", 100, rising(3) + run(40, 7), rising(3) + run(40, 7)},
+  };
+  for (const Case& c : cases) {
+    Values values = c.before;
+    repair_flat_runs(values, c.period_ms);
+    EXPECT_EQ(values, c.after) << c.what;
+  }
+}
+
+// Sample by sample, with a new count at each start.
+void repair_flat_runs_plainly(Values* values, std::size_t window) {
+  if (window <= 1 || values->size() <= window) return;
+  Values& v = *values;
+  for (std::size_t i = 0; i < v.size() - window;) {
+    std::size_t e = i;
+    while (e < v.size() && v[e] == v[i]) ++e;
+    if (v[i] == 0.0F || e - i >= window) {
+      ++i;
+      continue;
+    }
+    const std::size_t n = e - i;
+    for (std::size_t j = i + 1; n >= 2 && j < e; ++j) {
+      v[j] = static_cast<float>(j - i) * (v[e] - v[i]) / static_cast<float>(n) + v[i];
+    }
+    i = e;
+  }
+}
+
+TEST(FlatRuns, AgreeWithThePlainWalk) {
+  std::mt19937 random(20);
+  for (int round = 0; round < 200; ++round) {
+    Values values;
+    while (values.size() < 300) {
+      values = values + run(1 + random() % 27, static_cast<float>(random() % 4) * 3.7F);
+    }
+    Values plain = values;
+    repair_flat_runs(values, 100);
+    repair_flat_runs_plainly(&plain, 20);
+    ASSERT_EQ(values, plain) << round;
+  }
+}
+
+TEST(SampleConversion, GainOffsetAndInvert) {
+  Values values = {1.5F, -2.0F, 0.0F};
+  apply_gain_and_offset(values, 2.0F, 1.0F);
+  invert_values(values);
+  EXPECT_EQ(values, (Values{-4, 3, -1}));
+}
+
+TEST(SampleConversion, SmoothingPassesOfAFilterWord) {
+  const std::pair<u16, i32> cases[] = {{0, 0},      {1, 1},      {10, 10},    {11, 0},     {15, 0},
+                                       {16, 0},     {31, 0},     {0x21, 1},   {0x8001, 1}, {0x0401, 0},
+                                       {0x040A, 0}, {0xFBE2, 2}, {0xFFE2, 0}, {0x03EA, 10}};
+  for (const auto& [word, passes] : cases) EXPECT_EQ(smoothing_passes(word), passes) << word;
+}
+
+TEST(SampleConversion, Statistics) {
+  const Values values = {2, -1, 3, 0};
+  ValueStatistics all = value_statistics(values, false);
+  EXPECT_EQ(all.minimum, -1.0F);
+  EXPECT_EQ(all.mean, 1.0F);
+  EXPECT_EQ(all.maximum, 3.0F);
+  // The minimum of what is above 0; the sum of 2, -1 and 0, over all four.
+  all = value_statistics(values, true);
+  EXPECT_EQ(all.minimum, 2.0F);
+  EXPECT_EQ(all.mean, 0.25F);
+  EXPECT_EQ(all.maximum, 3.0F);
+
+  all = value_statistics(Values{-2, 0, -4}, true);
+  EXPECT_EQ(all.minimum, 0.0F) << "no value is above 0";
+  EXPECT_EQ(all.mean, -2.0F);
+  EXPECT_EQ(all.maximum, 0.0F);
+
+  all = value_statistics({}, false);
+  EXPECT_EQ(all.minimum, 9.0e12F);
+  EXPECT_EQ(all.mean, 0.0F);
+  EXPECT_EQ(all.maximum, -9.0e12F);
+  all = value_statistics({}, true);
+  EXPECT_EQ(all.minimum, 0.0F);
+  EXPECT_EQ(all.maximum, 0.0F);
+}
+
+}  // namespace
+}  // namespace traguardo

@@ -1,0 +1,323 @@
+// Raw words of every sensor to values and back. Values of the formulas stand in sensor_expectations_data.cpp; what is
+// here was worked out by hand.
+#include "legacy/sensors.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <bit>
+#include <iterator>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "legacy/sensor_curves.h"
+#include "legacy/sensor_database.h"
+#include "legacy/sensor_expectations_data.h"
+#include "legacy/unit_descriptor.h"
+#include "units/user_units_manager.h"
+
+namespace traguardo {
+namespace {
+
+using test::SensorExpectation;
+using Parameters = std::array<float, 5>;
+using UnitBytes = std::array<u8, kUnitFieldWidth>;
+
+void choose_systems(CUserUnitsOfMeasureMgr* units, u8 imperial) {
+  units->SetLengthSystem((imperial & test::kSpeed) != 0, nullptr);
+  units->SetTemperatureSystem((imperial & test::kTemperature) != 0, nullptr);
+  units->SetPressureSystem((imperial & test::kPressure) != 0, nullptr);
+}
+
+UnitBytes unit_bytes(std::string_view text) {
+  UnitBytes bytes{};
+  for (std::size_t i = 0; i < text.size(); ++i) bytes[i] = static_cast<u8>(text[i]);
+  return bytes;
+}
+
+// A data base and sensors over it in metric units.
+class SensorsTest : public testing::Test {
+ protected:
+  float value(i32 sensor_id, const Parameters& parameters, const UnitBytes& unit, u16 word) {
+    float out = -12345.0F;
+    EXPECT_TRUE(sensors_.ConvertiCampioni(sensor_id, parameters, unit, std::span(&word, 1), std::span(&out, 1)));
+    return out;
+  }
+  std::vector<float> by_formula(i32 sensor_id, const Parameters& parameters, float scale, float offset,
+                                const std::vector<u16>& words) {
+    std::vector<float> out(words.size());
+    sensors_.convert_by_formula(sensor_id, parameters, scale, offset, words, out);
+    return out;
+  }
+
+  CUserUnitsOfMeasureMgr units_;
+  CDBSensori data_base_;
+  CSensori sensors_{&units_, &data_base_};
+};
+
+TEST(SensorFormulas, EveryValueIsThatOfAnIndependentCalculation) {
+  CUserUnitsOfMeasureMgr units;
+  CDBSensori shared_data_base;
+  std::size_t row_number = 0;
+  for (const SensorExpectation& row : test::sensor_expectations()) {
+    choose_systems(&units, row.imperial);
+    // A family override stays in the data base, so rows with a descriptor get one of their own.
+    CDBSensori fresh_data_base = shared_data_base;
+    CSensori sensors(&units, &fresh_data_base);
+    float value = 0.0F;
+    sensors.ConvertiCampioni(row.sensor_id, row.parameters, row.unit, std::span(&row.word, 1), std::span(&value, 1));
+    EXPECT_EQ(value, row.value) << "row " << row_number << ", sensor " << row.sensor_id << ", word " << row.word
+                                << ", imperial " << int{row.imperial};
+    ++row_number;
+  }
+}
+
+TEST_F(SensorsTest, WritesOneValueAWordAndNothingElse) {
+  const std::array<u16, 3> words = {1000, 0x8000, 2000};
+  std::array<float, 5> out = {-1.0F, -1.0F, -1.0F, -1.0F, -1.0F};
+  const UnitBytes text = unit_bytes("km/h");
+  EXPECT_TRUE(sensors_.ConvertiCampioni(1, {}, text, words, out));
+  EXPECT_EQ(out, (std::array<float, 5>{100.0F, 0.0F, 200.0F, -1.0F, -1.0F}));
+
+  // Sensor 337 is a tenth of a metre per second.
+  out = {-1.0F, -1.0F, -1.0F, -1.0F, -1.0F};
+  EXPECT_TRUE(sensors_.ConvertiCampioni(337, {},
+                                        unit_bytes("\x09"
+                                                   "02041"),
+                                        words, out));
+  EXPECT_EQ(out, (std::array<float, 5>{100.0F, 0.0F, 200.0F, -1.0F, -1.0F}));
+
+  out = {-1.0F, -1.0F, -1.0F, -1.0F, -1.0F};
+  EXPECT_TRUE(sensors_.ConvertiCampioni(1, {}, text, {}, out));
+  EXPECT_EQ(out[0], -1.0F);
+}
+
+TEST_F(SensorsTest, FamilyOverrideStaysForLaterChannelsOfTheSensor) {
+  const UnitBytes psi = unit_bytes(
+      "\x09"
+      "03042");
+  const UnitBytes psi_of_psi_sensor = unit_bytes(
+      "\x09"
+      "03042"
+      "043");
+  const float in_psi = value(129, {}, psi, 100);
+  EXPECT_EQ(in_psi, 100.0F) << "volts have no way to psi";
+  // Sensor 244 is in bar, and bar to psi is a reciprocal one; in its new family the value stands as it is.
+  EXPECT_EQ(value(244, {}, psi, 100), 1.0F / (100.0F * 14.5F));
+  EXPECT_EQ(value(244, {}, psi_of_psi_sensor, 100), 100.0F);
+  EXPECT_EQ(value(244, {}, psi, 100), 100.0F);
+  EXPECT_EQ(data_base_.sensor(244).family, 43);
+  // Others keep theirs, and a sensor that nobody knows stays unknown.
+  EXPECT_EQ(data_base_.sensor(248).family, 40);
+  EXPECT_EQ(value(12345, {}, psi_of_psi_sensor, 100), 100.0F);
+  EXPECT_FALSE(data_base_.knows_sensor(12345));
+  EXPECT_EQ(CDBSensori().sensor(244).family, 40);
+}
+
+TEST_F(SensorsTest, CurveWithoutWidthGivesItsBias) {
+  const CurvePoint points[] = {{5, 1}, {5, 2}};
+  EXPECT_EQ(curve_value({1, true, points}, 7.0F), 0.049F);
+}
+
+// --- Gears
+
+Parameters thresholds(const std::array<u16, 10>& words) {
+  Parameters parameters{};
+  for (std::size_t i = 0; i < parameters.size(); ++i) {
+    parameters[i] = std::bit_cast<float>(u32{words[2 * i]} | (u32{words[2 * i + 1]} << 16));
+  }
+  return parameters;
+}
+
+TEST_F(SensorsTest, GearByThresholds) {
+  const Parameters gears = thresholds({100, 600, 1200, 1800, 2400, 3000, 3400, 3700, 3900, 4090});
+  // 350 lies in the middle of the first two; 0xFFFF is -1.
+  EXPECT_EQ(by_formula(90, gears, 1.0F, 0.0F, {0, 100, 349, 350, 351, 3000, 4096, 4097, 0x7FFF, 0xFFFF}),
+            (std::vector<float>{0, 0, 0, 0, 1, 5, 9, 10, 10, 0}));
+  EXPECT_EQ(by_formula(90, gears, 2.0F, 0.5F, {0, 601, 5000}), (std::vector<float>{0.5F, 2.5F, 20.5F}));
+  // Word 0 is gear 0, whatever threshold lies there; the threshold itself has its own number.
+  const Parameters fourth_at_zero = thresholds({500, 600, 700, 0, 900, 1000, 1100, 1200, 1300, 1400});
+  EXPECT_EQ(by_formula(90, fourth_at_zero, 1.0F, 0.0F, {0, 1}), (std::vector<float>{0, 3}));
+  // Not within 10000 of any threshold.
+  EXPECT_EQ(by_formula(90, gears, 1.0F, 0.0F, {0x8000}), (std::vector<float>{0}));
+}
+
+TEST_F(SensorsTest, GearByNearestThresholdWithTolerance) {
+  const Parameters even = thresholds({0, 400, 800, 1200, 1600, 2000, 2400, 2800, 3200, 3600});
+  struct Case {
+    const char* what;
+    Parameters gears;
+    std::vector<u16> words;
+    std::vector<float> values;
+  };
+  const Case cases[] = {
+      {"within a quarter of the distance to the neighbour, else the sample before",
+       even,
+       {410, 550, 700, 650, 1200},
+       {1, 1, 2, 2, 3}},
+      {"above the last threshold the tolerance of the sample before counts", even, {410, 3701, 3700}, {1, 1, 9}},
+      {"without a sample before it is wide", even, {3750, 3}, {9, 0}},
+      {"a negative word is gear 0, and what later samples repeat", even, {1200, 0xFFFF, 550}, {3, 0, 0}},
+      {"a tie is the lower gear's, too far to count", even, {400, 600}, {1, 1}},
+      {"nothing to repeat", even, {550, 400}, {0, 1}},
+      {"a tolerance below 1 accepts every word",
+       thresholds({0, 3, 100, 200, 300, 400, 500, 600, 700, 800}),
+       {100, 1},
+       {2, 0}},
+  };
+  for (const i32 sensor : {99, 104}) {
+    for (const Case& c : cases) {
+      EXPECT_EQ(by_formula(sensor, c.gears, 1.0F, 0.0F, c.words), c.values) << c.what;
+    }
+  }
+  // Scaled once, repeated as it is.
+  EXPECT_EQ(by_formula(99, even, 2.0F, 1.0F, {410, 550}), (std::vector<float>{3, 3}));
+}
+
+// --- The way back
+
+TEST(SensorInverse, WordsSensorClassAndParameters) {
+  struct Case {
+    u16 sensor_id;
+    Parameters parameters;
+    u8 imperial;
+    float value;
+    u16 word;
+    u16 sensor_after;
+    u16 measure_class;
+    float new_factor;  // 0: the parameters stay; else p0 is this and the others are 0
+  };
+  const Case cases[] = {
+      {0, {1}, test::kMetric, 6500.7F, 6500, 0, 4, 0},
+      {0, {}, test::kMetric, -1.9F, 0xFFFF, 0, 4, 0},
+      {0, {}, test::kMetric, 70000.0F, 4464, 0, 4, 0},
+      {0, {}, test::kMetric, 1e30F, 0, 0, 4, 0},
+      {998, {}, test::kMetric, 12.9F, 12, 998, 1, 0},
+      {1, {1900, 4}, test::kMetric, 123.47F, 1234, 1, 3, 0},
+      {5, {7, 8}, test::kMetric, 12.35F, 123, 70, 1, 0.1F},
+      {14, {}, test::kMetric, 12.35F, 123, 70, 1, 0.1F},
+      {57, {}, test::kMetric, 12.35F, 123, 70, 1, 0.1F},
+      {7, {0, 100, 3688}, test::kMetric, 12.305F, 1230, 70, 1, 0.01F},
+      {30, {}, test::kMetric, 12.305F, 1230, 70, 1, 0.01F},
+      {61, {}, test::kMetric, 12.305F, 1230, 70, 1, 0.01F},
+      {12, {}, test::kMetric, 1.2505F, 1250, 70, 1, 0.001F},
+      {52, {}, test::kMetric, 1.2505F, 1250, 70, 1, 0.001F},
+      // Two sensors have other numbers today, and go on under those.
+      {54, {1, 2}, test::kMetric, 12.305F, 1230, 82, 1, 0.01F},
+      {56, {1, 2}, test::kMetric, 12.305F, 1230, 84, 1, 0.01F},
+      {8, {1344, 0, -100, 3688, 100}, test::kMetric, 50.0F, 2516, 8, 1, 0},
+      {8, {1344, 0, -100, 3688, 100}, test::kMetric, -50.0F, 672, 8, 1, 0},
+      {8, {1344, 0, -100, 3688, 100}, test::kSpeed, 2.0F, 2534, 8, 1, 0},
+      {8, {1344, 0, 0, 3688, 0}, test::kMetric, 5.0F, 0, 8, 1, 0},
+      {9, {7, 100, 400}, test::kMetric, 3.0F, 19, 9, 1, 0},
+      {9, {7, 100, 400}, test::kPressure, 3.0F, 181, 9, 1, 0},
+      {10, {2079}, test::kMetric, 0.5F, 2297, 10, 1, 0},
+      {198, {2079}, test::kMetric, 0.5F, 2297, 198, 1, 0},
+      {11, {2079}, test::kMetric, 0.5F, 1860, 11, 1, 0},
+      {79, {2079}, test::kMetric, 0.5F, 1860, 79, 1, 0},
+      {17, {0, 0, 5, 5}, test::kMetric, 2.5F, 2048, 17, 1, 0},
+      {18, {}, test::kMetric, 25.0F, 2048, 18, 1, 0},
+      {46, {}, test::kMetric, 250.0F, 2048, 46, 1, 0},
+      {38, {25, 3621, 3000, 1.02F}, test::kMetric, 100.0F, 29, 38, 3, 0},
+      {38, {25, 3621, 3000, 1.02F}, test::kSpeed, 100.0F, 26, 38, 3, 0},
+      {42, {2048}, test::kMetric, 50.0F, 3198, 42, 1, 0},
+      {45, {}, test::kMetric, 20.0F, 2401, 45, 1, 0},
+      {45, {}, test::kTemperature, 68.0F, 2401, 45, 1, 0},
+      {68, {}, test::kMetric, 12.5F, 2275, 68, 1, 0},
+      {999, {-40, 160}, test::kMetric, 10.0F, 16383, 999, 1, 0},
+      {999, {10, 10}, test::kMetric, 10.0F, 0, 999, 1, 0},
+      {67, {1, 2, 3, 4, 5}, test::kMetric, 3.555F, 355, 67, 5, 0.01F},
+      {72, {}, test::kMetric, 3.555F, 355, 72, 6, 0.01F},
+      {77, {}, test::kMetric, 3.555F, 355, 77, 7, 0.01F},
+      {93, {}, test::kMetric, 3.555F, 355, 93, 3, 0.01F},
+      {337, {}, test::kMetric, 3.555F, 355, 337, 1, 0.01F},
+  };
+  CUserUnitsOfMeasureMgr units;
+  CDBSensori data_base;
+  const CSensori sensors(&units, &data_base);
+  for (const Case& c : cases) {
+    choose_systems(&units, c.imperial);
+    u16 sensor_id = c.sensor_id;
+    u16 measure_class = 77;
+    u16 word = 0xABCD;
+    Parameters parameters = c.parameters;
+    EXPECT_TRUE(
+        sensors.RicavaCampioni(&sensor_id, &measure_class, std::span(&c.value, 1), std::span(&word, 1), &parameters));
+    EXPECT_EQ(word, c.word) << "sensor " << c.sensor_id << ", value " << c.value;
+    EXPECT_EQ(sensor_id, c.sensor_after) << c.sensor_id;
+    EXPECT_EQ(measure_class, c.measure_class) << c.sensor_id;
+    const Parameters expected = c.new_factor == 0.0F ? c.parameters : Parameters{c.new_factor, 0, 0, 0, 0};
+    EXPECT_EQ(parameters, expected) << c.sensor_id;
+  }
+}
+
+// --- What the data base answers
+
+TEST(SensorDataBase, AnswersAndWhatItDoesNotKnow) {
+  const CDBSensori data_base;
+  EXPECT_EQ(data_base.sensor(103).family, 43);
+  EXPECT_EQ(data_base.sensor(103).c0, -12.5F);
+  EXPECT_TRUE(data_base.knows_sensor(0));
+  EXPECT_FALSE(data_base.knows_sensor(4));
+  EXPECT_EQ(data_base.sensor(4).kind, 0);
+  EXPECT_EQ(data_base.sensor(4).id, 0);
+
+  EXPECT_EQ(data_base.unit_code(300), 40);
+  EXPECT_EQ(data_base.unit_code(302), 40);
+  EXPECT_FALSE(data_base.unit_code(299).has_value());
+  EXPECT_EQ(data_base.unit_code(2000), 204);
+
+  const std::optional<UnitConversionRow> bar_to_psi = data_base.conversion(40, 43);
+  ASSERT_TRUE(bar_to_psi.has_value());
+  EXPECT_EQ(bar_to_psi->scale, 14.5F);
+  EXPECT_EQ(bar_to_psi->reciprocal, 1U);
+  EXPECT_EQ(data_base.conversion(20, 21)->offset, 32.0F);
+  EXPECT_FALSE(data_base.conversion(40, 30).has_value());
+
+  EXPECT_EQ(data_base.unit_text(44), "kg/cm^2");
+  EXPECT_EQ(data_base.unit_text(254), "");
+  EXPECT_EQ(data_base.unit_text(150), "");
+  EXPECT_EQ(data_base.curve(5).points.size(), 6U);
+}
+
+TEST(UnitDescriptors, BothFormsAndWhatIsNone) {
+  struct Case {
+    UnitBytes field;
+    bool valid;
+    u32 unit_id;
+    i32 decimals;
+    u8 family;
+  };
+  const Case cases[] = {
+      {{9, '0', '3', '0', '4', '2'}, true, 304, 2, 0},
+      {{9, '2', '0', '0', '0', '0', '0', '4', '3', 0xFF}, true, 2000, 0, 43},
+      {{9, '0', '3', '0', '4', '2', '2', '5', '5'}, true, 304, 2, 255},
+      // No such unit code, and nothing to read: no override.
+      {{9, '0', '3', '0', '4', '2', '2', '5', '6'}, true, 304, 2, 0},
+      {{9, '0', '3', '0', '4', '2', '4', 'x', '3'}, true, 304, 2, 0},
+      {{9, '0', '3', '0', '4', '2', 0, '4', '3'}, true, 304, 2, 0},
+      {{9, '0', '3', 'a', '4', '2'}, false, 0, 1, 0},
+      {{9, ' ', '3', '0', '4', '2'}, false, 0, 1, 0},
+      {{9, 0, '3', '0', '4', '2'}, false, 0, 1, 0},
+      {{9, '0', '3', '0', '4', 'x'}, false, 0, 1, 0},
+      {{9, '0', '3', '0', '4', 0}, false, 0, 1, 0},
+      {{11, 0x2C, 0x11}, true, 300, 1, 0},
+      {{11, 0xFF, 0xFF, 1, 2, 3, 4, 5, 6, 43}, true, 4095, 15, 43},
+      {{11}, true, 0, 0, 0},
+      {{10, '0', '3', '0', '4', '2'}, false, 0, 1, 0},
+      {{'k', 'm', '/', 'h'}, false, 0, 1, 0},
+      {{}, false, 0, 1, 0},
+  };
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    const UnitDescriptor read = read_unit_descriptor(cases[i].field);
+    EXPECT_EQ(read.valid, cases[i].valid) << i;
+    EXPECT_EQ(read.unit_id, cases[i].unit_id) << i;
+    EXPECT_EQ(read.decimals, cases[i].decimals) << i;
+    EXPECT_EQ(read.family_override, cases[i].family) << i;
+  }
+}
+
+}  // namespace
+}  // namespace traguardo
