@@ -19,10 +19,6 @@ bool is_one_of(std::span<const i32> sensors, i32 sensor_id) {
   return std::find(sensors.begin(), sensors.end(), sensor_id) != sensors.end();
 }
 
-UnitField unit_field(const WmpChannelRecord& record) {
-  return UnitField(record.unit_bytes(), kUnitFieldWidth);
-}
-
 void convert_stored_unit(CWMP& session, std::size_t index) {
   const WmpChannelRecord& record = session.channel(index);
   const std::string unit = record.unit_text();
