@@ -45,21 +45,9 @@ const Case kCases[] = {
     {"curve_of_2_points", 94, "", {}},
     {"gear_by_thresholds", 90, "", {0.1F, 0.2F, 0.3F, 0.4F, 0.5F}},
     {"gear_by_nearest", 99, "", {0.1F, 0.2F, 0.3F, 0.4F, 0.5F}},
-    {"descriptor_line",
-     101,
-     "\x09"
-     "03001",
-     {}},
-    {"descriptor_reciprocal",
-     101,
-     "\x09"
-     "03041",
-     {}},
-    {"descriptor_polynomial",
-     81,
-     "\x09"
-     "01001",
-     {}},
+    {"descriptor_line", 101, "\t03001", {}},
+    {"descriptor_reciprocal", 101, "\t03041", {}},
+    {"descriptor_polynomial", 81, "\t01001", {}},
 };
 
 constexpr std::size_t kWords = 1 << 16;
@@ -70,7 +58,7 @@ std::vector<u16> noisy_words() {
   u32 state = 1;
   for (u16& word : words) {
     state = state * 1664525 + 1013904223;
-    word = state >> 26 == 0 ? u16{0x8000} : static_cast<u16>((state >> 12) & 0x0FFF);
+    word = (state >> 26) == 0 ? u16{0x8000} : static_cast<u16>((state >> 12) & 0x0FFF);
   }
   return words;
 }

@@ -121,9 +121,7 @@ TEST(ChannelChain, ImperialColdJunctionWithAndWithoutDescriptor) {
   file.logged[1].offset = 0;
   const Imperial imperial;
   EXPECT_EQ(OpenedSession(wmp::build(file)).values(0)[0], 1077.0F);
-  file.logged[0].unit =
-      "\x09"
-      "01021";
+  file.logged[0].unit = "\t01021";
   EXPECT_EQ(OpenedSession(wmp::build(file)).values(0)[0], 1045.0F);
 }
 

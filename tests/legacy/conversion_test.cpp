@@ -180,11 +180,11 @@ void repair_flat_runs_plainly(Values* values, std::size_t window) {
 }
 
 TEST(FlatRuns, AgreeWithThePlainWalk) {
-  std::mt19937 random(20);
+  std::mt19937 generator(20);
   for (int round = 0; round < 200; ++round) {
     Values values;
     while (values.size() < 300) {
-      values = values + run(1 + random() % 27, static_cast<float>(random() % 4) * 3.7F);
+      values = values + run(1 + generator() % 27, static_cast<float>(generator() % 4) * 3.7F);
     }
     Values plain = values;
     repair_flat_runs(values, 100);

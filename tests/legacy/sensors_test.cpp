@@ -83,10 +83,7 @@ TEST_F(SensorsTest, WritesOneValueAWordAndNothingElse) {
 
   // Sensor 337 is a tenth of a metre per second.
   out = {-1.0F, -1.0F, -1.0F, -1.0F, -1.0F};
-  EXPECT_TRUE(sensors_.ConvertiCampioni(337, {},
-                                        unit_bytes("\x09"
-                                                   "02041"),
-                                        words, out));
+  EXPECT_TRUE(sensors_.ConvertiCampioni(337, {}, unit_bytes("\t02041"), words, out));
   EXPECT_EQ(out, (std::array<float, 5>{100.0F, 0.0F, 200.0F, -1.0F, -1.0F}));
 
   out = {-1.0F, -1.0F, -1.0F, -1.0F, -1.0F};
@@ -95,13 +92,8 @@ TEST_F(SensorsTest, WritesOneValueAWordAndNothingElse) {
 }
 
 TEST_F(SensorsTest, FamilyOverrideStaysForLaterChannelsOfTheSensor) {
-  const UnitBytes psi = unit_bytes(
-      "\x09"
-      "03042");
-  const UnitBytes psi_of_psi_sensor = unit_bytes(
-      "\x09"
-      "03042"
-      "043");
+  const UnitBytes psi = unit_bytes("\t03042");
+  const UnitBytes psi_of_psi_sensor = unit_bytes("\t03042043");
   const float in_psi = value(129, {}, psi, 100);
   EXPECT_EQ(in_psi, 100.0F) << "volts have no way to psi";
   // Sensor 244 is in bar, and bar to psi is a reciprocal one; in its new family the value stands as it is.
