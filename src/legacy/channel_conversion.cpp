@@ -1,5 +1,6 @@
 // The chain from the raw words of a channel to the values that a host reads.
 #include <algorithm>
+#include <span>
 #include <string>
 
 #include "legacy/conversion_sensors_data.h"
@@ -29,13 +30,27 @@ void convert_stored_unit(CWMP& session, std::size_t index) {
   if (rule != nullptr) apply_stored_unit_rule(*rule, session.values(index));
 }
 
-// The first logged channel that holds the temperature of the logger's cold junction; logged_count() for none.
-std::size_t cold_junction_channel(const CWMP& session) {
-  std::size_t index = 0;
-  while (index < session.logged_count() && !is_one_of(cold_junction_sensors(), session.channel(index).sensor_id())) {
-    ++index;
+struct ColdJunction {
+  std::size_t channel;  // the first logged channel that holds its temperature; logged_count() for none
+  bool is_converted;    // a thermocouple before this one has left its values as they are wanted
+};
+
+// While the file is loaded nothing but its own turn in the chain changes the junction's values behind a thermocouple
+// that made them, so that thousands of thermocouples don't cost thousands of conversions.
+ColdJunction find_cold_junction(const CWMP& session, std::size_t thermocouple) {
+  const std::size_t count = session.logged_count();
+  ColdJunction junction{count, false};
+  for (std::size_t i = 0; i < count && (i < thermocouple || junction.channel == count); ++i) {
+    const i32 sensor_id = session.channel(i).sensor_id();
+    if (junction.channel == count && is_one_of(cold_junction_sensors(), sensor_id)) {
+      junction.channel = i;
+      if (i < thermocouple) junction.is_converted = false;
+    } else if (i < thermocouple && is_one_of(thermocouple_sensors(), sensor_id)) {
+      if (!session.extension(i).digit_channel()) junction.is_converted = true;
+    }
   }
-  return index;
+  if (session.all_converted()) junction.is_converted = false;
+  return junction;
 }
 
 // The junction's values are made here, since its channel may stand behind the thermocouple's. Its own turn in the chain
@@ -43,17 +58,21 @@ std::size_t cold_junction_channel(const CWMP& session) {
 void refer_to_cold_junction(CWMP& session, std::size_t index) {
   const WmpChannelRecord& record = session.channel(index);
   if (!is_one_of(thermocouple_sensors(), record.sensor_id())) return;
-  const std::size_t junction = cold_junction_channel(session);
-  if (junction == session.logged_count()) return;
-  const WmpChannelRecord& junction_record = session.channel(junction);
+  const ColdJunction junction = find_cold_junction(session, index);
+  if (junction.channel == session.logged_count()) return;
   const CSensori& sensors = *session.sensors();
-  sensors.convert_by_formula(junction_record.sensor_id(), junction_record.parameters(), junction_record.user_gain(),
-                             junction_record.user_offset(), session.raw_words(junction), session.values(junction));
+  const std::span<float> temperatures = session.values(junction.channel);
+  if (!junction.is_converted) {
+    const WmpChannelRecord& source = session.channel(junction.channel);
+    sensors.convert_by_formula(source.sensor_id(), source.parameters(), source.user_gain(), source.user_offset(),
+                               session.raw_words(junction.channel), temperatures);
+  }
   // The thermocouple's own offset to Fahrenheit is in its values already.
   const bool has_offset =
       sensors.system_choices().imperial_temperature && read_unit_descriptor(record.unit_field()).valid;
-  add_cold_junction(session.values(index), session.statistics(index).period_ms, session.values(junction),
-                    session.statistics(junction).period_ms, session.header().duration_ms(), has_offset ? 32.0F : 0.0F);
+  add_cold_junction(session.values(index), session.statistics(index).period_ms, temperatures,
+                    session.statistics(junction.channel).period_ms, session.header().duration_ms(),
+                    has_offset ? 32.0F : 0.0F);
 }
 
 bool convert_logged_channel(CWMP& session, std::size_t index, bool raw_only) {

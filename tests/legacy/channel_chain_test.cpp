@@ -110,6 +110,15 @@ TEST(ChannelChain, ColdJunctionOnEitherSideOfItsThermocouple) {
   EXPECT_EQ(in_front.values(1), sums);
   EXPECT_EQ(in_front.values(0), (std::vector<float>{51, warmer}));
 
+  // A second thermocouple on each side sees the same temperatures.
+  wmp::File many = thermocouple_file(false);
+  many.logged = {many.logged[0], many.logged[0], many.logged[1], many.logged[0], many.logged[0]};
+  OpenedSession all(wmp::build(many));
+  for (const std::size_t index : {0U, 1U, 3U, 4U}) EXPECT_EQ(all.values(index), sums) << index;
+  // A digit channel is no thermocouple, whatever its sensor.
+  many.logged[3].digit = true;
+  EXPECT_EQ(OpenedSession(wmp::build(many)).values(4), sums);
+
   wmp::File alone = thermocouple_file(false);
   alone.logged.pop_back();
   EXPECT_EQ(OpenedSession(wmp::build(alone)).values(0), std::vector<float>(7, 1000.0F));
