@@ -1,8 +1,11 @@
 // The converter of a channel of the logger family: reader, unit and text form, all chosen once when it is built.
 #pragma once
 
+#include <array>
+
 #include "units/channel_record.h"
 #include "units/i_converter.h"
+#include "units/sample_formats.h"
 #include "units/sample_reader.h"
 #include "units/unit_of_measure.h"
 #include "units/value_text.h"
@@ -33,16 +36,20 @@ class CConverter final : public IConverter {
   SampleReader reader() const { return reader_; }
 
  private:
+  using PaddedValue = std::array<u8, kLongestStandardSample>;
+
   float ConvertiCorto(const u8* sample) const;
-  float read_with_status(const u8* sample, u32* status) const;
-  std::string form_text(TextKind kind, const u8* sample);
+  // The value, or the packet, in a sample; where the sample ends before it does, a copy with zeros behind the end.
+  const u8* value_in(const u8* sample, PaddedValue* padded) const;
+  std::string form_number(const u8* value);
+  std::string form_text(TextKind kind, const u8* value);
 
   SampleReader reader_;
   StatusFunction status_reader_ = nullptr;
   TextKind text_ = TextKind::kNone;
   TextKind fallback_text_ = TextKind::kNone;
   u32 sample_size_ = 0;
-  u32 text_bytes_needed_ = 0;
+  u32 value_bytes_ = 0;  // Of all readers and texts, from the value's begin on.
   bool is_short_ = false;
   DisplaySettings display_;
   NumberMemory memory_;

@@ -19,12 +19,34 @@ using ValueFunction = float (*)(const u8* sample, float gain, float offset);
 // The same, with the status of the sample.
 using StatusFunction = float (*)(const u8* sample, float gain, float offset, u32* status);
 
+// The status that a stored 16-bit or 32-bit word gives a value: its sentinels are the logger's ways to say that there
+// is none.
+constexpr u32 sentinel_status(u32 word) {
+  if (word - 0xFFFFCFFD > 2) return kStatusGood;  // The one test that an ordinary sample costs.
+  if (word == 0xFFFFCFFF) return kStatusNoValue;
+  return word == 0xFFFFCFFE ? kStatusBlank : kStatusBad;
+}
+constexpr u32 sentinel_status(u16 word) {
+  return sentinel_status(0xFFFF0000U | word);
+}
+
 // Both forms of one reader; null where a format has none. `width` bytes are read, from `sample` on.
 struct ReaderPair {
   ValueFunction value = nullptr;
   StatusFunction with_status = nullptr;
   u32 width = 0;
 };
+
+// The form without a status of a function that gives one.
+template <StatusFunction function>
+float value_only(const u8* sample, float gain, float offset) {
+  u32 status;
+  return function(sample, gain, offset, &status);
+}
+template <StatusFunction function>
+constexpr ReaderPair reader_pair(u32 width) {
+  return {value_only<function>, function, width};
+}
 
 // `fid` decides only how a gear that is stored as text is read.
 ReaderPair reader_of_format(i32 format, u32 fid);

@@ -54,7 +54,8 @@ enum class TextKind {
   kMyLapsField,
   kMyLapsCount,
   kMyLapsPosition,
-  kMyLapsGap,
+  kMyLapsFirstGap,
+  kMyLapsSecondGap,
 };
 
 // What a former gives where there is no text.
