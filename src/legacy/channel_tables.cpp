@@ -17,8 +17,7 @@ constexpr std::size_t kMostChannels = 32767;
 
 std::span<float> CWMP::values(std::size_t index) {
   if (index + 1 >= first_sample_.size()) return {};
-  return std::span<float>(value_area_)
-      .subspan(first_sample_[index], first_sample_[index + 1] - first_sample_[index]);
+  return std::span<float>(value_area_).subspan(first_sample_[index], first_sample_[index + 1] - first_sample_[index]);
 }
 
 std::span<const float> CWMP::values(std::size_t index) const {
@@ -29,8 +28,7 @@ std::span<const float> CWMP::values(std::size_t index) const {
 
 std::span<const u16> CWMP::raw_words(std::size_t index) const {
   if (is_derived(index) || index + 1 >= first_sample_.size()) return {};
-  return std::span<const u16>(raw_area_)
-      .subspan(first_sample_[index], first_sample_[index + 1] - first_sample_[index]);
+  return std::span<const u16>(raw_area_).subspan(first_sample_[index], first_sample_[index + 1] - first_sample_[index]);
 }
 
 u32 CWMP::function_id(std::size_t index) const {
@@ -70,7 +68,8 @@ void CWMP::shape_tables() {
 void CWMP::make_value_area() {
   first_sample_.assign(1, 0);
   first_sample_.reserve(channels_.size() + 1);
-  for (const WmpChannelRecord& record : channels_) first_sample_.push_back(first_sample_.back() + record.sample_count());
+  for (const WmpChannelRecord& record : channels_)
+    first_sample_.push_back(first_sample_.back() + record.sample_count());
   value_area_.assign(first_sample_.back(), 0.0F);
 }
 

@@ -23,7 +23,9 @@ constexpr u16 kAlignedAreasVersion = 550;
 constexpr std::size_t kAlignedAreas = 2;
 constexpr u64 kAlignedAreaWords = 32768;
 
-u32 held_to_u32(u64 value) { return static_cast<u32>(std::min<u64>(value, 0xFFFFFFFF)); }
+u32 held_to_u32(u64 value) {
+  return static_cast<u32>(std::min<u64>(value, 0xFFFFFFFF));
+}
 
 std::string trimmed(const std::string& text) {
   constexpr const char* kBlanks = " \t\n\v\f\r";
@@ -47,15 +49,15 @@ void CWMP::normalise_counts() {
   if (header_.version() >= 500) {
     header_.set_raw_area_size(std::max(header_.raw_area_size(), held_to_u32(sizeof(u16) * logged_samples)));
   } else {
-    const u64 tables = 510 + u64{WmpLapRecord::kSize} * stated_laps() + u64{WmpChannelRecord::kSize} * stated_channels();
+    const u64 tables =
+        510 + u64{WmpLapRecord::kSize} * stated_laps() + u64{WmpChannelRecord::kSize} * stated_channels();
     header_.set_raw_area_size(stored_length_ > tables ? held_to_u32(stored_length_ - tables) : 0);
   }
 
   const u32 logged_frequency = total_frequency(false);
   if (logged_frequency > 0) {
     const float both = static_cast<float>(total_frequency(true) + logged_frequency);
-    const float size =
-        both / static_cast<float>(logged_frequency) * static_cast<float>(header_.raw_area_size()) * 2.0F;
+    const float size = both / static_cast<float>(logged_frequency) * static_cast<float>(header_.raw_area_size()) * 2.0F;
     header_.set_value_area_size(std::max(header_.value_area_size(), truncate_to_u32(size)));
   }
 
@@ -118,9 +120,9 @@ u32 CWMP::derived_sample_count(u32 frequency_hz) const {
   for (std::size_t i = 0; i < logged_count_; ++i) {
     const u32 own = sample_rate_of(channels_[i].rate_index()).frequency_hz;
     if (own == 0) continue;
-    const float count = static_cast<float>(channels_[i].sample_count()) * static_cast<float>(frequency_hz) /
-                            static_cast<float>(own) +
-                        0.5F;
+    const float count =
+        static_cast<float>(channels_[i].sample_count()) * static_cast<float>(frequency_hz) / static_cast<float>(own) +
+        0.5F;
     most = std::max(most, truncate_to<i64>(count));
   }
   return held_to_u32(static_cast<u64>(most));

@@ -243,6 +243,8 @@ void CWMP::convert_everything(bool raw_only, const CalculationOptions* options, 
   assure_device_channels();
 }
 
-std::tm CWMP::date_and_time() const { return parse_session_date(header_.date_text()); }
+std::tm CWMP::date_and_time() const {
+  return parse_session_date(header_.date_text());
+}
 
 }  // namespace traguardo

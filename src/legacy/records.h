@@ -211,7 +211,9 @@ class WmpChannelRecord : public PackedRecord<668> {
   // The unit field as bytes: a text or a descriptor.
   const u8* unit_bytes() const { return bytes() + 20; }
   u8* unit_bytes() { return bytes() + 20; }
-  std::span<const u8, kUnitWidth> unit_field() const { return std::span<const u8, kUnitWidth>(unit_bytes(), kUnitWidth); }
+  std::span<const u8, kUnitWidth> unit_field() const {
+    return std::span<const u8, kUnitWidth>(unit_bytes(), kUnitWidth);
+  }
   std::string unit_text() const { return get_text(20, kUnitWidth); }
   void set_unit_text(std::string_view text) { put_text(20, kUnitWidth, text); }
   void copy_name_and_unit(const u8* from) { put_bytes(0, from, kNameWidth + kUnitWidth); }
@@ -372,8 +374,8 @@ struct WmpRunBestLaps {
   u32 best_true_time_ms = 0;
 };
 
-// A run of the session. A file of a version below 600 stores no run records, and a file from 600 on may miss one that its
-// laps name: such a run has its number alone, and all else of it reads as zero.
+// A run of the session. A file of a version below 600 stores no run records, and a file from 600 on may miss one that
+// its laps name: such a run has its number alone, and all else of it reads as zero.
 struct WmpRun {
   u16 number = 0;
   std::unique_ptr<WmpRunRecord> record;

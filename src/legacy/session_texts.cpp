@@ -8,8 +8,12 @@
 namespace traguardo {
 namespace {
 
-bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_space(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+bool is_digit(char c) {
+  return c >= '0' && c <= '9';
+}
 
 // Takes numbers and separators off the front of a text, as a scanning format would.
 class FieldScanner {
@@ -51,7 +55,9 @@ class FieldScanner {
   std::string_view text_;
 };
 
-int held(i64 value, i64 low, i64 high) { return static_cast<int>(std::clamp(value, low, high)); }
+int held(i64 value, i64 low, i64 high) {
+  return static_cast<int>(std::clamp(value, low, high));
+}
 
 }  // namespace
 

@@ -11,8 +11,8 @@
 namespace traguardo {
 
 // "day-month-year hour:minute:second". Fields that the text lacks stay 0; a year below 90 is of the years from 2000 on,
-// every other counts from 1900, up to 2100; every field is held to its range. Days of week and year and the daylight flag
-// stay 0.
+// every other counts from 1900, up to 2100; every field is held to its range. Days of week and year and the daylight
+// flag stay 0.
 std::tm parse_session_date(std::string_view text);
 
 // Empty for a code that no text belongs to.

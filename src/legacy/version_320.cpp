@@ -1,5 +1,5 @@
-// Versions 100, 200 and 320 keep physical values. Their tables become those of a version 451 file, and their values the raw
-// words that the normal load path expects.
+// Versions 100, 200 and 320 keep physical values. Their tables become those of a version 451 file, and their values the
+// raw words that the normal load path expects.
 #include <algorithm>
 
 #include "legacy/sample_rate.h"

@@ -1,5 +1,5 @@
-// Versions 400, 450 and 451: the short header, channel records of 668 bytes, raw words one channel behind the other. And
-// what all readers without block heads share.
+// Versions 400, 450 and 451: the short header, channel records of 668 bytes, raw words one channel behind the other.
+// And what all readers without block heads share.
 #include <algorithm>
 #include <limits>
 
@@ -42,8 +42,8 @@ bool CWMP::ReadWampFileVers400(const std::wstring& path, bool tables_only, u32* 
   return true;
 }
 
-// Math channels of an older kind can't be computed any more. The first derived record tells which kind the file has; the
-// old ones go, and the counts with them.
+// Math channels of an older kind can't be computed any more. The first derived record tells which kind the file has;
+// the old ones go, and the counts with them.
 bool CWMP::drop_old_math_channels(std::size_t* dropped) {
   *dropped = 0;
   if (header_.derived_count() < 1) return true;
@@ -88,8 +88,12 @@ void CWMP::take_real_length() {
 }
 
 // Counts of the header, as far as they can be meant: a negative one is none.
-std::size_t CWMP::stated_channels() const { return static_cast<std::size_t>(std::max<i16>(header_.channel_count(), 0)); }
-std::size_t CWMP::stated_laps() const { return static_cast<std::size_t>(std::max<i16>(header_.lap_count(), 0)); }
+std::size_t CWMP::stated_channels() const {
+  return static_cast<std::size_t>(std::max<i16>(header_.channel_count(), 0));
+}
+std::size_t CWMP::stated_laps() const {
+  return static_cast<std::size_t>(std::max<i16>(header_.lap_count(), 0));
+}
 
 // Header and blocks of the versions without block heads.
 bool CWMP::read_plain_head() {
@@ -119,7 +123,9 @@ bool CWMP::read_channel_pairs() {
   return true;
 }
 
-bool CWMP::read_laps() { return read_table(&laps_, stated_laps()); }
+bool CWMP::read_laps() {
+  return read_table(&laps_, stated_laps());
+}
 
 bool CWMP::read_lap_pairs() {
   const std::size_t count = stated_laps();

@@ -1,5 +1,5 @@
-// Versions 500 and 550: the long header, and an extension behind every channel and lap record. 500 keeps its samples only
-// as a dump of the logger's memory; 550 keeps those of two channels, in areas of 64 KiB.
+// Versions 500 and 550: the long header, and an extension behind every channel and lap record. 500 keeps its samples
+// only as a dump of the logger's memory; 550 keeps those of two channels, in areas of 64 KiB.
 #include <algorithm>
 
 #include "legacy/wmp_messages.h"
@@ -48,8 +48,8 @@ bool CWMP::read_tables_500(const std::wstring& path, u32* error) {
   if (!reopen(path, error)) return false;
   if (!read_plain_head()) return fail_reading(kMsgWrongLength, error);
   take_real_length();
-  const u64 dump = header_.version() == 500 ? u64{configuration_.dump_offset()}
-                                            : aligned_areas_start() + kAlignedAreas * kAreaSize;
+  const u64 dump =
+      header_.version() == 500 ? u64{configuration_.dump_offset()} : aligned_areas_start() + kAlignedAreas * kAreaSize;
   dump_bytes_ = file_length() > dump ? file_length() - dump : 0;
   // A word of the dump is one sample at most. (The two areas of version 550 are limited one by one.)
   raw_capacity_ = dump_bytes_ / sizeof(u16);

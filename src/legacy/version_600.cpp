@@ -1,5 +1,5 @@
-// Versions 600 and 700: every group of records stands under a head with the sum of its bytes. 700 is read as 600 is, but
-// writes nothing to the event log.
+// Versions 600 and 700: every group of records stands under a head with the sum of its bytes. 700 is read as 600 is,
+// but writes nothing to the event log.
 #include <numeric>
 
 #include "legacy/wmp_messages.h"
@@ -28,11 +28,11 @@ bool CWMP::read_block_form(const std::wstring& path, bool tables_only, bool tell
   if (!reopen(path, error)) return false;
   if (!read_blocks()) return fail_reading(kMsgChecksum, error);
   take_real_length();
-  const u64 groups = u64{stated_channels()} *
-                         (WmpBlockHead::kSize + WmpChannelRecord::kSize + WmpChannelExtension::kSize) +
-                     u64{stated_laps()} * (WmpBlockHead::kSize + WmpLapRecord::kSize + WmpLapExtension::kSize) +
-                     u64{configuration_.run_count()} * (WmpBlockHead::kSize + WmpRunRecord::kSize) +
-                     u64{configuration_.extra_count()} * (WmpBlockHead::kSize + WmpExtraRecord::kSize);
+  const u64 groups =
+      u64{stated_channels()} * (WmpBlockHead::kSize + WmpChannelRecord::kSize + WmpChannelExtension::kSize) +
+      u64{stated_laps()} * (WmpBlockHead::kSize + WmpLapRecord::kSize + WmpLapExtension::kSize) +
+      u64{configuration_.run_count()} * (WmpBlockHead::kSize + WmpRunRecord::kSize) +
+      u64{configuration_.extra_count()} * (WmpBlockHead::kSize + WmpExtraRecord::kSize);
   raw_capacity_ = bytes_left() > groups ? (bytes_left() - groups) / sizeof(u16) : 0;
 
   const u64 tables_at = position();

@@ -7,8 +7,8 @@ namespace traguardo {
 
 bool CFileWMP::open_file(const std::wstring& path) {
   close_file();
-  file_ = platform::File::open(path, platform::Access::kRead, platform::Share::kReadWrite,
-                               platform::Creation::kMustExist);
+  file_ =
+      platform::File::open(path, platform::Access::kRead, platform::Share::kReadWrite, platform::Creation::kMustExist);
   if (!file_ || !file_.size(&length_)) {
     close_file();
     return false;

@@ -125,14 +125,26 @@ CWMPMisura::CWMPMisura(CWMP* owner, std::size_t index, u32 kept) : owner_(owner)
   living_measures().insert(this);
 }
 
-CWMPMisura::~CWMPMisura() { living_measures().erase(this); }
+CWMPMisura::~CWMPMisura() {
+  living_measures().erase(this);
+}
 
-std::size_t CWMPMisura::living() { return living_measures().size(); }
+std::size_t CWMPMisura::living() {
+  return living_measures().size();
+}
 
-u32 CWMPMisura::period_ms() const { return owner_->statistics(index_).period_ms; }
-u32 CWMPMisura::frequency_hz() const { return owner_->statistics(index_).frequency_hz; }
-std::span<const float> CWMPMisura::values() const { return owner_->values(index_); }
-const WmpChannelRecord& CWMPMisura::record() const { return owner_->channel(index_); }
+u32 CWMPMisura::period_ms() const {
+  return owner_->statistics(index_).period_ms;
+}
+u32 CWMPMisura::frequency_hz() const {
+  return owner_->statistics(index_).frequency_hz;
+}
+std::span<const float> CWMPMisura::values() const {
+  return owner_->values(index_);
+}
+const WmpChannelRecord& CWMPMisura::record() const {
+  return owner_->channel(index_);
+}
 
 // Older records packed a unit that the decimal form names since; the sensors concerned are known one by one.
 void CWMPMisura::rewrite_unit_field() {
@@ -188,8 +200,8 @@ std::string CWMPMisura::make_unit_text() const {
   return stored;
 }
 
-// The unit that the conversion brings a stored unit to. The system has no unit of voltage, volume and rotation, so such a
-// channel stays what it is.
+// The unit that the conversion brings a stored unit to. The system has no unit of voltage, volume and rotation, so such
+// a channel stays what it is.
 std::string CWMPMisura::stored_unit_text(const std::string& stored) const {
   const std::optional<StoredQuantity> quantity = quantity_of(stored);
   if (!quantity.has_value()) return stored;

@@ -1,5 +1,5 @@
-// The view of one channel of a legacy session: its record, extension, statistics and values under one name, and the unit
-// text that a host finally sees.
+// The view of one channel of a legacy session: its record, extension, statistics and values under one name, and the
+// unit text that a host finally sees.
 #pragma once
 
 #include <span>
@@ -14,8 +14,8 @@ class CWMP;
 
 class CWMPMisura {
  public:
-  // owner: borrowed; the measure must not outlive it, nor a change of its channel table. Rewrites a unit field of an older
-  // form in the owner's record. kept: a value that comes along, for the caller's own use.
+  // owner: borrowed; the measure must not outlive it, nor a change of its channel table. Rewrites a unit field of an
+  // older form in the owner's record. kept: a value that comes along, for the caller's own use.
   CWMPMisura(CWMP* owner, std::size_t index, u32 kept);
   ~CWMPMisura();
   CWMPMisura(const CWMPMisura&) = delete;

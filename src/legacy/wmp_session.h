@@ -1,9 +1,10 @@
-// One legacy session while it is read: the file, its tables, its raw words and the physical values made of them. Lives for
-// one CParserWMP::ParsaFile.
+// One legacy session while it is read: the file, its tables, its raw words and the physical values made of them. Lives
+// for one CParserWMP::ParsaFile.
 //
-// Cut by theme: open_file.cpp (ApriFile), version_*.cpp (one reader per layout), normalisation.cpp (counts, tables, laps,
-// runs), channel_tables.cpp (rows, areas and spans), channel_conversion.cpp (raw words to values), synthesised_channels.cpp
-// (derived channels), distance_table.cpp (distance over time, lap rows), dump_rebuild.cpp (samples of version 500).
+// Cut by theme: open_file.cpp (ApriFile), version_*.cpp (one reader per layout), normalisation.cpp (counts, tables,
+// laps, runs), channel_tables.cpp (rows, areas and spans), channel_conversion.cpp (raw words to values),
+// synthesised_channels.cpp (derived channels), distance_table.cpp (distance over time, lap rows), dump_rebuild.cpp
+// (samples of version 500).
 #pragma once
 
 #include <ctime>
@@ -39,16 +40,16 @@ struct WmpLapRow {
 
 class CWMP : public CFileWMP, public CFiltri {
  public:
-  // All borrowed, for the life of the object. folder: the application's, without a trailing slash. mode: of the regulation
-  // calculators, -1 off.
+  // All borrowed, for the life of the object. folder: the application's, without a trailing slash. mode: of the
+  // regulation calculators, -1 off.
   CWMP(std::wstring folder, const CalculationOptions* options, CSensori* sensors, CGestMathChan* math, i32 mode);
   ~CWMP() override;
   CWMP(const CWMP&) = delete;
   CWMP& operator=(const CWMP&) = delete;
 
   // Reads the whole file and computes everything. tables_first: one run over the tables before the samples are read;
-  // load_samples: false stops behind the header; raw_only: values are the raw words. False with a code of wmp_messages()
-  // or wmp_dump_messages() in `error` if the file is refused; the tables are then empty.
+  // load_samples: false stops behind the header; raw_only: values are the raw words. False with a code of
+  // wmp_messages() or wmp_dump_messages() in `error` if the file is refused; the tables are then empty.
   bool ApriFile(const std::wstring& path, bool tables_first, bool load_samples, bool raw_only, u32* error,
                 const CalculationOptions* options, i32 mode);
 
@@ -146,8 +147,8 @@ class CWMP : public CFileWMP, public CFiltri {
 
   // --- Rows of the channel table (channel_tables.cpp)
   // A derived channel behind the last one, with its statistics and a zeroed value area; counts and file length follow.
-  // The record's sample count is set from its rate. False, with nothing changed, if the file's sample areas are empty or
-  // the table is full.
+  // The record's sample count is set from its rate. False, with nothing changed, if the file's sample areas are empty
+  // or the table is full.
   bool append_channel(const WmpChannelRecord& record, const WmpChannelExtension& extension);
   // REQUIRES: a derived channel.
   void remove_channel(std::size_t index);

@@ -1,0 +1,156 @@
+#include "legacy/wmp_parser.h"
+
+#include <algorithm>
+#include <exception>
+#include <memory>
+#include <utility>
+
+#include "legacy/jts_parser.h"
+#include "legacy/sensor_database.h"
+#include "legacy/sensors.h"
+#include "legacy/session_texts.h"
+#include "legacy/wmp_measure.h"
+#include "legacy/wmp_session.h"
+#include "math/math_channel_manager.h"
+#include "model/parsed_channel.h"
+#include "regulation/calculator.h"
+#include "support/exe_path.h"
+#include "support/platform/platform.h"
+#include "units/user_units_manager.h"
+
+namespace traguardo {
+namespace {
+
+// The regulation calculators run for their channels only.
+constexpr i32 kNoCalibratedDistance = -1;
+constexpr u64 kMicrosecondsPerMs = 1000;
+
+// "12.34.56" as the bytes 12, 34, 56, and a ninth character as it stands.
+void store_firmware(const std::string& text, u8* bytes) {
+  constexpr std::size_t kShortest = 8;
+  if (text.size() < kShortest || text[2] != '.' || text[5] != '.') return;
+  const auto pair = [&](std::size_t at) { return static_cast<u8>((text[at] - '0') * 10 + (text[at + 1] - '0')); };
+  bytes[0] = pair(0);
+  bytes[1] = pair(3);
+  bytes[2] = pair(6);
+  if (text.size() == kShortest + 1) bytes[3] = static_cast<u8>(text.back());
+}
+
+SIdentRecord make_ident(const CWMP& session) {
+  constexpr u16 kCheckedBytes = 56;
+  SIdentRecord ident;
+  u8* bytes = ident.bytes.data();
+  std::memcpy(bytes, "idn", 3);
+  bytes[3] = 1;
+  store_u16(bytes + 4, kCheckedBytes);
+  store_u32(bytes + 8, session.identity().device_code());
+  store_u32(bytes + 12, session.identity().device_id());
+  store_firmware(session.firmware_text(), bytes + 20);
+  u32 sum = 0;
+  for (std::size_t i = 8; i < SIdentRecord::kSize; ++i) sum += bytes[i];
+  store_u16(bytes + 6, static_cast<u16>(sum));
+  return ident;
+}
+
+}  // namespace
+
+CParserWMP::CParserWMP(std::wstring path) : CParser(std::move(path)) {}
+CParserWMP::~CParserWMP() = default;
+
+std::wstring CParserWMP::trace_path_of(const std::wstring& session_path) {
+  constexpr std::size_t kExtensionLength = 3;
+  return session_path.substr(0, session_path.size() - std::min(session_path.size(), kExtensionLength)) + L"jts";
+}
+
+bool CParserWMP::ParsaFile(IProgress* progress) {
+  bool parsed = false;
+  try {
+    parsed = parse(progress);
+  } catch (const std::exception&) {
+    parsed = false;
+  }
+  // Never fewer channels without a word: what a failed parse made goes, its stores with it.
+  if (!parsed) channels_.clear();
+  return parsed;
+}
+
+bool CParserWMP::parse(IProgress* progress) {
+  if (!load_trace(progress)) return false;
+  const std::unique_ptr<IExePathName> executable = CreaExePathName(false);
+  if (executable == nullptr) return false;
+  IUserUnitOfMeasureManager* units = CUserUnitsOfMeasureMgr::GetInstance();
+
+  // Each one borrows from those above it, and goes before them.
+  CDBSensori data_base;
+  CSensori sensors(units, &data_base);
+  const CalculationOptions options;
+  CGestMathChan math(*units, executable->GetCartellaW());
+  CWMP session(executable->GetCartellaW(), &options, &sensors, &math, kNoCalibratedDistance);
+
+  u32 error = 0;
+  const bool opened = session.ApriFile(GetNomeFile(), true, true, false, &error, &options, kNoCalibratedDistance);
+  if (!copy_channels(session)) return false;
+  copy_laps(session);
+  copy_texts(session, opened);
+  enter_ident(session);
+  return true;
+}
+
+bool CParserWMP::load_trace(IProgress* progress) {
+  const std::wstring path = trace_path_of(GetNomeFile());
+  if (!platform::file_exists(path)) return false;
+  CParserJTS reader(path);
+  return reader.CaricaTraccia(progress, this);
+}
+
+// The index in a store's name is the channel's place in the table, with gaps where a channel is not shown.
+bool CParserWMP::copy_channels(const CWMP& session) {
+  for (const std::unique_ptr<CWMPMisura>& measure : session.measures()) {
+    const std::span<const float> values = measure->values();
+    if (measure->hidden() || values.empty() || measure->period_ms() == 0) continue;
+    auto channel = std::make_unique<CParsedChannel>(measure->name(), GetPercorsoStore(),
+                                                    static_cast<u32>(measure->index()), GetMantieniCostanti());
+    if (!channel->IsStoreValido()) return false;
+    channel->SetUnita(std::wstring_view(measure->unit_text()));
+    CParsedChannel* store = channel.get();
+    channels_.push_back(std::move(channel));
+    const u64 step = measure->period_ms() * kMicrosecondsPerMs;
+    if (!store->AddValori(0, step, static_cast<u32>(values.size()), values.data())) return false;
+    if (!store->ChiudiStore()) return false;
+  }
+  return true;
+}
+
+void CParserWMP::copy_laps(const CWMP& session) {
+  for (const WmpLapRecord& record : session.laps()) {
+    SRkLap* lap = GetGiro(record.run(), record.number());
+    if (lap == nullptr) continue;
+    const u32 duration_ms = record.true_time_ms() != 0 ? record.true_time_ms() : record.time_ms();
+    lap->start = record.start_ms() * kMicrosecondsPerMs;
+    lap->end = (u64{record.start_ms()} + record.time_ms()) * kMicrosecondsPerMs;
+    lap->duration = duration_ms * kMicrosecondsPerMs;
+    lap->marker_time = lap->end;
+    lap->session_byte = static_cast<u8>(record.run() & 0xFF);
+    lap->split_byte = 0;
+    lap->lap_number = static_cast<u16>(record.number());
+    lap->kind[0] = 7;
+    lap->kind[1] = 2;
+  }
+}
+
+void CParserWMP::copy_texts(const CWMP& session, bool opened) {
+  SetNomePilota(session.names().racer());
+  SetNomeVeicolo(session.names().vehicle());
+  SetNomeCampionato(session.extended_names().championship());
+  SetNomeTracciato(session.names().track());
+  // Code 0 is a type too, but not of a file that was refused.
+  SetNomeTipoVenue(opened ? venue_type_text(session.extended_names().venue_type()) : std::string());
+  SetDataOra(session.date_and_time());
+}
+
+void CParserWMP::enter_ident(const CWMP& session) {
+  const SIdentRecord ident = make_ident(session);
+  main_idents_[ident.device_id()] = {ident};
+}
+
+}  // namespace traguardo

@@ -1,0 +1,34 @@
+// The reader of the .wmp family behind the interface that every reader has: what a CWMP reads and computes becomes
+// channels, laps, texts and a trace, and no legacy object is left.
+#pragma once
+
+#include <string>
+
+#include "model/parser.h"
+
+namespace traguardo {
+
+class CWMP;
+
+class CParserWMP : public CParser {
+ public:
+  explicit CParserWMP(std::wstring path);
+  ~CParserWMP() override;
+
+  // False if there is no .jts beside the file, if that can't be read, or if a channel's store can't be written. A .wmp
+  // that can't be read is no failure: the reader then holds the trace alone.
+  bool ParsaFile(IProgress* progress) override;
+
+  // The trace file of a session, beside it under the same name.
+  static std::wstring trace_path_of(const std::wstring& session_path);
+
+ private:
+  bool parse(IProgress* progress);
+  bool load_trace(IProgress* progress);
+  bool copy_channels(const CWMP& session);
+  void copy_laps(const CWMP& session);
+  void copy_texts(const CWMP& session, bool opened);
+  void enter_ident(const CWMP& session);
+};
+
+}  // namespace traguardo

@@ -1,0 +1,283 @@
+#include <gtest/gtest.h>
+
+#include "opened_session.h"
+
+namespace traguardo::test {
+namespace {
+
+struct LapView {
+  u16 run;
+  i16 number;
+  u32 start;
+  u32 time;
+  u32 true_time;
+  friend bool operator==(const LapView&, const LapView&) = default;
+  friend void PrintTo(const LapView& lap, std::ostream* out) {
+    *out << "run " << lap.run << " lap " << lap.number << " at " << lap.start << " for " << lap.time << " truly "
+         << lap.true_time;
+  }
+};
+
+std::vector<LapView> laps_of(CWMP& session) {
+  std::vector<LapView> laps;
+  for (const WmpLapRecord& lap : session.laps()) {
+    laps.push_back({lap.run(), lap.number(), lap.start_ms(), lap.time_ms(), lap.true_time_ms()});
+  }
+  return laps;
+}
+
+wmp::File file_with_laps(u16 version, std::vector<wmp::Lap> laps) {
+  wmp::File file = small_file(version);
+  file.laps = std::move(laps);
+  return file;
+}
+
+TEST(NormaliseLaps, RunsNeverFallAndNumbersRiseWithinARun) {
+  struct Case {
+    const char* what;
+    std::vector<std::pair<u16, i16>> stored;  // run, number
+    std::vector<std::pair<u16, i16>> wanted;
+  };
+  const Case cases[] = {
+      {"as it should be", {{1, 1}, {1, 2}, {2, 1}, {2, 2}}, {{1, 1}, {1, 2}, {2, 1}, {2, 2}}},
+      {"a run comes back", {{1, 1}, {2, 1}, {1, 2}, {1, 3}, {3, 1}}, {{1, 1}, {2, 1}, {3, 2}, {3, 3}, {3, 4}}},
+      {"two different runs come back", {{5, 1}, {2, 1}, {1, 1}}, {{5, 1}, {6, 1}, {7, 1}}},
+      {"numbers repeat", {{1, 1}, {1, 1}, {1, 1}, {2, 1}}, {{1, 1}, {1, 2}, {1, 3}, {2, 1}}},
+      {"numbers fall", {{1, 7}, {1, 3}, {1, 9}, {1, 4}}, {{1, 7}, {1, 8}, {1, 9}, {1, 10}}},
+      {"numbers start anywhere", {{4, 0}, {4, -3}, {4, 5}}, {{4, 0}, {4, 1}, {4, 5}}},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.what);
+    std::vector<wmp::Lap> stored;
+    for (const auto& [run, number] : one.stored) stored.push_back(wmp::Lap{10, run, number});
+    OpenedSession opened(wmp::build(file_with_laps(600, stored)), Load::kTablesOnly);
+    ASSERT_TRUE(opened.opened()) << opened.error();
+    std::vector<std::pair<u16, i16>> found;
+    for (const WmpLapRecord& lap : opened.session().laps()) found.emplace_back(lap.run(), lap.number());
+    EXPECT_EQ(found, one.wanted);
+  }
+}
+
+TEST(NormaliseLaps, TimesChainAndUnsetTrueTimesFillUp) {
+  const std::vector<wmp::Lap> stored = {wmp::Lap{20, 1, 1, 0}, wmp::Lap{30, 1, 2, 0xCB3434CB}, wmp::Lap{25, 1, 3, 26},
+                                        wmp::Lap{0, 1, 4, 5, 0, 1, 77}};
+  OpenedSession opened(wmp::build(file_with_laps(600, stored)), Load::kTablesOnly);
+  ASSERT_TRUE(opened.opened()) << opened.error();
+  const std::vector<LapView> wanted = {{1, 1, 0, 20, 20}, {1, 2, 20, 30, 30}, {1, 3, 50, 25, 26}, {1, 4, 75, 0, 5}};
+  EXPECT_EQ(laps_of(opened.session()), wanted);
+  EXPECT_EQ(opened.session().laps()[3].mark(), 0U);
+}
+
+TEST(NormaliseLaps, LapsOfLaterFamiliesEndWithTheSession) {
+  // The session lasts 100 ms: the longest channel has 10 samples of 10 ms. Both logged channels together have 150 Hz.
+  const std::vector<wmp::Lap> stored = {wmp::Lap{60, 1, 1, 0, 9}, wmp::Lap{60, 1, 2, 0, 9}, wmp::Lap{60, 1, 3, 0, 9}};
+  wmp::File file = file_with_laps(600, stored);
+  file.family = 3;
+  OpenedSession cut(wmp::build(file), Load::kTablesOnly);
+  ASSERT_EQ(cut.session().laps().size(), 3U);
+  EXPECT_EQ(cut.session().laps()[0].sample_count(), 9U);
+  EXPECT_EQ(cut.session().laps()[1].time_ms(), 40U);
+  EXPECT_EQ(cut.session().laps()[1].sample_count(), 6U);
+  EXPECT_EQ(cut.session().laps()[2].time_ms(), 0U);
+  EXPECT_EQ(cut.session().laps()[2].sample_count(), 0U);
+  file.family = 2;
+  OpenedSession whole(wmp::build(file), Load::kTablesOnly);
+  EXPECT_EQ(whole.session().laps()[2].time_ms(), 60U);
+}
+
+TEST(NormaliseLaps, TheSamplesOfAVersion500LapTellItsTime) {
+  // 150 Hz in all: 30 samples are 200 ms, 16 are 106.67 ms.
+  const std::vector<wmp::Lap> stored = {wmp::Lap{99, 1, 1, 0, 30}, wmp::Lap{7, 1, 2, 0, 16}};
+  wmp::File file = file_with_laps(500, stored);
+  file.dump = wmp::Bytes(1000);
+  struct Case {
+    u8 family;
+    u32 first;
+    u32 second;
+  };
+  // 99 differs from 200 by more than 100 ms, 7 from 106.67 by less. From family 3 on the session's 100 ms cut both.
+  for (const Case& one : {Case{0, 99, 7}, Case{3, 99, 1}, Case{4, 100, 0}}) {
+    SCOPED_TRACE(int{one.family});
+    file.family = one.family;
+    OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+    ASSERT_TRUE(opened.opened()) << opened.error();
+    EXPECT_EQ(opened.session().laps()[0].time_ms(), one.first);
+    EXPECT_EQ(opened.session().laps()[1].time_ms(), one.second);
+  }
+}
+
+TEST(NormaliseLaps, EarlySoftwareHasOneRun) {
+  struct Case {
+    u16 version;
+    u32 software;
+    u8 family;
+    u16 firmware;
+    bool one_run;
+  };
+  const Case cases[] = {
+      {550, 0x20000F, 0, 0, true},    {550, 0x200010, 0, 0, false},    {550, 0x200010, 3, 999, true},
+      {550, 0x200010, 5, 310, true},  {550, 0x200010, 5, 311, false},  {550, 0x200010, 9, 310, true},
+      {550, 0x200010, 10, 310, true}, {550, 0x200010, 11, 310, false}, {600, 0, 3, 0, false},
+      {451, 0x200010, 0, 0, true},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(testing::Message() << one.version << ' ' << one.software << ' ' << int{one.family});
+    wmp::File file = file_with_laps(one.version, {wmp::Lap{10, 2, 1}, wmp::Lap{10, 3, 1}});
+    file.software = one.software;
+    file.family = one.family;
+    file.firmware = {static_cast<u8>(one.firmware >> 8), static_cast<u8>(one.firmware & 0xFF), 0};
+    OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+    ASSERT_TRUE(opened.opened()) << opened.error();
+    EXPECT_EQ(opened.session().laps()[0].run(), one.one_run ? 1 : 2);
+    EXPECT_EQ(opened.session().laps()[1].run(), one.one_run ? 1 : 3);
+  }
+}
+
+wmp::Run run_of(u16 number, float wheel_mm) {
+  wmp::Run run;
+  run.number = number;
+  run.wheel_mm = wheel_mm;
+  return run;
+}
+
+TEST(RunTable, FollowsTheLapsAndKeepsTheRecordsOfTheirRuns) {
+  wmp::File file =
+      file_with_laps(600, {wmp::Lap{10, 1, 1}, wmp::Lap{10, 1, 2}, wmp::Lap{10, 3, 1}, wmp::Lap{20, 4, 1}});
+  file.runs = {run_of(7, 700), run_of(3, 300), run_of(1, 100)};
+  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+  ASSERT_TRUE(opened.opened()) << opened.error();
+  const auto runs = opened.session().runs();
+  ASSERT_EQ(runs.size(), 3U);
+  EXPECT_EQ(runs[0].number, 1);
+  EXPECT_EQ(runs[0].wheel_circumference_mm(), 100.0F);
+  EXPECT_EQ(runs[1].number, 3);
+  EXPECT_EQ(runs[1].wheel_circumference_mm(), 300.0F);
+  EXPECT_EQ(runs[2].number, 4);
+  EXPECT_EQ(runs[2].wheel_circumference_mm(), 0.0F);
+  EXPECT_TRUE(opened.session().changed());
+
+  const std::vector<WmpRunSpan> spans = opened.session().run_spans();
+  ASSERT_EQ(spans.size(), 3U);
+  EXPECT_EQ(spans[0].length_ms, 20U);
+  EXPECT_EQ(spans[1].start_ms, 20U);
+  EXPECT_EQ(spans[2].start_ms, 30U);
+  EXPECT_EQ(spans[2].length_ms, 20U);
+}
+
+TEST(RunTable, IsMadeOfTheLapsWhereTheFileHasNone) {
+  OpenedSession opened(wmp::build(file_with_laps(451, {wmp::Lap{10, 4, 1}, wmp::Lap{10, 9, 2}})), Load::kTablesOnly);
+  ASSERT_EQ(opened.session().runs().size(), 1U);
+  EXPECT_EQ(opened.session().runs()[0].number, 1);
+  EXPECT_EQ(opened.session().runs()[0].record, nullptr);
+}
+
+TEST(RunTable, LastLapOfRunZeroLeavesItAlone) {
+  wmp::File file = file_with_laps(600, {wmp::Lap{10, 0, 1}});
+  file.runs = {run_of(5, 1), run_of(6, 1)};
+  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+  ASSERT_EQ(opened.session().runs().size(), 2U);
+  EXPECT_EQ(opened.session().run_spans()[0].length_ms, 0U);
+}
+
+TEST(NormaliseTables, NamesClassesAndRates) {
+  wmp::File file = small_file(600);
+  file.logged.clear();
+  for (int i = 0; i < 4; ++i) file.logged.push_back(plain_channel("x", {1}));
+  file.logged[0].name = " \t Water temp \r\n";
+  file.logged[1].sensor = 93;
+  file.logged[1].rate = 15;
+  file.logged[2].sensor = 0;
+  file.logged[2].measure_class = 8;
+  file.logged[3].name = "    ";
+  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+  CWMP& session = opened.session();
+  ASSERT_EQ(session.channel_count(), 4U);
+  EXPECT_EQ(session.channel(0).name(), "Water temp");
+  EXPECT_EQ(session.channel(3).name(), "ch_3");
+  EXPECT_EQ(session.channel(1).measure_class(), 3);
+  EXPECT_EQ(session.channel(2).measure_class(), 4);
+  EXPECT_EQ(session.statistics(1).period_ms, 32000U);
+  EXPECT_EQ(session.statistics(1).frequency_hz, 0U);
+  EXPECT_EQ(session.statistics(0).display_maximum, 100.0F);
+}
+
+TEST(NormaliseTables, TheSecondChannelOfFamily4IsTheLoggersTemperature) {
+  using Ids = std::pair<u16, u16>;
+  for (const auto& [sensor, wanted] : {Ids{17, 91}, Ids{91, 91}, Ids{95, 95}}) {
+    wmp::File file = small_file(600);
+    file.family = 4;
+    file.logged[1].sensor = sensor;
+    file.logged[1].measure_class = 7;
+    OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+    EXPECT_EQ(opened.session().channel(1).sensor_id(), wanted);
+    EXPECT_EQ(opened.session().channel(1).measure_class(), sensor == 17 ? 1 : 7);
+  }
+}
+
+TEST(NormaliseCounts, DerivedChannelsAreAsLongAsTheLongestLoggedOne) {
+  struct Case {
+    u16 rate;
+    u32 wanted;
+  };
+  // Logged: 10 samples at 100 Hz, 5 at 50 Hz, and 7 that have no frequency.
+  const Case cases[] = {{5, 10}, {4, 5}, {6, 20}, {8, 100}, {0, 0}, {10, 0}, {2, 1}, {99, 0}};
+  for (const Case& one : cases) {
+    wmp::File file = small_file(600);
+    file.logged.push_back(plain_channel("No rate", {1, 2, 3, 4, 5, 6, 7}, 10));
+    file.derived = {plain_channel("Derived", {}, one.rate)};
+    OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+    ASSERT_EQ(opened.session().channel_count(), 4U);
+    EXPECT_TRUE(opened.session().is_derived(3));
+    EXPECT_EQ(opened.session().channel(3).sample_count(), one.wanted) << one.rate;
+    // The slow channel lasts longest: 7 samples of 32 seconds.
+    EXPECT_EQ(opened.session().header().duration_ms(), 224000U);
+  }
+}
+
+TEST(NormaliseCounts, SizesRiseToWhatTheTablesNeed) {
+  wmp::File file = small_file(600);
+  file.derived = {plain_channel("Derived", {}, 8)};
+  wmp::Bytes bytes = wmp::build(file);
+  wmp::set_dword(&bytes, 32 + 121, 2);
+  wmp::set_dword(&bytes, 32 + 92, 4);
+  wmp::reseal_block_a(&bytes);
+  OpenedSession opened(bytes, Load::kTablesOnly);
+  ASSERT_TRUE(opened.opened()) << opened.error();
+  EXPECT_EQ(opened.session().header().raw_area_size(), 30U);
+  // 15 logged samples and 100 derived ones; 2 * (1000 + 150) / 150 * 30 = 460 is the same.
+  EXPECT_EQ(opened.session().header().value_area_size(), 460U);
+}
+
+TEST(ChannelTable, RowsComeAndGoWithTheirSamples) {
+  wmp::File file = small_file(451);
+  file.derived = {plain_channel("One", {}, 5)};
+  OpenedSession opened(wmp::build(file));
+  CWMP& session = opened.session();
+  ASSERT_EQ(session.channel_count(), 3U);
+  const std::vector<float> second = opened.values(1);
+
+  WmpChannelRecord record;
+  record.set_name("Two");
+  record.set_rate_index(4);
+  ASSERT_TRUE(session.append_channel(record, WmpChannelExtension()));
+  ASSERT_EQ(session.channel_count(), 4U);
+  EXPECT_EQ(session.measures().size(), 4U);
+  EXPECT_EQ(session.values(3).size(), 5U);
+  EXPECT_EQ(session.header().derived_count(), 2);
+  session.values(3)[4] = 42.0F;
+
+  session.channel(2).set_rate_index(6);
+  session.resize_derived_channel(2);
+  EXPECT_EQ(session.values(2).size(), 20U);
+  EXPECT_EQ(opened.values(1), second);
+  EXPECT_EQ(session.values(3)[4], 42.0F);
+
+  session.remove_channel(2);
+  ASSERT_EQ(session.channel_count(), 3U);
+  EXPECT_EQ(session.channel(2).name(), "Two");
+  EXPECT_EQ(session.values(2)[4], 42.0F);
+  EXPECT_EQ(opened.values(1), second);
+}
+
+}  // namespace
+}  // namespace traguardo::test

@@ -1,0 +1,323 @@
+#include <gtest/gtest.h>
+
+#include "legacy/wmp_messages.h"
+#include "opened_session.h"
+#include "support/event_log.h"
+
+namespace traguardo::test {
+namespace {
+
+using wmp::Bytes;
+
+TEST(OpenFile, EveryVersionYieldsTheSameSamples) {
+  const std::vector<float> first = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+  const std::vector<float> second = {11, 12, 13, 14, 15};
+  constexpr u16 kVersions[] = {100, 200, 320, 400, 450, 451, 550, 600, 700};
+  for (const u16 version : kVersions) {
+    SCOPED_TRACE(version);
+    OpenedSession opened(wmp::build(small_file(version)));
+    ASSERT_TRUE(opened.opened()) << opened.error();
+    ASSERT_EQ(opened.session().channel_count(), 2U);
+    EXPECT_EQ(opened.session().channel(0).name(), "First");
+    EXPECT_EQ(opened.values(0), first);
+    EXPECT_EQ(opened.values(1), second);
+    EXPECT_EQ(opened.session().statistics(0).period_ms, 10U);
+    EXPECT_EQ(opened.session().statistics(1).period_ms, 20U);
+    ASSERT_EQ(opened.session().laps().size(), 2U);
+    EXPECT_EQ(opened.session().laps()[1].start_ms(), 60U);
+    EXPECT_EQ(opened.session().laps()[1].number(), 2);
+  }
+}
+
+struct Refusal {
+  const char* what;
+  u16 version;
+  u32 error;
+  // Damages a file built from small_file(version).
+  void (*damage)(Bytes* bytes);
+};
+
+void clear_word(Bytes* bytes, std::size_t at) {
+  wmp::set_word(bytes, at, 0);
+}
+
+const Refusal kRefusals[] = {
+    {"a version that nobody wrote", 600, kMsgUnknownVersion, [](Bytes* b) { wmp::set_word(b, 2, 601); }},
+    {"an empty file", 400, kMsgUnknownVersion, [](Bytes* b) { b->clear(); }},
+    {"a signature of another file", 451, kMsgUnknownSignature, [](Bytes* b) { wmp::set_word(b, 0, 22348); }},
+    {"a signature of another file, block form", 600, kMsgUnknownSignature,
+     [](Bytes* b) {
+       wmp::set_word(b, 32, 22348);
+       wmp::reseal_block_a(b);
+     }},
+    {"one byte too many before 600", 451, kMsgWrongLength, [](Bytes* b) { b->push_back(0); }},
+    {"one byte too few before 600", 550, kMsgWrongLength, [](Bytes* b) { b->pop_back(); }},
+    {"no lap", 451, kMsgNoLaps, [](Bytes* b) { clear_word(b, 98); }},
+    {"a negative number of laps", 600, kMsgNoLaps,
+     [](Bytes* b) {
+       wmp::set_word(b, 32 + 98, 0xFFFF);
+       wmp::reseal_block_a(b);
+     }},
+    {"no channel before 600", 550, kMsgNoMeasure, [](Bytes* b) { clear_word(b, 96); }},
+    {"no run, and no channel either", 600, kMsgNoRun,
+     [](Bytes* b) {
+       clear_word(b, 32 + 96);
+       clear_word(b, 32 + 150 + 18);
+       wmp::reseal_block_a(b);
+     }},
+    {"no physical values", 100, kMsgNoData, [](Bytes* b) { wmp::set_dword(b, 92, 0); }},
+    {"no raw samples", 451, kMsgNoData, [](Bytes* b) { wmp::set_dword(b, 121, 0); }},
+    {"a version 600 file cut within its blocks", 600, kMsgChecksum, [](Bytes* b) { b->resize(2000); }},
+    {"a version 600 file cut within its laps", 600, kMsgChecksum, [](Bytes* b) { b->resize(2272 + 2 * 1056 + 100); }},
+    {"more channels than a version 451 file holds", 451, kMsgWrongLength,
+     [](Bytes* b) { wmp::set_word(b, 96, 32767); }},
+};
+
+TEST(OpenFile, RefusesWithTheCodeOfTheFirstCheckThatFails) {
+  for (const Refusal& refusal : kRefusals) {
+    SCOPED_TRACE(refusal.what);
+    Bytes bytes = wmp::build(small_file(refusal.version));
+    refusal.damage(&bytes);
+    OpenedSession opened(bytes);
+    EXPECT_FALSE(opened.opened());
+    EXPECT_EQ(opened.error(), refusal.error);
+    EXPECT_EQ(opened.session().channel_count(), 0U);
+    EXPECT_TRUE(opened.session().laps().empty());
+    EXPECT_EQ(opened.session().names().racer(), "");
+  }
+}
+
+TEST(OpenFile, AMissingFileIsAnErrorOfItsOwn) {
+  OpenedSession opened(wmp::build(small_file(600)));
+  EXPECT_FALSE(opened.open("another.wmp", Load::kEverything));
+  EXPECT_EQ(opened.error(), kMsgErrorOpening);
+}
+
+TEST(OpenFile, RawSizeIsNotAskedOfFilesThatHaveNone) {
+  // small_file(100) has a raw size of its words; what such a file really has there is zero.
+  Bytes bytes = wmp::build(small_file(100));
+  wmp::set_dword(&bytes, 121, 0);
+  OpenedSession opened(bytes);
+  EXPECT_TRUE(opened.opened()) << opened.error();
+}
+
+TEST(OpenFile, VersionsFrom600KeepTheRealLength) {
+  for (const u16 version : kBlockVersions) {
+    Bytes bytes = wmp::build(small_file(version));
+    bytes.push_back(0);
+    OpenedSession opened(bytes, Load::kTablesOnly);
+    ASSERT_TRUE(opened.opened()) << opened.error();
+    EXPECT_EQ(opened.session().channel_count(), 2U);
+  }
+}
+
+TEST(OpenFile, AFlippedByteInAnyGroupIsSeen) {
+  wmp::File file = small_file(600);
+  file.extras = 1;
+  const Bytes sound = wmp::build(file);
+  const std::size_t channel = wmp::first_channel_at(600);
+  const std::size_t laps = channel - 32 + 2 * 1056;
+  const std::size_t runs = laps + 2 * 288;
+  const std::pair<const char*, std::size_t> places[] = {
+      {"main header", 32 + 60},
+      {"configuration", 32 + 150 + 500},
+      {"names", 32 + 1024 + 32 + 5},
+      {"extended names", 32 + 1024 + 32 + 360 + 300},
+      {"identity", 2144 + 100},
+      {"channel record", channel + 600},
+      {"channel extension", channel + 668 + 3},
+      {"second channel's extension", channel + 1056 + 668 + 355},
+      {"lap record", laps + 32 + 12},
+      {"lap extension", laps + 32 + 134 + 121},
+      {"run record", runs + 32 + 4095},
+      {"extra record", runs + 4128 + 32 + 63},
+      {"sum in a head", runs + 4},
+  };
+  for (const auto& [what, at] : places) {
+    SCOPED_TRACE(what);
+    Bytes damaged = sound;
+    ASSERT_LT(at, damaged.size());
+    damaged[at] = static_cast<u8>(damaged[at] + 1);
+    OpenedSession opened(damaged);
+    EXPECT_FALSE(opened.opened());
+    EXPECT_EQ(opened.error(), kMsgChecksum);
+  }
+  // The samples have no sum, and the rest of a head says nothing.
+  for (const std::size_t at : {sound.size() - 1, runs + 8, std::size_t{20}}) {
+    Bytes changed = sound;
+    changed[at] = static_cast<u8>(changed[at] + 1);
+    EXPECT_TRUE(OpenedSession(changed).opened()) << at;
+  }
+}
+
+TEST(OpenFile, CopiesTheFileOnce) {
+  const Bytes bytes = wmp::build(small_file(600));
+  OpenedSession opened(bytes);
+  const std::string original(bytes.begin(), bytes.end());
+  EXPECT_EQ(opened.folder().read("session.bak"), original);
+  opened.folder().write("session.bak", std::string("older"));
+  EXPECT_TRUE(opened.open("session.wmp", Load::kEverything));
+  EXPECT_EQ(opened.folder().read("session.bak"), "older");
+}
+
+TEST(OpenFile, SpellsFirmwareAndSoftware) {
+  struct Case {
+    u32 software;
+    const char* text;
+  };
+  // Bits 20 to 27, 12 to 19, 4 to 11, and a letter of the low four.
+  const Case cases[] = {{0x02000100, "20.00.10"},  {0x01234561, "12.34.56G"}, {0x01234569, "12.34.56O"},
+                        {0x0123456A, "12.34.56A"}, {0x0123456F, "12.34.56F"}, {0xF0000000, "0.00.00"}};
+  for (const Case& one : cases) {
+    wmp::File file = small_file(600);
+    file.software = one.software;
+    file.firmware = {0x41, 0x0A, 0x99};
+    OpenedSession opened(wmp::build(file));
+    EXPECT_EQ(opened.session().software_text(), one.text);
+    EXPECT_EQ(opened.session().firmware_text(), "41.0a.99");
+  }
+}
+
+TEST(OpenFile, StoredUnitsBecomeWhatIsShown) {
+  const std::pair<std::string, std::string> cases[] = {{"C",
+                                                        "\xB0"
+                                                        "C"},
+                                                       {"F",
+                                                        "\xB0"
+                                                        "F"},
+                                                       {"\xBB", "lambda"},
+                                                       {"C ", "C "},
+                                                       {"CF", "CF"},
+                                                       {"", ""}};
+  for (const auto& [stored, shown] : cases) {
+    wmp::File file = small_file(451);
+    file.logged[0].unit = stored;
+    OpenedSession opened(wmp::build(file));
+    EXPECT_EQ(opened.session().channel(0).unit_text(), shown);
+  }
+}
+
+TEST(OpenFile, ChecksTheReferenceSpeed) {
+  constexpr u16 kSpeed = 3;
+  struct Case {
+    const char* what;
+    u8 firmware;
+    i16 stored;
+    std::array<u16, 3> classes;
+    std::array<u32, 3> functions;
+    i16 wanted;
+  };
+  const Case cases[] = {
+      {"a speed stays", 0x40, 1, {1, kSpeed, 1}, {0, 0, 0}, 1},
+      {"no speed", 0x40, 0, {1, kSpeed, 1}, {0, 0, 0}, -1},
+      {"outside the table", 0x40, 3, {1, kSpeed, 1}, {0, 0, 0}, -1},
+      {"negative", 0x40, -7, {1, kSpeed, 1}, {0, 0, 0}, -1},
+      {"41: a GPS speed stays", 0x41, 2, {kSpeed, kSpeed, kSpeed}, {95, 0, 95}, 2},
+      {"41: the first GPS speed replaces another speed", 0x41, 0, {kSpeed, kSpeed, kSpeed}, {0, 95, 95}, 1},
+      {"41: without one the last speed", 0x41, 0, {kSpeed, kSpeed, 1}, {0, 0, 95}, 1},
+      {"41: no speed at all", 0x41, 0, {1, 1, 1}, {95, 95, 95}, -1},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.what);
+    wmp::File file = small_file(600);
+    file.logged.push_back(plain_channel("Third", {1, 2}));
+    for (std::size_t i = 0; i < 3; ++i) {
+      file.logged[i].measure_class = one.classes[i];
+      file.logged[i].function_id = one.functions[i];
+    }
+    file.reference = one.stored;
+    file.firmware = {one.firmware, 0, 0};
+    OpenedSession opened(wmp::build(file));
+    EXPECT_EQ(opened.session().reference_speed(), one.wanted);
+  }
+}
+
+TEST(OpenFile, FunctionIdsCountOnlyWhereTheFileSaysSo) {
+  wmp::File file = small_file(600);
+  file.logged[0].function_id = 95;
+  file.function_ids = false;
+  OpenedSession opened(wmp::build(file));
+  EXPECT_EQ(opened.session().function_id(0), 0U);
+}
+
+TEST(OpenFile, DropsMathChannelsOfAnOlderKind) {
+  wmp::File file = small_file(451);
+  file.derived = {plain_channel("Old math", {}), plain_channel("More", {})};
+  file.reference = 3;
+  file.logged[1].measure_class = 3;
+  file.derived[0].math_generation = 0;
+  OpenedSession dropped(wmp::build(file));
+  ASSERT_TRUE(dropped.opened()) << dropped.error();
+  ASSERT_EQ(dropped.session().channel_count(), 2U);
+  EXPECT_EQ(dropped.values(0), (std::vector<float>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
+  EXPECT_EQ(dropped.values(1), (std::vector<float>{11, 12, 13, 14, 15}));
+  EXPECT_EQ(dropped.session().reference_speed(), 1);
+  ASSERT_EQ(dropped.session().laps().size(), 2U);
+  EXPECT_EQ(dropped.session().laps()[0].time_ms(), 60U);
+
+  file.derived[0].math_generation = 1;
+  OpenedSession kept(wmp::build(file));
+  EXPECT_EQ(kept.session().channel_count(), 4U);
+}
+
+TEST(OpenFile, OldLapsAreNumberedWhereTheyHaveNoNumbers) {
+  wmp::File file = small_file(100);
+  for (wmp::Lap& lap : file.laps) {
+    lap.number = 0;
+    lap.run = 9;
+    lap.true_time_ms = 7;
+  }
+  OpenedSession opened(wmp::build(file));
+  ASSERT_EQ(opened.session().laps().size(), 2U);
+  EXPECT_EQ(opened.session().laps()[0].number(), 1);
+  EXPECT_EQ(opened.session().laps()[1].number(), 2);
+  EXPECT_EQ(opened.session().laps()[1].run(), 1);
+  EXPECT_EQ(opened.session().laps()[1].true_time_ms(), 40U);
+}
+
+// The log of the process, for the length of a test.
+class LogFile {
+ public:
+  explicit LogFile(std::wstring path) : path_(std::move(path)) { g_percorso_log = path_.c_str(); }
+  ~LogFile() { g_percorso_log = nullptr; }
+  LogFile(const LogFile&) = delete;
+  LogFile& operator=(const LogFile&) = delete;
+
+ private:
+  std::wstring path_;
+};
+
+TEST(OpenFile, Version600TellsTheLogItsTestAndItsLaps) {
+  for (const u16 version : kBlockVersions) {
+    SCOPED_TRACE(version);
+    wmp::File file = small_file(version);
+    file.test_name = "Friday";
+    file.laps = {wmp::Lap{60, 1, 4, 61}, wmp::Lap{40, 1, 5, 38}};
+    const TempFolder folder;
+    std::string log;
+    {
+      const LogFile on(folder.wide("log"));
+      OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+      ASSERT_TRUE(opened.opened());
+      log = folder.read("log");
+    }
+    const std::string lap =
+        "Lap 5 / 1 -> tsulgiro 40 dwTempoGiroVero 38 diff (accum) 2 (-1) lunghezza 40 lunghezzaVera 99";
+    EXPECT_EQ(log.find("] INFO = \nFriday\n\n") != std::string::npos, version == 600) << log;
+    EXPECT_EQ(log.find(lap) != std::string::npos, version == 600) << log;
+  }
+}
+
+TEST(Messages, UnknownCodesGetTheRowThatClosesTheirTable) {
+  EXPECT_STREQ(wmp_message(0).id, "MSG_ALL_OK");
+  EXPECT_STREQ(wmp_message(9).text, "It's impossible to open test as it doesn't include any run.");
+  EXPECT_STREQ(wmp_message(20).id, wmp_message(1).id);
+  EXPECT_STREQ(wmp_message(26).id, "MSG_IMPORT_FREQ_NC");
+  EXPECT_STREQ(wmp_message(1000).id, "MSG_IMPORT_FREQ_NC");
+  EXPECT_STREQ(wmp_message(1001).id, "MSGAPP_FILENOCHAN");
+  EXPECT_STREQ(wmp_message(1005).id, "MSG_ENDTABLE");
+  EXPECT_STREQ(wmp_message(1005).table, "MSG_TABLE");
+}
+
+}  // namespace
+}  // namespace traguardo::test

@@ -1,0 +1,129 @@
+#include <gtest/gtest.h>
+
+#include "helpers/temp_folder.h"
+#include "helpers/wmp_builder.h"
+#include "legacy/hnv_parser.h"
+#include "legacy/jts_parser.h"
+
+namespace traguardo::test {
+namespace {
+
+using wmp::Bytes;
+
+void cut(Bytes* bytes, std::size_t length) {
+  bytes->resize(length);
+}
+
+TEST(JtsFile, YieldsWhatStandsInFrontOfTheDamage) {
+  struct Case {
+    const char* what;
+    bool read;
+    std::size_t records;
+    void (*damage)(Bytes* bytes);
+  };
+  // Five records behind 64 bytes, and ten stated.
+  const Case cases[] = {
+      {"fewer than stated", true, 5, [](Bytes*) {}},
+      {"more than stated", true, 2, [](Bytes* b) { wmp::set_dword(b, 30, 2); }},
+      {"none stated", true, 0, [](Bytes* b) { wmp::set_dword(b, 30, 0); }},
+      {"four billion stated", true, 5, [](Bytes* b) { wmp::set_dword(b, 30, 0xFFFFFFFF); }},
+      {"a torn record", true, 3, [](Bytes* b) { cut(b, 64 + 3 * 64 + 63); }},
+      {"a strange tag", true, 2, [](Bytes* b) { (*b)[64 + 2 * 64 + 3] = 'M'; }},
+      {"marks and headers say more than is read", true, 5,
+       [](Bytes* b) {
+         for (const std::size_t at : {4, 15, 20, 29, 34, 47, 52, 63}) (*b)[at] = 0xEE;
+       }},
+      {"no record", true, 0, [](Bytes* b) { cut(b, 64); }},
+      {"cut in the second mark", false, 0, [](Bytes* b) { cut(b, 63); }},
+      {"empty", false, 0, [](Bytes* b) { b->clear(); }},
+      {"first mark", false, 0, [](Bytes* b) { (*b)[0] = 'h'; }},
+      {"header", false, 0, [](Bytes* b) { (*b)[19] = 0; }},
+      {"second mark", false, 0, [](Bytes* b) { (*b)[48] = 'P'; }},
+  };
+  const TempFolder folder;
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.what);
+    Bytes bytes = wmp::build_jts(5, 10);
+    one.damage(&bytes);
+    folder.write("t.jts", bytes);
+    std::vector<SGpsRecord> records;
+    std::wstring error;
+    EXPECT_EQ(IJTSFileParser::LeggiCampioniGps(folder.wide("t.jts"), &records, &error), one.read);
+    ASSERT_EQ(records.size(), one.records);
+    for (std::size_t i = 0; i < records.size(); ++i) EXPECT_EQ(records[i].logger_time_ms(), 1000 * i);
+  }
+  std::vector<SGpsRecord> records;
+  std::wstring error;
+  EXPECT_FALSE(IJTSFileParser::LeggiCampioniGps(folder.wide("none.jts"), &records, &error));
+}
+
+TEST(JtsFile, ManyRecordsComeInOrder) {
+  const TempFolder folder;
+  folder.write("t.jts", wmp::build_jts(2500));
+  std::vector<SGpsRecord> records;
+  std::wstring error;
+  ASSERT_TRUE(IJTSFileParser::LeggiCampioniGps(folder.wide("t.jts"), &records, &error));
+  ASSERT_EQ(records.size(), 2500U);
+  EXPECT_EQ(records[1023].logger_time_ms(), 1023000U);
+  EXPECT_EQ(records[1024].logger_time_ms(), 1024000U);
+  EXPECT_EQ(records[2499].logger_time_ms(), 2499000U);
+}
+
+TEST(JtsReader, ATraceNeedsThreeRecords) {
+  const TempFolder folder;
+  for (const std::size_t records : {0U, 2U, 3U}) {
+    folder.write("t.jts", wmp::build_jts(records));
+    CParserJTS reader(folder.wide("t.jts"));
+    EXPECT_EQ(reader.ParsaFile(nullptr), records >= 3);
+    EXPECT_EQ(reader.GetTracciaGps("GPS") != nullptr, records >= 3);
+  }
+}
+
+TEST(JtsReader, TheTraceStaysWithTheTarget) {
+  const TempFolder folder;
+  folder.write("t.jts", wmp::build_jts(4));
+  CParserJTS target(folder.wide("another.jts"));
+  {
+    CParserJTS reader(folder.wide("t.jts"));
+    EXPECT_TRUE(reader.CaricaTraccia(nullptr, &target));
+    EXPECT_EQ(reader.GetTracciaGps("GPS"), nullptr);
+  }
+  ASSERT_NE(target.GetTracciaGps("GPS"), nullptr);
+  // Position accuracy of every record is 300 cm.
+  EXPECT_EQ(target.GetTracciaGps("GPS")->GetQuality(), 300.0);
+}
+
+Bytes build_hnv(std::size_t records) {
+  wmp::Fields out(96 + 144 * records);
+  out.text(0, 4, "PROV").text(16, 4, "PROV").dword(26, static_cast<u32>(records)).text(80, 4, "PSOL");
+  Bytes bytes = out.bytes();
+  store_f64(&bytes[16 + 14], 4.4e6);
+  for (std::size_t i = 0; i < records; ++i) {
+    std::memcpy(&bytes[96 + 144 * i], "PSOL", 4);
+    wmp::set_dword(&bytes, 96 + 144 * i + 4, static_cast<u32>(10 * i));
+    store_f64(&bytes[96 + 144 * i + 16 + 8], 1.5 * static_cast<double>(i));
+    store_f64(&bytes[96 + 144 * i + 48 + 16], -2.0);
+  }
+  return bytes;
+}
+
+TEST(HnvFile, IsReadAndRefused) {
+  const TempFolder folder;
+  folder.write("t.hnv", build_hnv(3));
+  std::vector<SHnvRecord> records;
+  std::array<double, 3> reference{};
+  ASSERT_TRUE(IHNVFileParser::LeggiCampioniHnv(folder.wide("t.hnv"), &records, &reference));
+  ASSERT_EQ(records.size(), 3U);
+  EXPECT_EQ(reference[0], 4.4e6);
+  EXPECT_EQ(records[2].time, 20U);
+  EXPECT_EQ(records[2].position_m[1], 3.0);
+  EXPECT_EQ(records[2].velocity[2], -2.0);
+
+  CParserHNV reader(folder.wide("t.hnv"));
+  EXPECT_FALSE(reader.ParsaFile(nullptr));
+  EXPECT_EQ(reader.GetTracciaGps("GPS"), nullptr);
+  EXPECT_TRUE(reader.GetCanali().empty());
+}
+
+}  // namespace
+}  // namespace traguardo::test

@@ -1,0 +1,285 @@
+#include "legacy/wmp_measure.h"
+
+#include <gtest/gtest.h>
+
+#include <tuple>
+
+#include "opened_session.h"
+#include "support/event_log.h"
+
+namespace traguardo::test {
+namespace {
+
+// The measure of a channel that stands alone in a version 451 file.
+class OneMeasure {
+ public:
+  explicit OneMeasure(const wmp::Channel& channel) : opened_(wmp::build(file_of(channel))) {}
+  CWMPMisura& measure() { return *opened_.session().measures().at(0); }
+  CWMP& session() { return opened_.session(); }
+  std::vector<float> values() { return opened_.values(0); }
+
+ private:
+  static wmp::File file_of(const wmp::Channel& channel) {
+    wmp::File file = small_file(451);
+    file.logged = {channel};
+    return file;
+  }
+  OpenedSession opened_;
+};
+
+wmp::Channel sensor_channel(u16 sensor, std::string unit) {
+  wmp::Channel channel = plain_channel("A", {10, 20, 30});
+  channel.sensor = sensor;
+  channel.unit = std::move(unit);
+  return channel;
+}
+
+// A descriptor of the decimal form: unit id in four digits, decimals in one.
+std::string decimal_descriptor(const std::string& digits) {
+  return "\x09" + digits;
+}
+// The packed form: a little-endian word of decimals and unit id.
+std::string packed_descriptor(u32 unit_id, u32 decimals) {
+  const u32 word = decimals << 12 | unit_id;
+  return {'\x0B', static_cast<char>(word & 0xFF), static_cast<char>(word >> 8)};
+}
+
+TEST(Measure, UnitTexts) {
+  struct Case {
+    u16 sensor;
+    std::string stored;
+    std::string shown;
+  };
+  const Case cases[] = {
+      {0, "anything", "rpm"},
+      {77, "", "rpm"},
+      {1, "mph", "km/h"},
+      {38, "x", "km/h"},
+      {91, "K", "C"},
+      {5, "K", "C"},
+      {414, "x", "g"},
+      {42, "x", "\xA1/sec"},
+      {97, "x", "bar"},
+      {104, "x", "#"},
+      {76, "mV", "V"},
+      {17, "bar", "bar"},
+      {17, "C",
+       "\xB0"
+       "C"},
+      {12345, "\xBB", "lambda"},
+      // A descriptor decides by unit id, or by what the user wants for temperature and speed.
+      {52, decimal_descriptor("03001"), "bar"},
+      {52, packed_descriptor(304, 2), "psi"},
+      {91, decimal_descriptor("01021"), "C"},
+      {93, decimal_descriptor("02021"), "km/h"},
+      {17, decimal_descriptor("10031"), "mV"},
+      {17, decimal_descriptor("99991"), ""},
+      {17, packed_descriptor(40, 1), ""},  // a unit without a text
+      // A descriptor of a sensor that nobody knows is a text; its first byte stays in it.
+      {12345, decimal_descriptor("03001"), decimal_descriptor("03001")},
+      {0, decimal_descriptor("0300x"), "rpm"},
+      // Sensor 999 stores its unit and shows the user's.
+      {999, "mbar", "bar"},
+      {999, "psi", "bar"},
+      {999, "C", "C"},
+      {999, "mph", "km/h"},
+      {999, "in", "mm"},
+      {999, "mV", "mV"},
+      {999, "gal", "gal"},
+      {999, "rad/s", "rad/s"},
+      {999, "Nm", "Nm"},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(testing::Message() << one.sensor << " stores " << testing::PrintToString(one.stored));
+    OneMeasure alone(sensor_channel(one.sensor, one.stored));
+    EXPECT_EQ(narrow_low_bytes(alone.measure().unit_text()), one.shown);
+  }
+}
+
+// The unit choices of the process, back to metric at the end of a test.
+class ImperialUnits {
+ public:
+  ImperialUnits() { set(true); }
+  ~ImperialUnits() { set(false); }
+  ImperialUnits(const ImperialUnits&) = delete;
+  ImperialUnits& operator=(const ImperialUnits&) = delete;
+
+ private:
+  static void set(bool imperial) {
+    CUserUnitsOfMeasureMgr* units = CUserUnitsOfMeasureMgr::GetInstance();
+    units->SetLengthSystem(imperial, nullptr);
+    units->SetTemperatureSystem(imperial, nullptr);
+    units->SetPressureSystem(imperial, nullptr);
+  }
+};
+
+TEST(Measure, UnitTextsOfAnImperialUser) {
+  const ImperialUnits imperial;
+  const std::tuple<u16, std::string, std::string> cases[] = {
+      {93, "x", "mph"},
+      {91, "x", "F"},
+      {97, "x", "PSI"},
+      {999, "bar", "PSI"},
+      {999, "mm", "in"},
+      {91, decimal_descriptor("01001"), "F"},
+      {93, decimal_descriptor("02001"), "mph"},
+      {52, decimal_descriptor("03001"), "bar"},
+  };
+  for (const auto& [sensor, stored, shown] : cases) {
+    OneMeasure alone(sensor_channel(sensor, stored));
+    EXPECT_EQ(narrow_low_bytes(alone.measure().unit_text()), shown) << sensor << ' ' << stored;
+  }
+  OneMeasure wheel(sensor_channel(1, "x"));
+  EXPECT_EQ(wheel.measure().parameter_label(0), "Wheel circumference (inches):");
+  EXPECT_EQ(wheel.measure().parameter_label_id(0), "MSGAPP_WCIRC_IN");
+}
+
+TEST(Measure, ATextOfTheUserForTheChannelComesFirst) {
+  CUserUnitsOfMeasureMgr* units = CUserUnitsOfMeasureMgr::GetInstance();
+  units->SetChannelUnit(ChannelUnitKind::kPressure, "A", "kPa");
+  OneMeasure alone(sensor_channel(999, "mbar"));
+  units->SetChannelUnit(ChannelUnitKind::kPressure, "A", "");
+  EXPECT_EQ(alone.measure().unit_text(), L"kPa");
+}
+
+TEST(Measure, RewritesOldUnitFields) {
+  const std::string tail(4, '\0');
+  struct Case {
+    const char* what;
+    u16 sensor;
+    u8 form;
+    std::string stored;
+    std::string wanted;  // all ten bytes
+  };
+  const std::string old_201 = packed_descriptor(201, 2) + std::string("zz") + std::string(4, '\x55');
+  const Case cases[] = {
+      {"a speed", 3001, 1, old_201, decimal_descriptor("02011") + tail},
+      {"a hidden one as well", 3004, 253, old_201, decimal_descriptor("04052") + tail},
+      {"only where the record says so", 3001, 0, old_201, old_201 + std::string(1, '\0')},
+      {"only the packed form", 3001, 1, decimal_descriptor("03001") + tail, decimal_descriptor("03001") + tail},
+      {"a sensor that needs none", 17, 1, old_201, old_201 + std::string(1, '\0')},
+      {"600 by number", 600, 1, packed_descriptor(0x320, 3) + std::string("ab") + std::string(4, '\x55'),
+       "\x09"
+       "08003" +
+           tail},
+      {"600 with decimals that stay", 600, 1, packed_descriptor(0x320, 2) + std::string("ab7") + std::string(3, '\x55'),
+       "\x09"
+       "08007" +
+           tail},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.what);
+    wmp::Channel channel = sensor_channel(one.sensor, one.stored);
+    channel.form = one.form;
+    OneMeasure alone(channel);
+    const u8* field = alone.session().channel(0).unit_bytes();
+    EXPECT_EQ(std::string(field, field + 10), one.wanted);
+  }
+}
+
+TEST(Measure, LabelsOfParameters) {
+  const std::tuple<u16, u8, const char*, const char*> cases[] = {
+      {0, 0, "Number of pulses per engine revolution", "MSG_MULTFACT"},
+      {93, 0, "Wheel circumference (mm):", "MSGAPP_WCIRC_MM"},
+      {77, 4, "Old value for shaft pulses", "MSG_OLDSHAFT"},
+      {98, 2, "2nd curve coefficient", "MSG_CURVE2"},
+      {0, 4, "Parameter not used.", "MSG_PARNOTUSED"},
+      {12345, 0, "Parameter not used.", "MSG_PARNOTUSED"},
+  };
+  for (const auto& [sensor, parameter, text, id] : cases) {
+    OneMeasure alone(sensor_channel(sensor, "x"));
+    EXPECT_EQ(alone.measure().parameter_label(parameter), text);
+    EXPECT_EQ(alone.measure().parameter_label_id(parameter), id);
+  }
+  OneMeasure gear(sensor_channel(90, "x"));
+  gear.session().channel(0).set_gear_threshold(2, 111);
+  gear.session().channel(0).set_gear_threshold(3, 222);
+  EXPECT_EQ(gear.measure().parameter_label(1), "[2] 111 - [3] 222");
+}
+
+TEST(Measure, SettersChangeTheCalibrationAndConvertAgain) {
+  using Parameters = std::array<float, 5>;
+  struct Case {
+    const char* what;
+    u16 sensor;
+    int operation;
+    float value;
+    Parameters before;
+    Parameters after;
+  };
+  const Case cases[] = {
+      {"pulses", 0, 1, 3, {1, 0, 0, 0, 0}, {1, 0, -666, 3, 0}},
+      {"pulses as logged", 0, 1, 1, {1, 0, -666, 3, 0}, {1, 0, 0, 3, 0}},
+      {"no such pulses", 0, 1, 7, {1, 0, 0, 0, 0}, {1, 0, 0, 0, 0}},
+      {"wheel, first change", 93, 1, 1500, {1400, 8, 0, 0, 0}, {1400, 8, -666, 1500, 8}},
+      {"wheel, second change", 93, 1, 5, {1400, 8, -666, 1500, 4}, {1400, 8, -666, 10, 4}},
+      {"magnets, first change", 1, 2, 5.9F, {1400, 8, 0, 0, 0}, {1400, 8, -666, 1400, 5}},
+      {"magnets, too few", 77, 2, 0, {1, 8, -666, 3, 2}, {1, 8, -666, 3, 1}},
+      {"line", 17, 1, -4, {0, 0, 1, 1, 0}, {-4, 0, 1, 1, 0}},
+      {"line, not below zero", 17, 2, -4, {0, 3, 1, 1, 0}, {0, 0, 1, 1, 0}},
+      {"bottom, not above zero", 8, 3, 4, {0, 1, -5, 1, 1}, {0, 1, 0, 1, 1}},
+      {"fourth", 38, 4, 2, {0, 1, 2, 1, 0}, {0, 1, 2, 2, 0}},
+      {"top, not below zero", 8, 5, -1, {0, 1, -5, 1, 1}, {0, 1, -5, 1, 0}},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.what);
+    wmp::Channel channel = sensor_channel(one.sensor, "x");
+    channel.parameters = one.before;
+    OneMeasure alone(channel);
+    CWMPMisura& measure = alone.measure();
+    const bool served = one.operation == 1   ? measure.SetParametro_1(one.value)
+                        : one.operation == 2 ? measure.SetParametro_2(one.value)
+                        : one.operation == 3 ? measure.SetParametro_3(one.value)
+                        : one.operation == 4 ? measure.SetParametro_4(one.value)
+                                             : measure.SetParametro_5(one.value);
+    EXPECT_TRUE(served);
+    EXPECT_TRUE(alone.session().changed());
+    EXPECT_EQ(alone.session().channel(0).parameters(), one.after);
+  }
+  // The values follow: a multiplier of 2 in place of 0.5.
+  wmp::Channel multiplied = sensor_channel(70, "x");
+  multiplied.parameters = {0.5F, 0, 0, 0, 0};
+  OneMeasure alone(multiplied);
+  EXPECT_EQ(alone.values(), (std::vector<float>{5, 10, 15}));
+  alone.measure().SetParametro_1(2);
+  EXPECT_EQ(alone.values(), (std::vector<float>{20, 40, 60}));
+}
+
+TEST(Measure, SettersRefuseOtherSensorsInTheLog) {
+  const TempFolder folder;
+  const std::wstring path = folder.wide("log");
+  OneMeasure alone(sensor_channel(12, "x"));
+  g_percorso_log = path.c_str();
+  EXPECT_FALSE(alone.measure().SetParametro_1(1));
+  EXPECT_FALSE(alone.measure().SetParametro_3(1));
+  g_percorso_log = nullptr;
+  const std::string log = folder.read("log");
+  EXPECT_NE(log.find("CWMPMisura::SetParametro_1 ["), std::string::npos) << log;
+  EXPECT_NE(log.find("INFO = SENSORE ERRATO PER SetParametro: 12\n"), std::string::npos) << log;
+  EXPECT_NE(log.find("INFO = SENSORE ERRATO PER SetParametro3: 12\n"), std::string::npos) << log;
+  EXPECT_FALSE(alone.session().changed());
+}
+
+TEST(Measure, ShowsWhatTheTablesHold) {
+  wmp::Channel channel = sensor_channel(998, "x");
+  channel.display_minimum = -5;
+  channel.display_maximum = 7;
+  channel.form = 253;
+  const std::size_t living = CWMPMisura::living();
+  {
+    OneMeasure alone(channel);
+    EXPECT_EQ(CWMPMisura::living(), living + 1);
+    const CWMPMisura& measure = alone.measure();
+    EXPECT_EQ(measure.name(), "A");
+    EXPECT_TRUE(measure.hidden());
+    EXPECT_EQ(measure.period_ms(), 10U);
+    EXPECT_EQ(measure.frequency_hz(), 100U);
+    EXPECT_EQ(measure.minimum(), -5.0F);
+    EXPECT_EQ(measure.maximum(), 7.0F);
+    EXPECT_EQ(measure.values().size(), 3U);
+  }
+  EXPECT_EQ(CWMPMisura::living(), living);
+}
+
+}  // namespace
+}  // namespace traguardo::test

@@ -1,0 +1,197 @@
+#include "legacy/wmp_parser.h"
+
+#include <gtest/gtest.h>
+
+#include "opened_session.h"
+
+namespace traguardo::test {
+namespace {
+
+using wmp::Bytes;
+
+struct Samples {
+  std::vector<double> times;
+  std::vector<double> values;
+};
+
+Samples samples_of(IRkChannel& channel) {
+  const std::size_t count = static_cast<std::size_t>(channel.GetNumValori());
+  Samples samples{std::vector<double>(count), std::vector<double>(count)};
+  EXPECT_EQ(channel.GetValori(samples.times.data(), samples.values.data(), static_cast<int>(count)), count);
+  return samples;
+}
+
+IRkChannel& channel_at(const CParserWMP& reader, std::size_t index) {
+  return **std::next(reader.GetCanali().begin(), static_cast<std::ptrdiff_t>(index));
+}
+
+// A session file and its trace, and the reader on them.
+class ReadSession {
+ public:
+  explicit ReadSession(const Bytes& bytes) : ReadSession(bytes, wmp::build_jts(5)) {}
+  ReadSession(const Bytes& bytes, const Bytes& trace)
+      : session_(write(folder_, "s.wmp", bytes)),
+        trace_(write(folder_, "s.jts", trace)),
+        reader_(folder_.wide("s.wmp")) {}
+  CParserWMP& reader() { return reader_; }
+  const TempFolder& folder() const { return folder_; }
+
+ private:
+  static std::string write(const TempFolder& folder, const std::string& name, const Bytes& bytes) {
+    return folder.write(name, bytes);
+  }
+  TempFolder folder_;
+  std::string session_;
+  std::string trace_;
+  CParserWMP reader_;
+};
+
+TEST(WmpReader, ChannelsReachTheHostWithEvenTimes) {
+  wmp::File file = small_file(600);
+  file.logged.push_back(plain_channel("Hidden", {1, 2}));
+  file.logged[2].form = 253;
+  file.logged.push_back(plain_channel("Empty", {}));
+  file.logged.push_back(plain_channel("Last", {7, 8}, 0));
+  file.logged[4].unit = "C";
+  ReadSession session(wmp::build(file));
+  ASSERT_TRUE(session.reader().ParsaFile(nullptr));
+  ASSERT_EQ(session.reader().GetCanali().size(), 3U);
+  EXPECT_EQ(channel_at(session.reader(), 0).GetNome(), "First");
+  const Samples second = samples_of(channel_at(session.reader(), 1));
+  EXPECT_EQ(second.values, (std::vector<double>{11, 12, 13, 14, 15}));
+  ASSERT_EQ(second.times.size(), 5U);
+  EXPECT_EQ(second.times[0], 0.0);
+  EXPECT_EQ(second.times[3], 60000 * 1e-6);
+  IRkChannel& last = channel_at(session.reader(), 2);
+  EXPECT_EQ(last.GetUnita(),
+            "\xB0"
+            "C");
+  EXPECT_EQ(last.GetFrequenza(), 0.0F);
+  EXPECT_EQ(samples_of(last).times[1], 1.0);
+  // Stores are numbered by the place in the table: the hidden and the empty one leave gaps.
+  EXPECT_TRUE(platform::file_exists(session.folder().wide("s.wmp.004.tmp")));
+  EXPECT_FALSE(platform::file_exists(session.folder().wide("s.wmp.002.tmp")));
+}
+
+TEST(WmpReader, LapsStandUnderTheirRun) {
+  wmp::File file = small_file(600);
+  file.laps = {wmp::Lap{60, 1, 1, 61}, wmp::Lap{50, 1, 2}, wmp::Lap{0, 2, 1}, wmp::Lap{40, 2, 2, 39}};
+  ReadSession session(wmp::build(file));
+  ASSERT_TRUE(session.reader().ParsaFile(nullptr));
+  const SessionMap& sessions = session.reader().GetSessioni();
+  ASSERT_EQ(sessions.size(), 2U);
+  const SRkLap& first = *sessions.at(1)->laps.at(1);
+  EXPECT_EQ(first.duration, 61000U);
+  EXPECT_EQ(first.end, 60000U);
+  const SRkLap& second = *sessions.at(1)->laps.at(2);
+  EXPECT_EQ(second.start, 60000U);
+  EXPECT_EQ(second.end, 110000U);
+  EXPECT_EQ(second.duration, 50000U);
+  EXPECT_EQ(second.marker_time, second.end);
+  EXPECT_EQ(second.session_byte, 1);
+  EXPECT_EQ(second.lap_number, 2);
+  EXPECT_EQ(second.kind[0], 7);
+  EXPECT_EQ(second.kind[1], 2);
+  const SRkLap& last = *sessions.at(2)->laps.at(2);
+  EXPECT_EQ(last.start, 110000U);
+  EXPECT_EQ(last.duration, 39000U);
+}
+
+TEST(WmpReader, TextsAndDate) {
+  wmp::File file = small_file(700);
+  file.vehicle = std::string(45, 'v');  // a field without a NUL ends with the field
+  file.track = "North loop";
+  file.racer = "A. Driver";
+  file.championship = "Winter cup";
+  file.venue_type = 21;
+  ReadSession session(wmp::build(file));
+  ASSERT_TRUE(session.reader().ParsaFile(nullptr));
+  EXPECT_EQ(session.reader().GetNomeVeicolo(), std::string(40, 'v'));
+  EXPECT_EQ(session.reader().GetNomeTracciato(), "North loop");
+  EXPECT_EQ(session.reader().GetNomePilota(), "A. Driver");
+  EXPECT_EQ(session.reader().GetNomeCampionato(), "Winter cup");
+  EXPECT_EQ(session.reader().GetNomeTipoVenue(), "Test ");
+  ASSERT_NE(session.reader().GetDataOra(), nullptr);
+  EXPECT_EQ(session.reader().GetDataOra()->tm_year, 103);
+  EXPECT_EQ(session.reader().GetDataOra()->tm_mon, 10);
+}
+
+TEST(WmpReader, OldFilesHaveNeitherChampionshipNorVenue) {
+  wmp::File file = small_file(451);
+  file.racer = "A. Driver";
+  ReadSession session(wmp::build(file));
+  ASSERT_TRUE(session.reader().ParsaFile(nullptr));
+  EXPECT_EQ(session.reader().GetNomePilota(), "A. Driver");
+  EXPECT_EQ(session.reader().GetNomeCampionato(), "");
+  EXPECT_EQ(session.reader().GetNomeTipoVenue(), "Generic testing");
+}
+
+TEST(WmpReader, IdentifiesTheLogger) {
+  wmp::File file = small_file(600);
+  file.device_code = 1234;
+  file.device_id = 0x01020304;
+  file.firmware = {0x12, 0x34, 0x5a};
+  ReadSession session(wmp::build(file));
+  ASSERT_TRUE(session.reader().ParsaFile(nullptr));
+  const IdentMap& idents = session.reader().GetMainIdents();
+  ASSERT_EQ(idents.size(), 1U);
+  const std::vector<SIdentRecord>& records = idents.at(0x01020304);
+  ASSERT_EQ(records.size(), 1U);
+  const auto& bytes = records[0].bytes;
+  EXPECT_EQ(std::string(bytes.begin(), bytes.begin() + 4), "idn\x01");
+  EXPECT_EQ(load_u16(&bytes[4]), 56);
+  EXPECT_EQ(records[0].device_code(), 1234U);
+  // The digit a is 49 above 0.
+  EXPECT_EQ(bytes[20], 12);
+  EXPECT_EQ(bytes[21], 34);
+  EXPECT_EQ(bytes[22], 99);
+  EXPECT_EQ(bytes[23], 0);
+  // 1234 is 0xD2 and 0x04; the id sums to 10; 12 + 34 + 99.
+  EXPECT_EQ(load_u16(&bytes[6]), 0xD2 + 4 + 10 + 145);
+}
+
+TEST(WmpReader, NeedsTheTraceBesideTheFile) {
+  const TempFolder folder;
+  folder.write("s.wmp", wmp::build(small_file(600)));
+  folder.write("s.hnv", Bytes(200));
+  CParserWMP alone(folder.wide("s.wmp"));
+  EXPECT_FALSE(alone.ParsaFile(nullptr));
+  // Not even the copy is made: the file was never looked at.
+  EXPECT_FALSE(platform::file_exists(folder.wide("s.bak")));
+
+  ReadSession short_trace(wmp::build(small_file(600)), wmp::build_jts(2));
+  EXPECT_FALSE(short_trace.reader().ParsaFile(nullptr));
+  EXPECT_TRUE(short_trace.reader().GetCanali().empty());
+}
+
+TEST(WmpReader, ARefusedFileLeavesItsTrace) {
+  Bytes damaged = wmp::build(small_file(600));
+  damaged[100] = static_cast<u8>(damaged[100] + 1);
+  for (const Bytes& bytes : {damaged, Bytes()}) {
+    ReadSession session(bytes);
+    ASSERT_TRUE(session.reader().ParsaFile(nullptr));
+    EXPECT_TRUE(session.reader().GetCanali().empty());
+    EXPECT_TRUE(session.reader().GetSessioni().empty());
+    EXPECT_EQ(session.reader().GetNomePilota(), "");
+    EXPECT_EQ(session.reader().GetNomeTipoVenue(), "");
+    ASSERT_NE(session.reader().GetTracciaGps("GPS"), nullptr);
+  }
+  // The same where there is no session file at all.
+  const TempFolder folder;
+  folder.write("s.jts", wmp::build_jts(5));
+  CParserWMP reader(folder.wide("s.wmp"));
+  EXPECT_TRUE(reader.ParsaFile(nullptr));
+  EXPECT_NE(reader.GetTracciaGps("GPS"), nullptr);
+}
+
+TEST(WmpReader, AStoreThatCannotBeMadeIsAFailure) {
+  ReadSession session(wmp::build(small_file(600)));
+  // A folder stands where the second channel's store would.
+  std::filesystem::create_directory(session.folder().path() / "s.wmp.001.tmp");
+  EXPECT_FALSE(session.reader().ParsaFile(nullptr));
+  EXPECT_TRUE(session.reader().GetCanali().empty());
+  EXPECT_FALSE(platform::file_exists(session.folder().wide("s.wmp.000.tmp")));
+}
+
+}  // namespace
+}  // namespace traguardo::test
