@@ -1,0 +1,43 @@
+#!/bin/sh
+# Shows what Traguardo does with a session: installs what is missing, builds, simulates some laps, and shows their texts,
+# laps, channels and GPS, and a CSV file.
+#
+#   scripts/demo.sh [FILE]     FILE: a session file of your own (.qlt, .qlc, .wmp) instead of a simulated one
+set -eu
+root=$(cd "$(dirname "$0")/.." && pwd)
+
+if [ $# -gt 1 ]; then
+  echo "usage: scripts/demo.sh [FILE]" >&2
+  exit 2
+fi
+
+echo "== Packages"
+"$root/scripts/setup.sh" build
+echo "== Build"
+build="$root/build/demo"
+cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DTRAGUARDO_TESTS=OFF
+cmake --build "$build" --target traguardo_tool
+tool="$build/tools/traguardo"
+
+out="$build/session"
+mkdir -p "$out"
+if [ $# -eq 1 ]; then
+  session=$1
+else
+  session="$out/demo.qlt"
+  echo "== A session of five laps"
+  "$tool" simulate --laps 5 -o "$session"
+fi
+
+echo "== Texts"
+"$tool" info "$session"
+echo "== Laps"
+"$tool" laps "$session"
+echo "== Channels"
+"$tool" channels "$session"
+echo "== GPS"
+"$tool" gps "$session" || echo "(no GPS in this session)"
+echo "== CSV: every sample of every channel"
+"$tool" export "$session" -o "$out/demo.csv"
+head -n 6 "$out/demo.csv"
+echo "... $(wc -l <"$out/demo.csv") lines in $out/demo.csv"

@@ -1,0 +1,67 @@
+#!/bin/sh
+# Installs what Traguardo needs on Debian 12, as far as it is missing.
+#
+#   scripts/setup.sh [SET]...     sets: build test windows quality fuzz; without a set: build test
+set -eu
+
+packages_of() {
+  case "$1" in
+    build) echo "g++ cmake ninja-build zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev" ;;
+    test) echo "python3 libgtest-dev libgmock-dev googletest libbenchmark-dev libgeographiclib-dev gpsbabel" ;;
+    windows) echo "g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine wine64" ;;
+    quality) echo "clang clang-format clang-tidy libclang-rt-14-dev git python3" ;;
+    fuzz) echo "clang libclang-rt-14-dev" ;;
+    *)
+      echo "setup: no set \"$1\" (there are: build test windows quality fuzz)" >&2
+      return 1
+      ;;
+  esac
+}
+
+[ $# -gt 0 ] || set -- build test
+
+wanted=""
+for name in "$@"; do
+  packages=$(packages_of "$name")
+  wanted="$wanted $packages"
+done
+
+if ! command -v dpkg-query >/dev/null 2>&1 || ! command -v apt-get >/dev/null 2>&1; then
+  echo "setup: this is no Debian system; please see to these yourself:$wanted" >&2
+  exit 0
+fi
+
+missing=""
+for package in $wanted; do
+  state=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
+  case "$state" in
+    installed*) ;;
+    *)
+      case " $missing " in
+        *" $package "*) ;;
+        *) missing="$missing $package" ;;
+      esac
+      ;;
+  esac
+done
+
+if [ -z "$missing" ]; then
+  echo "setup: all packages are there ($*)"
+  exit 0
+fi
+
+if [ "$(id -u)" -eq 0 ]; then
+  as_root=""
+elif command -v sudo >/dev/null 2>&1; then
+  as_root="sudo"
+else
+  echo "setup: these packages are missing:$missing" >&2
+  echo "setup: run this once as root, or have them installed: apt-get install$missing" >&2
+  exit 1
+fi
+
+echo "setup: installing$missing"
+# shellcheck disable=SC2086
+$as_root apt-get update -q
+# shellcheck disable=SC2086
+$as_root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends $missing

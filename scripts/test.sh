@@ -1,0 +1,9 @@
+#!/bin/sh
+# Installs what is missing, builds, and runs every test.
+set -eu
+cd "$(dirname "$0")/.."
+
+echo "== Packages"
+scripts/setup.sh build test
+echo "== Build and tests"
+exec scripts/build_and_test.sh release

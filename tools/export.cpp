@@ -1,0 +1,101 @@
+// traguardo export: samples as comma-separated values, one a line, or the driven track for a map.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "failure.h"
+#include "output_file.h"
+#include "session.h"
+#include "text.h"
+#include "track.h"
+#include "track_file.h"
+
+namespace traguardo::tool {
+
+namespace {
+
+constexpr std::size_t kFlushAt = 1 << 16;
+
+// A field with separators, quotes or line ends goes in quotes, its own quotes doubled.
+std::string csv_field(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string field = "\"";
+  for (const char c : text) {
+    if (c == '"') field += '"';
+    field += c;
+  }
+  return field + '"';
+}
+
+std::vector<Channel> chosen_channels(Session& session, const std::vector<std::string>& names) {
+  std::vector<Channel> channels;
+  if (names.empty()) {
+    channels = session.logged_channels();
+    const std::vector<Channel>& gps = session.gps_channels();
+    channels.insert(channels.end(), gps.begin(), gps.end());
+  }
+  for (const std::string& name : names) channels.push_back(session.find_channel(name));
+  return channels;
+}
+
+void write_csv(OutputFile& out, const Session& session, const std::vector<Channel>& channels, std::optional<int> lap) {
+  fmt::memory_buffer text;
+  const auto at_end = [&text] { return std::back_inserter(text); };
+  fmt::format_to(at_end(), "channel,unit,time,value\n");
+  Samples samples;
+  for (const Channel& channel : channels) {
+    session.read(channel, lap, samples);
+    const std::string name = csv_field(to_utf8(channel.name)) + ',' + csv_field(to_utf8(channel.unit)) + ',';
+    for (std::size_t i = 0; i < samples.values.size(); ++i) {
+      fmt::format_to(at_end(), "{}{},{}\n", name, shortest(samples.times_s[i]), shortest(samples.values[i]));
+      if (text.size() < kFlushAt) continue;
+      out.write(text.data(), text.size());
+      text.clear();
+    }
+  }
+  out.write(text.data(), text.size());
+}
+
+std::string title_of(const Session& session, const ExportOptions& options) {
+  std::string title = to_utf8(session.track());
+  const std::string vehicle = to_utf8(session.vehicle());
+  if (!title.empty() && !vehicle.empty()) title += ", ";
+  title += vehicle;
+  if (title.empty()) title = to_utf8(session.path());
+  if (options.one_lap) title += fmt::format(", lap {}", options.lap);
+  return title;
+}
+
+}  // namespace
+
+void export_session(const ExportOptions& options) {
+  Session session(options.file);
+  std::optional<int> lap;
+  if (options.one_lap) lap = session.lap_index(options.lap);
+
+  if (options.format == ExportFormat::csv) {
+    const std::vector<Channel> channels = chosen_channels(session, options.channels);
+    OutputFile out(options.output);
+    write_csv(out, session, channels, lap);
+    out.keep();
+    return;
+  }
+  const std::vector<TrackPoint> track = read_track(session, lap);
+  if (track.size() < 2) throw Failure(fmt::format("no GPS track in {}", session.path()));
+  const TrackTitle title{title_of(session, options), session.date()};
+  OutputFile out(options.output);
+  if (options.format == ExportFormat::gpx) {
+    write_gpx(out, title, track);
+  } else {
+    write_geojson(out, title, track);
+  }
+  out.keep();
+}
+
+}  // namespace traguardo::tool

@@ -1,0 +1,75 @@
+// traguardo info: who, where, when, and how much there is.
+#include <algorithm>
+#include <cstddef>
+
+#include "commands.h"
+#include "json_output.h"
+#include "session.h"
+#include "table.h"
+#include "text.h"
+
+namespace traguardo::tool {
+
+namespace {
+
+// The time of the last logged sample, or of the last GPS solution where nothing else was logged. A file starts at 0.
+double duration_of(Session& session) {
+  double end = 0;
+  bool has_samples = false;
+  Samples samples;
+  for (const Channel& channel : session.logged_channels()) {
+    session.read(channel, std::nullopt, samples);
+    if (samples.times_s.empty()) continue;
+    end = std::max(end, samples.times_s.back());
+    has_samples = true;
+  }
+  if (!has_samples && !session.gps_raw_channels().empty()) {
+    session.read(session.gps_raw_channels().front(), std::nullopt, samples);
+    if (!samples.times_s.empty()) end = samples.times_s.back();
+  }
+  return end;
+}
+
+}  // namespace
+
+void show_info(const InfoOptions& options) {
+  Session session(options.file);
+  const double duration_s = duration_of(session);
+  const std::size_t laps = session.laps().size();
+  const std::size_t channels = session.logged_channels().size();
+  const std::size_t gps_channels = session.gps_channels().size();
+  const int gps_raw_samples =
+      session.gps_raw_channels().empty() ? 0 : session.sample_count(session.gps_raw_channels().front());
+
+  if (options.json) {
+    Json json;
+    json["file"] = json_text(session.path());
+    json["vehicle"] = json_text(session.vehicle());
+    json["track"] = json_text(session.track());
+    json["racer"] = json_text(session.racer());
+    json["championship"] = json_text(session.championship());
+    json["venue_type"] = json_text(session.venue_type());
+    json["date"] = iso_date(session.date());
+    json["duration_s"] = json_number(duration_s);
+    json["laps"] = laps;
+    json["channels"] = channels;
+    json["gps_channels"] = gps_channels;
+    json["gps_raw_samples"] = gps_raw_samples;
+    print_out(to_document(json));
+    return;
+  }
+  print_out(pairs_to_text({{"File", to_utf8(session.path())},
+                           {"Vehicle", to_utf8(session.vehicle())},
+                           {"Track", to_utf8(session.track())},
+                           {"Racer", to_utf8(session.racer())},
+                           {"Championship", to_utf8(session.championship())},
+                           {"Venue type", to_utf8(session.venue_type())},
+                           {"Date", iso_date(session.date())},
+                           {"Duration", lap_clock(duration_s) + " (min:s)"},
+                           {"Laps", std::to_string(laps)},
+                           {"Channels", std::to_string(channels)},
+                           {"GPS channels", std::to_string(gps_channels)},
+                           {"GPS solutions", std::to_string(gps_raw_samples)}}));
+}
+
+}  // namespace traguardo::tool

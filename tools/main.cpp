@@ -1,0 +1,134 @@
+// traguardo, the command-line host: command lines in, the commands of commands.h out.
+//
+// Exit status: 0 done; 1 the command could not do its work, with one line on standard error; 2 wrong command line.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "api/exports.h"
+#include "commands.h"
+
+namespace traguardo::tool {
+
+namespace {
+
+constexpr const char* kFileHelp = "Session file (.qlt, .qlc or .wmp)";
+constexpr const char* kJsonHelp = "Print JSON";
+constexpr const char* kLapHelp = "Only this lap, by its number in `traguardo laps`";
+
+// A command that takes a file and --json.
+template <typename Options>
+void add_plain_command(CLI::App& app, const char* name, const char* help, void (*show)(const Options&)) {
+  CLI::App* const command = app.add_subcommand(name, help);
+  const auto options = std::make_shared<Options>();
+  command->add_option("FILE", options->file, kFileHelp)->required();
+  command->add_flag("--json", options->json, kJsonHelp);
+  command->callback([options, show] { show(*options); });
+}
+
+void add_samples_command(CLI::App& app) {
+  CLI::App* const command = app.add_subcommand("samples", "Show the samples of a channel");
+  const auto options = std::make_shared<SamplesOptions>();
+  command->add_option("FILE", options->file, kFileHelp)->required();
+  command->add_option("CHANNEL", options->channel, "Name of the channel")->required();
+  const CLI::Option* const lap = command->add_option("--lap", options->lap, kLapHelp);
+  const CLI::Option* const head =
+      command->add_option("--head", options->head, "Only the first samples")->check(CLI::NonNegativeNumber);
+  command->add_flag("--json", options->json, kJsonHelp);
+  command->callback([options, lap, head] {
+    options->one_lap = lap->count() > 0;
+    options->head_only = head->count() > 0;
+    show_samples(*options);
+  });
+}
+
+void add_export_command(CLI::App& app) {
+  CLI::App* const command =
+      app.add_subcommand("export", "Write samples as CSV, one a line, or the GPS track for a map program");
+  const auto options = std::make_shared<ExportOptions>();
+  command->add_option("FILE", options->file, kFileHelp)->required();
+  command->add_option("-o,--output", options->output, "File to write, - for standard output")->required();
+  CLI::Option* const channels =
+      command
+          ->add_option("--channel", options->channels,
+                       "Only this channel; may be repeated (default: all logged and all derived GPS channels)")
+          ->allow_extra_args(false);
+  const CLI::Option* const lap = command->add_option("--lap", options->lap, kLapHelp);
+  CLI::Option* const gpx = command->add_flag("--gpx", "Write the GPS track as GPX 1.1")->excludes(channels);
+  CLI::Option* const geojson =
+      command->add_flag("--geojson", "Write the GPS track as GeoJSON")->excludes(channels)->excludes(gpx);
+  command->callback([options, lap, gpx, geojson] {
+    options->one_lap = lap->count() > 0;
+    if (gpx->count() > 0) options->format = ExportFormat::gpx;
+    if (geojson->count() > 0) options->format = ExportFormat::geojson;
+    export_session(*options);
+  });
+}
+
+simulator::FrameMix frame_mix(const std::string& name) {
+  if (name == "single") return simulator::FrameMix::single;
+  if (name == "block") return simulator::FrameMix::block;
+  if (name == "group") return simulator::FrameMix::group;
+  return simulator::FrameMix::mixed;
+}
+
+void add_simulate_command(CLI::App& app) {
+  CLI::App* const command = app.add_subcommand("simulate", "Write a session of a simulated car on a circuit");
+  const auto options = std::make_shared<SimulateOptions>();
+  const auto frames = std::make_shared<std::string>("mixed");
+  simulator::SimulationOptions& session = options->session;
+  command->add_option("-o,--output", options->output, "File to write; a name in .qlc is compressed")->required();
+  command->add_option("--laps", session.laps, "Number of laps")->capture_default_str();
+  command->add_option("--channels", session.channels, "Number of channels (default: the usual set)");
+  command->add_option("--seed", session.seed, "The same seed gives the same file")->capture_default_str();
+  command->add_option("--minutes", session.minutes, "Length of the session, instead of a number of laps");
+  command->add_option("--damage", session.damage, "Places where a byte is changed, lost or added");
+  command->add_option("--rate", session.rate_hz, "One rate in Hz for all channels, a divisor of 1000");
+  command->add_option("--frames", *frames, "Which frames carry the samples")
+      ->check(CLI::IsMember({"mixed", "single", "block", "group"}))
+      ->capture_default_str();
+  command->callback([options, frames] {
+    options->session.frames = frame_mix(*frames);
+    simulate_session(*options);
+  });
+}
+
+int complain(const char* reason) {
+  std::fprintf(stderr, "traguardo: %s\n", reason);
+  return 1;
+}
+
+}  // namespace
+
+int run(int argument_count, char** arguments) {
+  CLI::App app("Reads and shows the sessions of motorsport data loggers", "traguardo");
+  app.require_subcommand(1);
+  app.set_version_flag("--version", std::string("traguardo " TRAGUARDO_VERSION ", library built ") +
+                                        get_library_date() + " " + get_library_time());
+  add_plain_command<InfoOptions>(app, "info", "Show texts, date, duration and counts of a session", show_info);
+  add_plain_command<LapsOptions>(app, "laps", "Show the laps with their times and gaps", show_laps);
+  add_plain_command<ChannelsOptions>(app, "channels", "Show the logged channels with rates and bounds", show_channels);
+  add_samples_command(app);
+  add_export_command(app);
+  add_plain_command<GpsOptions>(app, "gps", "Show quality, distance and bounds of the GPS track", show_gps);
+  add_simulate_command(app);
+  try {
+    app.parse(argument_count, arguments);
+    return 0;
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
+  } catch (const std::bad_alloc&) {
+    return complain("out of memory");
+  } catch (const std::exception& failure) {
+    return complain(failure.what());
+  }
+}
+
+}  // namespace traguardo::tool
+
+int main(int argument_count, char** arguments) {
+  return traguardo::tool::run(argument_count, arguments);
+}

@@ -1,0 +1,12 @@
+#include "commands.h"
+#include "output_file.h"
+
+namespace traguardo::tool {
+
+void print_out(std::string_view text) {
+  OutputFile out("-");
+  out.write(text);
+  out.keep();
+}
+
+}  // namespace traguardo::tool

@@ -1,0 +1,59 @@
+// The session simulator: writes .qlt and .qlc files of a car on a closed circuit. It is the opposite number of the
+// reader and shares no code with it, so that an error of one doesn't hide in the other. The command-line host, the
+// benchmarks and the tests call it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace traguardo::simulator {
+
+// Which frames carry the samples.
+enum class FrameMix {
+  mixed,   // each channel as it suits it
+  single,  // one frame per sample
+  block,   // several samples of one channel per frame
+  group,   // one sample of several channels per frame
+};
+
+struct SimulationOptions {
+  int laps = 5;            // marks that close a lap, 1 to 30,000
+  int channels = 0;        // channels that a host sees, up to 60,000; 0 for the usual set
+  std::uint64_t seed = 1;  // the same seed gives the same file
+  double minutes = 0;      // length of the session, up to 60,000; 0: as long as the laps take. Above 0 laps don't count
+  int damage = 0;          // places behind the channel table where a byte is changed, lost or added
+  FrameMix frames = FrameMix::mixed;
+  int rate_hz = 0;             // one rate for every channel, a divisor of 1000; 0: each channel its own
+  double latitude_deg = 44.5;  // the start line
+  double longitude_deg = 11.3;
+  double altitude_m = 60.0;
+  // Above 0: the circuit is a level circle, driven at a constant speed without any noise in the GPS, so that speed,
+  // heading and accelerations are known in closed form.
+  double circle_radius_m = 0;
+  double circle_speed_mps = 30;
+};
+
+struct SimulatedChannel {
+  std::string name;
+  std::uint16_t index = 0;
+  std::uint64_t samples = 0;
+};
+
+// What the undamaged file holds.
+struct SimulationSummary {
+  std::vector<SimulatedChannel> channels;  // without those that carry packets
+  std::vector<std::uint32_t> lap_times_ms;
+  std::uint64_t samples = 0;
+  std::uint64_t frames = 0;
+  std::uint64_t gps_records = 0;
+  std::uint64_t bytes = 0;  // before damage and compression
+  double duration_s = 0;
+};
+
+// Writes a session to `path`, compressed where the path ends in .qlc. On failure gives false and a line for a person in
+// `error`, and leaves nothing behind.
+bool simulate_to_file(const SimulationOptions& options, const std::string& path, std::string& error,
+                      SimulationSummary* summary = nullptr);
+
+}  // namespace traguardo::simulator
