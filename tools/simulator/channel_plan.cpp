@@ -1,10 +1,8 @@
 #include "simulator/channel_plan.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 #include <map>
-#include <utility>
 
 namespace traguardo::simulator {
 

@@ -317,9 +317,12 @@ void SessionWriter::write_gps(std::uint64_t tick, std::uint32_t clock_ms) {
   const Vector3 position =
       ground_.position(car.place.east_m + wander * car.waves[0], car.place.north_m + wander * car.waves[1] * 0.5,
                        car.place.up_m + wander * (car.waves[0] + car.waves[1]));
-  const Vector3 velocity = ground_.direction(car.speed_mps * std::cos(heading) + tremble * random_.between(-1, 1),
-                                             car.speed_mps * std::sin(heading) + tremble * random_.between(-1, 1),
-                                             car.speed_mps * car.place.slope + tremble * random_.between(-1, 1));
+  const double east_error = tremble * random_.between(-1, 1);
+  const double north_error = tremble * random_.between(-1, 1);
+  const double up_error = tremble * random_.between(-1, 1);
+  const Vector3 velocity =
+      ground_.direction(car.speed_mps * std::cos(heading) + east_error, car.speed_mps * std::sin(heading) + north_error,
+                        car.speed_mps * car.place.slope + up_error);
   const std::uint64_t gps_ms = kGpsTimeOfWeekMs + tick;
 
   scratch_.assign(kGpsRecordSize, 0);
