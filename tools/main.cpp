@@ -57,9 +57,9 @@ void add_export_command(CLI::App& app) {
                        "Only this channel; may be repeated (default: all logged and all derived GPS channels)")
           ->allow_extra_args(false);
   const CLI::Option* const lap = command->add_option("--lap", options->lap, kLapHelp);
-  CLI::Option* const gpx = command->add_flag("--gpx", "Write the GPS track as GPX 1.1")->excludes(channels);
+  CLI::Option* const gpx = command->add_flag("--gpx")->description("Write the GPS track as GPX 1.1")->excludes(channels);
   CLI::Option* const geojson =
-      command->add_flag("--geojson", "Write the GPS track as GeoJSON")->excludes(channels)->excludes(gpx);
+      command->add_flag("--geojson")->description("Write the GPS track as GeoJSON")->excludes(channels)->excludes(gpx);
   command->callback([options, lap, gpx, geojson] {
     options->one_lap = lap->count() > 0;
     if (gpx->count() > 0) options->format = ExportFormat::gpx;

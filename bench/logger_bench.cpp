@@ -1,0 +1,204 @@
+// Million samples per second of the logger reader, beside a floor measured in the same run: the plainest loop that checks a
+// frame's first and last byte and appends 12 bytes per sample to a mapped file that has its full size from the start.
+//
+//   bench_logger --benchmark_counters_tabular=true
+//
+// The ratio to look at: items_per_second of Parse/... over that of Floor/... with the same arguments.
+
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include "logger/logger_parser.h"
+#include "support/platform/platform.h"
+
+namespace traguardo {
+namespace {
+
+enum Kind : i64 { kSingle, kMultiple, kGroup, kMixed };
+constexpr u64 kSamples = 5'000'000;
+constexpr u32 kPerMultiple = 20;
+constexpr u32 kGroupSize = 20;
+
+struct Session {
+  std::filesystem::path path;
+  u64 frames = 0;
+  std::size_t stream_begin = 0;
+  std::vector<u8> bytes;
+};
+
+void put(std::vector<u8>* out, u64 value, int width) {
+  for (int i = 0; i < width; ++i) out->push_back(static_cast<u8>(value >> (8 * i)));
+}
+
+void put_tag(std::vector<u8>* out, const char* name, const std::vector<u8>& payload) {
+  char padded[4] = {};
+  std::memcpy(padded, name, std::strlen(name));
+  u32 sum = 0;
+  for (const u8 byte : payload) sum += byte;
+  out->insert(out->end(), {'<', 'h'});
+  out->insert(out->end(), padded, padded + 4);
+  put(out, payload.size(), 4);
+  out->insert(out->end(), {1, '>'});
+  out->insert(out->end(), payload.begin(), payload.end());
+  out->push_back('<');
+  out->insert(out->end(), padded, padded + 4);
+  put(out, sum & 0xFFFF, 2);
+  out->push_back('>');
+}
+
+std::vector<u8> channel_table(u32 channels) {
+  std::vector<u8> inner;
+  for (u32 i = 0; i < channels; ++i) {
+    std::vector<u8> record(112);
+    store_u16(&record[0], static_cast<u16>(i));
+    store_u32(&record[12], 0x10);
+    store_u32(&record[16], 1);
+    store_u32(&record[20], 4);
+    const std::string name = "channel " + std::to_string(i);
+    std::memcpy(&record[32], name.data(), name.size());
+    store_u32(&record[64], 1000);
+    store_u32(&record[72], 2);
+    put_tag(&inner, "CHS", record);
+  }
+  for (u32 group = 0; group < channels / kGroupSize; ++group) {
+    std::vector<u8> list;
+    put(&list, group, 2);
+    put(&list, kGroupSize, 2);
+    for (u32 i = 0; i < kGroupSize; ++i) put(&list, group * kGroupSize + i, 2);
+    put_tag(&inner, "GRP", list);
+  }
+  return inner;
+}
+
+// Time goes up by a millisecond for each round over all channels, so every channel's times rise strictly.
+Session make_session(Kind kind, u32 channels) {
+  Session session;
+  std::vector<u8>& out = session.bytes;
+  out.reserve(kSamples * 12);
+  put_tag(&out, "CNF", channel_table(channels));
+  session.stream_begin = out.size();
+  const u64 rounds = kSamples / channels;
+  const auto head = [&](char letter, u64 time, u32 index) {
+    out.insert(out.end(), {'(', static_cast<u8>(letter)});
+    put(&out, time, 4);
+    put(&out, index, 2);
+    ++session.frames;
+  };
+  const auto round = [&](Kind one, u64 r) {
+    if (one == kSingle) {
+      for (u32 c = 0; c < channels; ++c) {
+        head('S', r, c);
+        put(&out, r & 0x7FFF, 2);
+        out.push_back(')');
+      }
+    } else if (one == kGroup) {
+      for (u32 g = 0; g < channels / kGroupSize; ++g) {
+        head('G', r, g);
+        for (u32 i = 0; i < kGroupSize; ++i) put(&out, (r + i) & 0x7FFF, 2);
+        out.push_back(')');
+      }
+    } else {
+      for (u32 c = 0; c < channels; ++c) {
+        head('M', r, c);
+        put(&out, kPerMultiple, 2);
+        for (u32 i = 0; i < kPerMultiple; ++i) put(&out, (r + i) & 0x7FFF, 2);
+        out.push_back(')');
+      }
+    }
+  };
+  for (u64 r = 0; r < rounds;) {
+    const Kind one = kind != kMixed ? kind : static_cast<Kind>(r / kPerMultiple % 3);
+    round(one, r);
+    r += one == kMultiple ? kPerMultiple : 1;
+  }
+  put_tag(&out, "EVT", std::vector<u8>(32));
+  session.path = std::filesystem::temp_directory_path() /
+                 ("traguardo-bench-" + platform::unique_token() + "-" + std::to_string(kind) + ".qlt");
+  std::ofstream(session.path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(out.data()), static_cast<std::streamsize>(out.size()));
+  return session;
+}
+
+class Sessions {
+ public:
+  ~Sessions() {
+    for (auto& [key, session] : sessions_) std::filesystem::remove(session.path);
+  }
+  const Session& get(Kind kind, u32 channels) {
+    const auto key = std::make_pair(kind, channels);
+    if (!sessions_.contains(key)) sessions_[key] = make_session(kind, channels);
+    return sessions_[key];
+  }
+
+ private:
+  std::map<std::pair<Kind, u32>, Session> sessions_;
+};
+Sessions g_sessions;
+
+void Parse(benchmark::State& state) {
+  const Session& session = g_sessions.get(static_cast<Kind>(state.range(0)), static_cast<u32>(state.range(1)));
+  u64 samples = 0;
+  for (auto _ : state) {
+    CParserZep_2Gv4 reader(platform::path_from_host_bytes(session.path.string()), {});
+    reader.SetMantieniCostanti(false);
+    if (!reader.ParsaFile(nullptr)) state.SkipWithError("not read");
+    state.PauseTiming();
+    samples = 0;
+    for (const auto& channel : reader.GetCanali()) samples += channel->GetNumValori();
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(static_cast<i64>(samples) * state.iterations());
+}
+
+void Floor(benchmark::State& state) {
+  const Session& session = g_sessions.get(static_cast<Kind>(state.range(0)), static_cast<u32>(state.range(1)));
+  const std::wstring path = platform::path_from_host_bytes(session.path.string() + ".floor");
+  u64 samples = 0;
+  for (auto _ : state) {
+    platform::File file = platform::File::open(path, platform::Access::kReadWrite, platform::Share::kRead,
+                                               platform::Creation::kCreateOrTruncate);
+    if (!file.resize(kSamples * 12 + (1U << 20))) state.SkipWithError("no room");
+    platform::Mapping store = platform::Mapping::map(file, 0, kSamples * 12 + (1U << 20), true);
+    u8* out = store.data();
+    const u8* at = session.bytes.data() + session.stream_begin;
+    samples = 0;
+    for (u64 frame = 0; frame < session.frames; ++frame) {
+      const u8 letter = at[1];
+      const u32 count = letter == 'S' ? 1 : letter == 'M' ? kPerMultiple : kGroupSize;
+      const u8* data = at + (letter == 'M' ? 10 : 8);
+      const u8* end = data + count * 2;
+      if (*at != '(' || *end != ')') {
+        state.SkipWithError("no frame");
+        break;
+      }
+      const u64 time = u64{load_u32(at + 2)} * 1000;
+      for (u32 i = 0; i < count; ++i, out += 12) {
+        store_u64(out, time);
+        store_f32(out + 8, static_cast<float>(load_u16(data + 2 * i)));
+      }
+      samples += count;
+      at = end + 1;
+    }
+    benchmark::DoNotOptimize(out);
+  }
+  platform::delete_file(path);
+  state.SetItemsProcessed(static_cast<i64>(samples) * state.iterations());
+}
+
+void arguments(benchmark::internal::Benchmark* b) {
+  b->ArgNames({"kind", "channels"})->Unit(benchmark::kMillisecond);
+  for (const i64 kind : {kSingle, kMultiple, kGroup, kMixed}) {
+    for (const i64 channels : {20, 200, 1000}) b->Args({kind, channels});
+  }
+}
+BENCHMARK(Parse)->Apply(arguments);
+BENCHMARK(Floor)->Apply(arguments);
+
+}  // namespace
+}  // namespace traguardo
+
+BENCHMARK_MAIN();

@@ -1,0 +1,243 @@
+// The tag CNF: from its records come the tables that the stream is decoded against. A file may repeat it; samples of a
+// channel whose unit stays the same go on.
+
+#include <new>
+
+#include "logger/logger_parser.h"
+#include "support/event_log.h"
+#include "units/converter.h"
+#include "units/converter_wmp.h"
+#include "units/fid.h"
+#include "units/functions.h"
+#include "units/sample_formats.h"
+#include "units/user_units_manager.h"
+
+namespace traguardo {
+
+namespace {
+
+constexpr const char* kGeneraMappe = "CParserZep_2Gv4::GeneraMappeSCanale";
+constexpr u32 kFlagHoldLastValue = 0x200;
+constexpr u32 kFlag400 = 0x400;
+constexpr u32 kLateralAcceleration = 0x1183;
+constexpr u32 kExtraCdeSize = 6;
+constexpr u32 kExtraFt1Size = 10;
+// How a value of a logged channel is shown.
+constexpr int kSignificantDigits = 5;
+constexpr int kTimeWidth = 15;
+
+}  // namespace
+
+// False only if memory or a store could not be had; bad tags inside are passed over.
+bool CParserZep_2Gv4::TakeConfiguration(const SAtomTag& tag) {
+  const std::unique_ptr<IAtomTagDecoderBin> decoder = CreaAtomTagDecoder();
+  if (decoder == nullptr) return true;
+  std::list<SAtomTag> inner_tags;
+  decoder->ListAllTags(tag.payload, tag.payloadSize, inner_tags);
+  std::map<std::string, std::vector<SAtomTag>> by_name;
+  for (const SAtomTag& inner : inner_tags) by_name[inner.name].push_back(inner);
+
+  if (!GeneraMappeSCanale(by_name["CHS"])) return false;
+  TakeExtras(by_name["CDE"], by_name["FT1"]);
+  // The first descriptor of an index stays.
+  for (const SAtomTag& inner : by_name["ACD"]) {
+    auto descriptor = ChannelDescriptor::Acquisition({inner.payload, inner.payloadSize});
+    if (descriptor != nullptr) acquisitions_.emplace(descriptor->index(), std::move(descriptor));
+  }
+  for (const SAtomTag& inner : by_name["GRP"]) {
+    auto descriptor = ChannelDescriptor::Group({inner.payload, inner.payloadSize});
+    if (descriptor != nullptr) groups_.emplace(descriptor->index(), std::move(descriptor));
+  }
+  AssignConverters();
+  return true;
+}
+
+bool CParserZep_2Gv4::GeneraMappeSCanale(const std::vector<SAtomTag>& channel_tags) {
+  // Of several records with one index the last counts.
+  std::map<u16, ChannelRecord> records;
+  for (const SAtomTag& tag : channel_tags) {
+    if (tag.payloadSize != ChannelRecord::kSize) continue;
+    const ChannelRecord record(std::span<const u8>(tag.payload, tag.payloadSize));
+    records.insert_or_assign(record.id(), record);
+  }
+  std::map<std::string, u32> name_count;
+  for (const auto& [index, record] : records) ++name_count[record.name()];
+  std::map<std::string, u32> next_duplicate;
+
+  bool good = true;
+  for (const auto& [index, record] : records) {
+    if (TakeChannelRecord(record, &name_count, &next_duplicate) == Entry::kFailed) good = false;
+  }
+  return good;
+}
+
+CParserZep_2Gv4::Entry CParserZep_2Gv4::TakeChannelRecord(const ChannelRecord& record,
+                                                          std::map<std::string, u32>* name_count,
+                                                          std::map<std::string, u32>* next_duplicate) {
+  if (ChannelAt(record.id()) != nullptr && ChannelAt(record.id())->record() == record) return Entry::kSkipped;
+  std::unique_ptr<CCanaleQLT> object = KeptObject(record);
+  if (!wanted_channels_.empty() && !wanted_channels_.contains(record.name())) return Entry::kSkipped;
+  if (record.quantity() == FID_PHI_PACKAGE) {
+    // A packet has no samples that could go on.
+    object = PacketObject(record);
+    if (object == nullptr) return Entry::kSkipped;
+    Enter(record.id(), std::move(object));
+    return Entry::kTaken;
+  }
+  if (object == nullptr) {
+    object.reset(new (std::nothrow) CCanaleQLT(record));
+    if (object == nullptr) {
+      TRAGUARDO_LOG(kGeneraMappe, "%s [%d] ERROR = Can't alloc memory\n");
+      return Entry::kFailed;
+    }
+  } else {
+    object->SetRecord(record);
+  }
+
+  std::string name = record.name();
+  if ((*name_count)[name] >= 2) {
+    const std::string plain = name;
+    // The names taken so far stay taken, so the search goes on where it ended for this name.
+    u32& number = (*next_duplicate)[plain];
+    do {
+      name = plain + " dup " + std::to_string(++number);
+    } while (name_count->contains(name));
+    (*name_count)[name] = 1;
+    TRAGUARDO_LOG(kGeneraMappe,
+                  "%s [%d] WARNING = Duplicate found! Channel \"%s\" hase been renamed into \"%s\"\n", plain, name);
+  }
+  if (object->channel() == nullptr && !GiveChannel(object.get(), name)) return Entry::kFailed;
+  SetProperties(object.get(), name);
+  Enter(record.id(), std::move(object));
+  return Entry::kTaken;
+}
+
+// The object under the record's index, taken out of the table, if its samples may go on under the new record; null if
+// there is none or its unit is another one now.
+std::unique_ptr<CCanaleQLT> CParserZep_2Gv4::KeptObject(const ChannelRecord& record) {
+  const auto found = s_channels_.find(record.id());
+  if (found == s_channels_.end()) return nullptr;
+  std::unique_ptr<CCanaleQLT> object = std::move(found->second);
+  s_channels_.erase(found);
+  by_index_[record.id()] = nullptr;
+  without_converter_.erase(record.id());
+  ++table_generation_;
+  const CFunzioni functions;
+  if (functions.GetUnitName(object->record().fp_code()) != functions.GetUnitName(record.fp_code())) return nullptr;
+  return object;
+}
+
+std::unique_ptr<CCanaleQLT> CParserZep_2Gv4::PacketObject(const ChannelRecord& record) {
+  ILapReceiver* laps = this;
+  switch (record.object()) {
+    case FID_DETTAGLI_GPS:
+      if (record.variant() == FID_SPEC_GPS_ZEPNAVSOL) {
+        CGPSSamples* trace = GetOCreaTracciaGps(record.name(), base_);
+        return trace == nullptr ? nullptr : std::make_unique<CCanaleQLT_GPS>(record, trace);
+      }
+      break;
+    case FID_DETTAGLI_LAPTIME:
+      if (record.variant() == FID_SPEC_LAPTIME_ZEP2Gv3) return std::make_unique<CCanaleQLT_Lap_v3>(record, laps);
+      if (record.variant() == FID_SPEC_LAPTIME_ZEP2Gv2) return std::make_unique<CCanaleQLT_Lap_v2>(record, laps);
+      break;
+    case FID_DETTAGLI_TOTAL_ODOMETER:
+      return std::make_unique<CCanaleQLT_TotalOdometer>(record);
+    case FID_DETTAGLI_RESETTABLE_ODOMETER:
+      return std::make_unique<CCanaleQLT_ResettableOdometer>(record);
+    case FID_DETTAGLI_BEST_TIME:
+      return std::make_unique<CCanaleQLT_BestTime>(record);
+    case FID_DETTAGLI_ROLL_TIME:
+      return std::make_unique<CCanaleQLT_RollingTime>(record);
+    default:
+      break;
+  }
+  return std::make_unique<CCanaleQLT_IgnoredPacket>(record);
+}
+
+bool CParserZep_2Gv4::GiveChannel(CCanaleQLT* object, const std::string& name) {
+  std::unique_ptr<CParsedChannel> channel(
+      new (std::nothrow) CParsedChannel(name, GetPercorsoStore(), object->record().id(), GetMantieniCostanti()));
+  if (channel == nullptr) {
+    TRAGUARDO_LOG(kGeneraMappe, "%s [%d] ERROR = Can't alloc memory\n");
+    return false;
+  }
+  if (!channel->IsStoreValido()) {
+    TRAGUARDO_LOG(kGeneraMappe, "%s [%d] ERROR = Can't alloc memory in channel\n");
+    return false;
+  }
+  object->SetChannel(std::move(channel));
+  return true;
+}
+
+void CParserZep_2Gv4::SetProperties(CCanaleQLT* object, const std::string& name) {
+  const ChannelRecord& record = object->record();
+  CParsedChannel* channel = object->channel();
+  const bool is_bit_field = record.format() == kSMPL_FMT_BITFIELD_8;
+  channel->SetNome(name);
+  channel->SetTieniUltimoValore((record.flags() & kFlagHoldLastValue) != 0 || is_bit_field);
+  channel->SetBitField(is_bit_field);
+  channel->SetBitField2(is_bit_field);
+  channel->SetFlag400((record.flags() & kFlag400) != 0);
+  channel->SetFid(record.fp_code());
+  channel->SetFormato(static_cast<u32>(record.format()));
+  channel->SetFlags(record.flags());
+  channel->SetDeviceCode(record.device_code());
+  channel->SetDeviceSerial(record.device_serial());
+  channel->SetIdInDevice(record.id_in_device());
+  channel->SetVelocita(record.quantity() == FID_PHI_SPEED);
+  channel->SetAccLaterale((record.fp_code() & 0x7FFF) == kLateralAcceleration);
+  channel->SetPeriodo(record.period_us());
+  if (options_.measure_statistics) object->InstallStatistics();
+}
+
+void CParserZep_2Gv4::Enter(u16 index, std::unique_ptr<CCanaleQLT> object) {
+  if (by_index_.size() <= index) by_index_.resize(std::size_t{index} + 1, nullptr);
+  by_index_[index] = object.get();
+  without_converter_.insert(index);
+  s_channels_[index] = std::move(object);
+  ++table_generation_;
+}
+
+void CParserZep_2Gv4::TakeExtras(const std::vector<SAtomTag>& cde, const std::vector<SAtomTag>& ft1) {
+  for (const SAtomTag& tag : cde) {
+    if (tag.payloadSize < kExtraCdeSize) continue;
+    if (CCanaleQLT* channel = ChannelAt(load_u16(tag.payload))) channel->SetExtraCde(tag.payload);
+  }
+  for (const SAtomTag& tag : ft1) {
+    if (tag.payloadSize < kExtraFt1Size) continue;
+    if (CCanaleQLT* channel = ChannelAt(load_u16(tag.payload))) channel->SetExtraFt1(tag.payload);
+  }
+}
+
+void CParserZep_2Gv4::AssignConverters() {
+  for (const u16 index : without_converter_) AssignConverter(ChannelAt(index));
+  without_converter_.clear();
+}
+
+// An object whose format has no reader stays its own converter: every sample reads 0.0.
+void CParserZep_2Gv4::AssignConverter(CCanaleQLT* object) {
+  const ChannelRecord& record = object->record();
+  if (record.format() == kSMPL_FMT_BITFIELD_8) {
+    object->SetConverter(std::make_unique<CConverterWMP>(&record, true), {});
+    return;
+  }
+  const CFunzioni functions;
+  CUserUnitsOfMeasureMgr* manager = CUserUnitsOfMeasureMgr::GetInstance();
+  CUserUnitsAndNDecPerFID* choice = manager->AssicuraPresenzaIniFunzione(record.fp_code());
+  const std::string unit = choice != nullptr ? choice->GetChosenUnit() : functions.GetUnitName(record.fp_code());
+  if (CParsedChannel* channel = object->channel()) {
+    channel->SetUnita(std::string_view(unit));
+    if (choice != nullptr && !unit.empty()) channel->SetNumDecimali(choice->GetNumDecimaliDefault(unit));
+  }
+  const UnitOfMeasure row = functions.GetUnitRow(record.fp_code(), unit);
+  std::unique_ptr<IConverter> converter =
+      functions.CreateConverter(record, record.fp_code(), row, 0, kSignificantDigits, kTimeWidth);
+  if (converter == nullptr || !converter->IsValido()) return;
+  // The decode loop calls the bare reader wherever samples have all the bytes that it takes.
+  SampleReader reader;
+  if (const auto* plain = dynamic_cast<const CConverter*>(converter.get())) reader = plain->reader();
+  if (reader.bytes_needed > record.sample_size()) reader = {};
+  object->SetConverter(std::move(converter), reader);
+}
+
+}  // namespace traguardo

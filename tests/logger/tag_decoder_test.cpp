@@ -1,0 +1,158 @@
+#include "logger/tag_decoder.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "helpers/qlt_builder.h"
+
+namespace traguardo {
+namespace {
+
+using test::Bytes;
+using test::bytes_of;
+using test::operator+;
+
+class Recorder : public IExternalHelper {
+ public:
+  bool OnTag(const SAtomTag& tag) override {
+    log += "<" + tag.name + ">";
+    return tag.name != stop_at;
+  }
+  u32 OnUntaggedBytes(const u8* buffer, u32, u32 offset) override {
+    log += static_cast<char>(buffer[offset]);
+    return buffer[offset] == '!' ? kStopWalk : 1;
+  }
+  std::string log;
+  std::string stop_at = "none";
+};
+
+std::string walk(const Bytes& bytes, bool* finished = nullptr, const std::string& stop_at = "none") {
+  CAtomTagDecoder decoder;
+  Recorder recorder;
+  recorder.stop_at = stop_at;
+  const bool whole = decoder.ParseAll(bytes.data(), static_cast<u32>(bytes.size()), recorder);
+  if (finished != nullptr) *finished = whole;
+  return recorder.log;
+}
+
+Bytes with(Bytes bytes, std::size_t at, u8 value) {
+  bytes[at] = value;
+  return bytes;
+}
+
+TEST(TagDecoder, BelievesOnlyWhatMarksAndChecksumConfirm) {
+  const Bytes good = test::tag("ABC", "payload");
+  const std::size_t closing = 12 + 7;
+  struct Case {
+    const char* name;
+    Bytes bytes;
+    bool is_tag;
+  };
+  const Case cases[] = {
+      {"as it is", good, true},
+      {"version plays no part", with(good, 10, 9), true},
+      {"payload byte altered", with(good, 13, 'X'), false},
+      {"checksum altered", with(good, closing + 5, 0), false},
+      {"no <", with(good, 0, 'x'), false},
+      {"no h", with(good, 1, 'x'), false},
+      {"no > of the opening", with(good, 11, 'x'), false},
+      {"no < of the closing", with(good, closing, 'x'), false},
+      {"no > of the closing", with(good, closing + 7, 'x'), false},
+      {"another name in the closing", with(good, closing + 1, 'X'), false},
+      {"bytes behind a name's NUL don't count", with(with(good, 5, 0), closing + 4, 'Z'), false},
+      {"size past the end", with(good, 6, 200), false},
+      {"size that wraps", with(with(with(with(good, 6, 0xFF), 7, 0xFF), 8, 0xFF), 9, 0xFF), false},
+  };
+  for (const Case& c : cases) {
+    CAtomTagDecoder decoder;
+    SAtomTag tag;
+    const Bytes padded = c.bytes + Bytes(21);
+    EXPECT_EQ(decoder.NextTag(padded.data(), static_cast<u32>(padded.size()), tag, 0) != 0, c.is_tag) << c.name;
+  }
+}
+
+TEST(TagDecoder, SeesNoTagThatBeginsInTheLastTwentyBytes) {
+  const Bytes empty = test::tag("ABC", Bytes{});
+  ASSERT_EQ(empty.size(), 20U);
+  EXPECT_EQ(walk(empty), "");
+  EXPECT_EQ(walk(empty + Bytes{'x'}), "<ABC>");
+  EXPECT_EQ(walk(Bytes{'x'} + empty), "x") << "at offset 1 of 21 bytes it begins too late";
+}
+
+TEST(TagDecoder, FindsATagInsideABrokenOne) {
+  Bytes outer = test::tag("OUT", bytes_of("..") + test::tag("IN", "x") + bytes_of(".."));
+  EXPECT_EQ(walk(outer + Bytes(21)).substr(0, 5), "<OUT>");
+  outer[12] = '!' + 1;  // another payload byte: the checksum no longer fits
+  const std::string log = walk(outer + Bytes(21));
+  EXPECT_NE(log.find("<IN>"), std::string::npos) << log;
+  EXPECT_EQ(log.find("<OUT>"), std::string::npos) << log;
+}
+
+TEST(TagDecoder, WalkEndsWhenTheHelperSaysSo) {
+  bool finished = true;
+  const Bytes bytes = test::tag("A", "1") + bytes_of("ab!cd") + test::tag("B", "2") + Bytes(21);
+  EXPECT_EQ(walk(bytes, &finished), "<A>ab!");
+  EXPECT_FALSE(finished);
+  EXPECT_EQ(walk(test::tag("A", "1") + test::tag("B", "2") + Bytes(21), &finished, "A"), "<A>");
+  EXPECT_FALSE(finished);
+}
+
+TEST(TagDecoder, ListsAndFindsByName) {
+  const Bytes bytes = bytes_of("junk") + test::tag("A", "one") + test::tag("B", "two") + bytes_of("<h<h") +
+                      test::tag("A", "three") + test::tag("TRK ", "four") + Bytes(21);
+  const u32 size = static_cast<u32>(bytes.size());
+  CAtomTagDecoder decoder;
+  std::list<SAtomTag> all;
+  decoder.ListAllTags(bytes.data(), size, all);
+  EXPECT_EQ(all.size(), 4U);
+  std::vector<SAtomTag> named;
+  decoder.VectorTagsNamed(bytes.data(), size, {"A", "TRK"}, named);
+  ASSERT_EQ(named.size(), 2U) << "TRK is another name than TRK and a blank";
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(named[1].payload), named[1].payloadSize), "three");
+  std::vector<u8> payload;
+  u8 version = 0;
+  const u32 behind = decoder.FindNamedTag(bytes.data(), size, "A", payload, &version, 5);
+  EXPECT_EQ(std::string(payload.begin(), payload.end()), "three");
+  EXPECT_EQ(decoder.FindNamedTag(bytes.data(), size, "A", payload, &version, behind), 0U);
+  SAtomTag tag;
+  EXPECT_NE(decoder.NextTagNamed(bytes.data(), size, {"B"}, tag, 0), 0U);
+  EXPECT_EQ(tag.name, "B");
+}
+
+TEST(TagDecoder, ExactTagWantsNameAndSize) {
+  const Bytes bytes = test::tag("A", "1234", 7) + Bytes(1);
+  const u32 size = static_cast<u32>(bytes.size());
+  CAtomTagDecoder decoder;
+  u8 out[4] = {};
+  u8 version = 0;
+  EXPECT_TRUE(decoder.DecodeExactTag(bytes.data(), size, "A", out, 4, &version));
+  EXPECT_EQ(version, 7);
+  EXPECT_EQ(out[3], '4');
+  EXPECT_FALSE(decoder.DecodeExactTag(bytes.data(), size, "A", out, 3, &version));
+  EXPECT_FALSE(decoder.DecodeExactTag(bytes.data(), size, "B", out, 4, &version));
+  EXPECT_FALSE(decoder.DecodeExactTag(bytes.data(), 20, "A", out, 4, &version));
+}
+
+// Large payloads are summed by blocks; the sums must be those of the bytes, at every alignment.
+TEST(TagDecoder, SumsLargePayloadsLikeSmallOnes) {
+  std::mt19937 random(3);
+  for (int i = 0; i < 40; ++i) {
+    Bytes payload(random() % 60000);
+    for (u8& byte : payload) byte = static_cast<u8>(random());
+    const Bytes before(random() % 5000, 'x');
+    Bytes bytes = before + test::tag("BIG", payload) + Bytes(21);
+    CAtomTagDecoder decoder;
+    std::list<SAtomTag> tags;
+    decoder.ListTagsNamed(bytes.data(), static_cast<u32>(bytes.size()), {"BIG"}, tags);
+    ASSERT_EQ(tags.size(), 1U);
+    bytes[before.size() + 12 + payload.size() / 2] ^= 1;
+    if (payload.empty()) continue;
+    tags.clear();
+    decoder.ListTagsNamed(bytes.data(), static_cast<u32>(bytes.size()), {"BIG"}, tags);
+    ASSERT_TRUE(tags.empty());
+  }
+}
+
+}  // namespace
+}  // namespace traguardo
