@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bitset>
 #include <cmath>
+#include <map>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -93,9 +94,12 @@ void CWMP::limit_logged_counts() {
 void CWMP::set_derived_counts() {
   for (std::size_t i = logged_count_; i < channels_.size(); ++i) channels_[i].set_sample_count(0);
   u64 left = derived_budget_left();
+  std::map<u32, u64> counts;  // by frequency: thousands of channels share a dozen
   for (std::size_t i = logged_count_; i < channels_.size(); ++i) {
     const u32 frequency = sample_rate_of(channels_[i].rate_index()).frequency_hz;
-    const u64 count = std::min<u64>(derived_sample_count(frequency), left);
+    const auto [known, is_new] = counts.try_emplace(frequency, 0);
+    if (is_new) known->second = derived_sample_count(frequency);
+    const u64 count = std::min(known->second, left);
     channels_[i].set_sample_count(static_cast<u32>(count));
     left -= count;
   }

@@ -2,12 +2,13 @@
 #include <cstdio>
 #include <new>
 
-#include "legacy/run_calculators.h"
+#include "legacy/regulation_view.h"
 #include "legacy/session_texts.h"
 #include "legacy/wmp_measure.h"
 #include "legacy/wmp_messages.h"
 #include "legacy/wmp_session.h"
 #include "math/math_channel_manager.h"
+#include "regulation/calculator.h"
 #include "units/user_units_manager.h"
 
 namespace traguardo {
@@ -41,6 +42,8 @@ CWMP::~CWMP() = default;
 bool CWMP::ApriFile(const std::wstring& path, bool tables_first, bool load_samples, bool raw_only, u32* error,
                     const CalculationOptions* options, i32 mode) {
   *error = kMsgAllOk;
+  options_ = options;
+  mode_ = mode;
   clear_all();
   speed_scale_ = static_cast<float>(units_->GetInverseSpeedFactor());
   copy_beside(path);
@@ -62,7 +65,7 @@ bool CWMP::ApriFile(const std::wstring& path, bool tables_first, bool load_sampl
   if (!run_version_reader(path, false, error)) return refuse(*error, error);
   fix_unit_texts();
   check_reference_speed();
-  convert_everything(raw_only, options, mode);
+  convert_everything(raw_only);
   return true;
 }
 
@@ -85,6 +88,7 @@ void CWMP::clear_all() {
 
 void CWMP::clear_tables() {
   calculators_.reset();
+  regulation_view_.reset();
   measures_.clear();
   channels_.clear();
   extensions_.clear();
@@ -230,8 +234,9 @@ bool CWMP::is_gps_speed(std::size_t index) const {
 }
 
 // Logged channels first, since every derived one may read any of them.
-void CWMP::convert_everything(bool raw_only, const CalculationOptions* options, i32 mode) {
-  calculators_ = std::make_unique<RunCalculators>(this, options, mode);
+void CWMP::convert_everything(bool raw_only) {
+  regulation_view_ = std::make_unique<RegulationView>(this);
+  calculators_ = std::make_unique<RegulationCalculator>(regulation_view_.get(), *options_, mode_);
   rebuild_measures();
   for (std::size_t i = 0; i < logged_count_; ++i) ConvertiCanale(i, raw_only);
   math_->LoadMathChannels();

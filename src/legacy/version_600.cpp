@@ -42,7 +42,8 @@ bool CWMP::read_block_form(const std::wstring& path, bool tables_only, bool tell
   if (!read_channel_groups()) return fail_reading(kMsgChecksum, error);
   normalise_tables();
   if (tells_log) {
-    TRAGUARDO_LOG("CWMP::ReadWampFileVers600", "%s [%d] INFO = \n%s\n\n", names_.test_name());
+    const std::string test_name = names_.test_name();
+    TRAGUARDO_LOG("CWMP::ReadWampFileVers600", "%s [%d] INFO = \n%s\n\n", test_name);
   }
   if (!read_lap_groups()) return fail_reading(kMsgChecksum, error);
   if (tells_log) log_laps();

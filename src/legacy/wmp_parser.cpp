@@ -83,7 +83,7 @@ bool CParserWMP::parse(IProgress* progress) {
   // Each one borrows from those above it, and goes before them.
   CDBSensori data_base;
   CSensori sensors(units, &data_base);
-  const CalculationOptions options;
+  const CalculationOptions options{};
   CGestMathChan math(*units, executable->GetCartellaW());
   CWMP session(executable->GetCartellaW(), &options, &sensors, &math, kNoCalibratedDistance);
 

@@ -26,7 +26,8 @@ class CGestMathChan;
 class CSensori;
 class CWMPMisura;
 class IUserUnitOfMeasureManager;
-class RunCalculators;
+class RegulationCalculator;
+class RegulationView;
 struct CalculationOptions;
 struct SMathChannel;
 
@@ -165,8 +166,8 @@ class CWMP : public CFileWMP, public CFiltri {
 
   // The length of the file as it would be written, into the header.
   void update_file_length();
-  // The calculators are told that the channel table, or the distance table, has changed.
-  RunCalculators* calculators() const { return calculators_.get(); }
+  // From the first conversion on. They keep nothing of the channel table from call to call.
+  RegulationCalculator* calculators() const { return calculators_.get(); }
 
   // --- Version readers
   // Each reads the whole file again from `path`. tables_only: no samples. False with a code in `error`.
@@ -190,7 +191,7 @@ class CWMP : public CFileWMP, public CFiltri {
   void fix_unit_texts();
   void check_reference_speed();
   bool is_gps_speed(std::size_t index) const;
-  void convert_everything(bool raw_only, const CalculationOptions* options, i32 mode);
+  void convert_everything(bool raw_only);
 
   // --- What version readers share (version_*.cpp)
   bool reopen(const std::wstring& path, u32* error);
@@ -279,7 +280,8 @@ class CWMP : public CFileWMP, public CFiltri {
   std::vector<WmpRun> runs_;
   std::vector<WmpRunBestLaps> run_best_laps_;
   std::vector<std::unique_ptr<CWMPMisura>> measures_;
-  std::unique_ptr<RunCalculators> calculators_;
+  std::unique_ptr<RegulationView> regulation_view_;
+  std::unique_ptr<RegulationCalculator> calculators_;  // sees this session through the view
 
   // The samples. first_sample_[i] is where channel i begins, in both areas.
   std::vector<u16> raw_area_;
