@@ -137,7 +137,6 @@ CConverter::CConverter(const ChannelRecord& record, u32 fid, const UnitOfMeasure
   reader_ = {field.reader.value, unit.scale, unit.offset, static_cast<u32>(std::min(field.byte_offset, kHighest)),
              static_cast<u32>(std::min(value_end, kHighest))};
   status_reader_ = field.reader.with_status;
-  // Longer than any sample can be: every value is read from behind the end.
   is_short_ = value_end > sample_size_ && IsValido();
 
   text_ = text_of_format(field.format);

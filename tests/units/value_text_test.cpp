@@ -195,9 +195,9 @@ TEST(ValueText, OfTimingFields) {
 }
 
 TEST(ValueText, SubChannelsOfATimingPacket) {
-  const u32 packet = fid::make(FID_PHI_PACKAGE, FID_DETTAGLI_MYLAPS_LAPTIME);
-  const auto check = [packet](i32 format, const std::vector<u8>& sample, u32 fid, float value, const wchar_t* text) {
-    CConverter converter(make_record(packet, format, 12), fid, {"", 1, 0, 0, 0, 0}, 0, {});
+  constexpr u32 kPacket = fid::make(FID_PHI_PACKAGE, FID_DETTAGLI_MYLAPS_LAPTIME);
+  const auto check = [](i32 format, const std::vector<u8>& sample, u32 fid, float value, const wchar_t* text) {
+    CConverter converter(make_record(kPacket, format, 12), fid, {"", 1, 0, 0, 0, 0}, 0, {});
     std::wstring out;
     EXPECT_TRUE(converter.ConvertiTesto(sample.data(), &out)) << std::hex << fid;
     EXPECT_EQ(out, text) << std::hex << fid;
