@@ -1,6 +1,6 @@
 // Random formulas out of the grammar, and a second way to compute them: a plain walk over the tree that the formula was
-// written from, with operations by name and in single precision at the same places. The property test and the fuzzer hold
-// the interpreter against it.
+// written from, with operations by name and in single precision at the same places. The property test and the fuzzer
+// hold the interpreter against it.
 #pragma once
 
 #include <algorithm>
@@ -123,7 +123,7 @@ class FormulaGenerator {
     }
   }
   FormulaNode number() {
-    static const char* const kTexts[] = {"0", "1", "2",    "0.5",   ".25", "3.",       "10",        "100",
+    static const char* const kTexts[] = {"0", "1", "2",    "0.5",   ".25",   "3.",       "10",         "100",
                                          "6", "7", "1500", "0.001", "9.806", "16777217", "4294967295", "0.1.2"};
     std::string text = kTexts[choices_(16)];
     if (chance(4)) text = std::to_string(choices_(100000)) + "." + std::to_string(choices_(100000));
@@ -143,12 +143,12 @@ class FormulaGenerator {
       int parameters;
     };
     static const Signature kFunctions[] = {
-        {"sqrt", 1},      {"exp", 1},       {"log", 1},     {"ln", 1},         {"sin", 1},          {"cos", 1},
-        {"tan", 1},       {"asin", 1},      {"acos", 1},    {"atan", 1},       {"abs", 1},          {"deriv", 1},
-        {"integ", 1},     {"lap_integ", 1}, {"min", 2},     {"med", 2},        {"max", 2},          {"high_pass", 2},
-        {"low_pass", 2},  {"band_pass", 3}, {"bit_and", 2}, {"bit_or", 2},     {"bit_xor", 2},      {"time", 0},
-        {"gear", 4},      {"slip", 2},      {"GT", 2},      {"bike_angle", 2}, {"bike_acclat", 2}, {"bike_cornrad", 2},
-        {"GE", 2},        {"LT", 2},        {"LE", 2},      {"EQ", 2},         {"NE", 2},           {"IF", 3},
+        {"sqrt", 1},     {"exp", 1},       {"log", 1},     {"ln", 1},         {"sin", 1},         {"cos", 1},
+        {"tan", 1},      {"asin", 1},      {"acos", 1},    {"atan", 1},       {"abs", 1},         {"deriv", 1},
+        {"integ", 1},    {"lap_integ", 1}, {"min", 2},     {"med", 2},        {"max", 2},         {"high_pass", 2},
+        {"low_pass", 2}, {"band_pass", 3}, {"bit_and", 2}, {"bit_or", 2},     {"bit_xor", 2},     {"time", 0},
+        {"gear", 4},     {"slip", 2},      {"GT", 2},      {"bike_angle", 2}, {"bike_acclat", 2}, {"bike_cornrad", 2},
+        {"GE", 2},       {"LT", 2},        {"LE", 2},      {"EQ", 2},         {"NE", 2},          {"IF", 3},
         {"atan2", 2}};
     const Signature& chosen = kFunctions[choices_(37)];
     FormulaNode node;
@@ -191,8 +191,7 @@ class FormulaReference {
       std::size_t lap = 0;
       for (index_ = 0; index_ < result.size(); ++index_) {
         const double time_ms = static_cast<double>(index_ + 1) * target_.period_ms;
-        if (lap + 1 < session_.laps.size() &&
-            time_ms > session_.laps[lap].start_ms + session_.laps[lap].duration_ms) {
+        if (lap + 1 < session_.laps.size() && time_ms > session_.laps[lap].start_ms + session_.laps[lap].duration_ms) {
           ++lap;
           each_node(tree_, [](FormulaNode& node) {
             if (node.what == "lap_integ" || node.what == "time") node.memory = 0.0F;
@@ -260,7 +259,7 @@ class FormulaReference {
   static float acclat(float speed, float gyro) { return (gyro * 6.28F / 360.0F) * (speed / 3.6F) / 9.806F; }
   static float lean(float speed, float gyro) {
     const float u = std::atan(acclat(speed, gyro)) * 360.0F / 6.28F;
-    const float p = u < 0.0F ? -u : u;
+    const float p = std::fabs(u);
     double y = 2.339e-7 * static_cast<double>(std::pow(p, 5.0F));
     y -= 5.105e-5 * static_cast<double>(std::pow(p, 4.0F));
     y += 0.003449 * static_cast<double>(std::pow(p, 3.0F));
@@ -281,7 +280,8 @@ class FormulaReference {
   float apply(FormulaNode& node, const std::vector<float>& v) {
     using Plain = std::function<float(const std::vector<float>&)>;
     static const auto in_double = [](double (*function)(double)) -> Plain {
-      return [function](const std::vector<float>& x) { return static_cast<float>(function(static_cast<double>(x[0]))); };
+      return
+          [function](const std::vector<float>& x) { return static_cast<float>(function(static_cast<double>(x[0]))); };
     };
     static const std::map<std::string, Plain> kPlain = {
         {"+", [](const auto& x) { return x[0] + x[1]; }},
@@ -365,8 +365,8 @@ class FormulaReference {
     return static_cast<float>(number);
   }
 
-  // A bin is a peak if it has samples, more than its right neighbour and no fewer than its left one; bin 0 never is. The
-  // highest peaks, the lower bin first among equals, are the gears; bin 0 stands in for those that are missing.
+  // A bin is a peak if it has samples, more than its right neighbour and no fewer than its left one; bin 0 never is.
+  // The highest peaks, the lower bin first among equals, are the gears; bin 0 stands in for those that are missing.
   static void find_centres(FormulaNode& node) {
     if (node.what != "gear") return;
     struct Peak {
@@ -384,7 +384,8 @@ class FormulaReference {
     std::stable_sort(peaks.begin(), peaks.end(), [](const Peak& a, const Peak& b) { return a.count > b.count; });
     const i64 wanted = std::clamp<i64>(node.last_gear - node.first_gear + 1, 0, 10);
     std::vector<std::size_t> bins;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(wanted); ++i) bins.push_back(i < peaks.size() ? peaks[i].bin : 0);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(wanted); ++i)
+      bins.push_back(i < peaks.size() ? peaks[i].bin : 0);
     std::sort(bins.begin(), bins.end());
     bins.resize(10, 0);
     node.centres.clear();

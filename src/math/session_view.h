@@ -1,0 +1,46 @@
+// What a formula sees of a session. The legacy reader and the command-line tool each put their session behind it.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+
+#include "support/bytes.h"
+
+namespace traguardo {
+
+struct SMathLap {
+  double start_ms = 0.0;
+  double duration_ms = 0.0;
+};
+
+class IMathSession {
+ public:
+  virtual ~IMathSession() = default;
+
+  // The channels that a formula can name, by index. Of equal names the first one counts.
+  virtual std::size_t ChannelCount() const = 0;
+  virtual std::string_view ChannelName(std::size_t index) const = 0;
+
+  // The channel to compute. Its index may be one that no formula can name (ChannelCount() or above), where the session
+  // gives such an index a meaning.
+  virtual std::string_view Formula(std::size_t target) const = 0;
+  // Above 0. Whole in a legacy session, not always elsewhere.
+  virtual double PeriodMs(std::size_t target) const = 0;
+  virtual u32 FrequencyHz(std::size_t target) const = 0;
+  // Where the values go; as many as the target has samples.
+  virtual std::span<float> Samples(std::size_t target) = 0;
+
+  // In time order; starts and ends on the axis on which the first sample stands at 0. May be none.
+  virtual std::size_t LapCount() const = 0;
+  virtual SMathLap Lap(std::size_t index) const = 0;
+
+  // Channel `source` on the grid of the target, one value per element of `out`. Behind the source's end it reads 0.0.
+  virtual void FillInput(std::size_t source, std::size_t target, std::span<float> out) = 0;
+};
+
+// The usual way to fill an input: samples at whole multiples of their period, copied where the periods are equal, else
+// interpolated between neighbours in single precision; 0.0 behind the last sample. A period of 0 reads 0.0 throughout.
+void resample_linear(std::span<const float> source, u32 source_period_ms, u32 target_period_ms, std::span<float> out);
+
+}  // namespace traguardo

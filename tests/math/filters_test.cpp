@@ -1,0 +1,229 @@
+#include "math/filters.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <random>
+#include <vector>
+
+#include "helpers/formula_reference.h"
+#include "math/frequency_utils.h"
+
+namespace traguardo {
+namespace {
+
+std::vector<float> noise(std::size_t count, u32 seed) {
+  std::mt19937 random(seed);
+  std::vector<float> values(count);
+  for (float& value : values) value = static_cast<float>(random() % 20001) * 0.01F - 60.0F;
+  return values;
+}
+
+void expect_same(const std::vector<float>& values, const std::vector<float>& expected) {
+  ASSERT_EQ(values.size(), expected.size());
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    ASSERT_TRUE(test::same_value(values[i], expected[i])) << i << ": " << values[i] << ' ' << expected[i];
+  }
+}
+
+// Both halves of the filter written out: the sum itself and the search for its delay.
+std::vector<float> fir_by_direct_sums(const std::vector<float>& v) {
+  const float raw[] = {0.00424066F, 0.02649283F,  0.01765185F,  -0.07147145F, -0.03242356F, 0.3044619F, 0.53965306F,
+                       0.3044619F,  -0.03242356F, -0.07147145F, 0.01765185F,  0.02649283F,  0.00424066F};
+  const std::size_t n = v.size();
+  std::vector<float> o = v;
+  for (std::size_t i = 13; i < n; ++i) {
+    o[i] = 0.0F;
+    for (std::size_t j = 0; j <= 12; ++j) o[i] += raw[j] / 1.0375574F * v[i - j];
+  }
+  std::size_t shift = 0;
+  float best = 0.0F;
+  for (std::size_t s = 0; s <= 12; ++s) {
+    float sum = 0.0F;
+    for (std::size_t j = 0; j <= n - 14; ++j) sum += o[j + s] * v[j];
+    if (sum > best) {
+      best = sum;
+      shift = s;
+    }
+  }
+  for (std::size_t i = 0; i < n; ++i) o[i] = i + shift < n ? o[i + shift] : o[n - shift - 1];
+  return o;
+}
+
+TEST(Filters, FirIsTheDirectSumMovedByItsDelay) {
+  for (const std::size_t count : {15U, 16U, 27U, 300U}) {
+    for (u32 seed = 0; seed < 8; ++seed) {
+      std::vector<float> values = noise(count, seed);
+      const std::vector<float> expected = fir_by_direct_sums(values);
+      CFiltri::FiltraFir(values.data(), values.size());
+      expect_same(values, expected);
+    }
+  }
+}
+
+TEST(Filters, FirLeavesShortAndConstantChannelsAsTheyAre) {
+  std::vector<float> shortest = noise(14, 1);
+  const std::vector<float> before = shortest;
+  CFiltri::FiltraFir(shortest.data(), shortest.size());
+  expect_same(shortest, before);
+  // All shifts correlate alike but for rounding; the interior is the constant whatever the shift.
+  std::vector<float> constant(60, 2.5F);
+  CFiltri::FiltraFir(constant.data(), constant.size());
+  for (const float value : constant) EXPECT_NEAR(value, 2.5F, 1e-5F);
+  // No shift correlates: values of zero stay.
+  std::vector<float> zeros(30, 0.0F);
+  CFiltri::FiltraFir(zeros.data(), zeros.size());
+  expect_same(zeros, std::vector<float>(30, 0.0F));
+}
+
+TEST(Filters, FirKeepsASlowWaveInItsPlace) {
+  std::vector<float> values(400);
+  for (std::size_t i = 0; i < values.size(); ++i) values[i] = 100.0F + std::sin(static_cast<float>(i) * 0.05F);
+  for (float& value : values) value -= 100.0F;
+  const std::vector<float> before = values;
+  CFiltri::FiltraFir(values.data(), values.size());
+  for (std::size_t i = 20; i < 380; ++i) EXPECT_NEAR(values[i], before[i], 2e-3F) << i;
+}
+
+TEST(Filters, MovingAverageIsTheMeanOfItsNeighbourhood) {
+  const auto averaged = [](std::vector<float> values, std::size_t half_width) {
+    CFiltri::MediaMobile(values.data(), values.size(), half_width);
+    return values;
+  };
+  EXPECT_EQ(averaged({1, 2, 3, 4}, 1), (std::vector<float>{1, 2, 3, 4}));
+  EXPECT_EQ(averaged({1, 5, 3, 7, 2}, 1), (std::vector<float>{1, 3, 5, 4, 2}));
+  EXPECT_EQ(averaged({9, 1, 1, 9}, 3), (std::vector<float>{9, 1, 1, 9}));
+  EXPECT_EQ(averaged({9, 1, 1, 9}, 2), (std::vector<float>{9, 1, 1, 9}));
+  EXPECT_EQ(averaged({3, 0}, 1), (std::vector<float>{3, 0}));
+  EXPECT_EQ(averaged({}, 0), std::vector<float>{});
+  for (const std::size_t half_width : {0U, 1U, 2U, 7U, 50U}) {
+    for (const std::size_t count : {1U, 3U, 17U, 33U, 101U, 102U, 400U}) {
+      const std::vector<float> values = noise(count, static_cast<u32>(count + half_width));
+      std::vector<float> expected = values;
+      for (std::size_t i = half_width; count >= half_width + 2 && i + half_width < count; ++i) {
+        float sum = 0.0F;
+        for (std::size_t j = i - half_width; j <= i + half_width; ++j) sum += values[j];
+        expected[i] = sum / static_cast<float>(2 * half_width + 1);
+      }
+      expect_same(averaged(values, half_width), expected);
+    }
+  }
+}
+
+TEST(Filters, ClippingReplacesAndThenAverages) {
+  std::vector<float> values = {3, 100, 3, -100, 6, 6};
+  CFiltri::TagliaEMedia(values.data(), values.size(), -10, 10, 0, 1);
+  expect_same(values, {3, 2, 1, 3, 4, 6});
+}
+
+TEST(Filters, GenericFiltersAddToWhatIsThere) {
+  const std::vector<float> in = {1, 2, 3, 4, 5};
+  const float taps[] = {2, -1};
+  std::vector<float> out(5, 10.0F);
+  CFiltri::FirGenerico(in.data(), 5, out.data(), taps, 2);
+  expect_same(out, {1, 2, 14, 15, 16});  // 10 + 2 * 3 - 2, and so on.
+
+  // y[i] = x[i] + 0.5 * y[i - 1], from what the copies leave.
+  const float b[] = {1, 0};
+  const float a[] = {0, -0.5F};
+  out.assign(5, 0.0F);
+  CFiltri::IirGenerico(in.data(), 5, out.data(), b, a, 2);
+  expect_same(out, {1, 2, 4, 6, 8});
+
+  out.assign(5, 10.0F);
+  CFiltri::FirGenerico(in.data(), 5, out.data(), taps, 9);
+  expect_same(out, in);
+}
+
+// The squared gain of a Butterworth low pass is 1 / (1 + (tan(pi f / fs) / tan(pi fc / fs)) ^ (2 order)).
+TEST(Filters, ButterworthHasItsFrequencyResponse) {
+  constexpr double kRate = 100.0;
+  for (const u32 order : {2U, 4U, 6U}) {
+    for (const double cut_off : {5.0, 12.0, 30.0}) {
+      for (const double frequency : {1.0, 5.0, 12.0, 20.0, 40.0}) {
+        constexpr std::size_t kCount = 2000;
+        std::vector<float> values(kCount);
+        const auto phase = [frequency](std::size_t i) {
+          return 2.0 * std::numbers::pi * frequency / kRate * static_cast<double>(i);
+        };
+        for (std::size_t i = 0; i < kCount; ++i) values[i] = static_cast<float>(std::sin(phase(i)));
+        CFiltri::PassaBasso(values.data(), kCount, static_cast<float>(kRate), static_cast<float>(cut_off), order);
+        // Amplitude over whole periods, behind the transient.
+        double in_phase = 0.0;
+        double quadrature = 0.0;
+        for (std::size_t i = 1000; i < kCount; ++i) {
+          in_phase += static_cast<double>(values[i]) * std::sin(phase(i)) / 500.0;
+          quadrature += static_cast<double>(values[i]) * std::cos(phase(i)) / 500.0;
+        }
+        const double ratio =
+            std::tan(std::numbers::pi * frequency / kRate) / std::tan(std::numbers::pi * cut_off / kRate);
+        const double gain = 1.0 / std::sqrt(1.0 + std::pow(ratio, 2.0 * order));
+        EXPECT_NEAR(std::hypot(in_phase, quadrature), gain, 2e-4) << order << ' ' << cut_off << ' ' << frequency;
+      }
+    }
+  }
+}
+
+TEST(Filters, ButterworthNeedsACutOffBelowHalfTheRate) {
+  const std::vector<float> before = noise(20, 3);
+  for (const float cut_off : {50.0F, 60.0F, NAN}) {
+    std::vector<float> values = before;
+    CFiltri::PassaBasso(values.data(), values.size(), 100.0F, cut_off, 2);
+    expect_same(values, before);
+  }
+  std::vector<float> two = {1, 2};
+  CFiltri::PassaBasso(two.data(), two.size(), 100.0F, 10.0F, 4);
+  expect_same(two, {1, 2});
+}
+
+TEST(Filters, PeaksAreTakenOutAndTheRestStays) {
+  std::vector<float> clean(40);
+  for (std::size_t i = 0; i < clean.size(); ++i) {
+    const float x = static_cast<float>(i);
+    clean[i] = 3.0F + 0.5F * x - 0.01F * x * x + (i % 2 == 0 ? 0.05F : -0.05F);
+  }
+  std::vector<float> values = clean;
+  values[17] += 50.0F;
+  CFiltri::RimuoviPicchi(values.data(), values.size(), 9, 2, 5.0F);
+  for (std::size_t i = 0; i < clean.size(); ++i) {
+    if (i == 17) continue;
+    EXPECT_EQ(values[i], clean[i]) << i;
+  }
+  // The outlier becomes the fit through its neighbours, which it still pulls on.
+  EXPECT_LT(std::fabs(values[17] - clean[17]), 25.0F);
+  EXPECT_NE(values[17], clean[17] + 50.0F);
+
+  for (const std::size_t window : {0U, 1U, 3U, 40U, 41U}) {  // Too few values around one, or too few in all.
+    std::vector<float> spike = clean;
+    spike[17] += 50.0F;
+    const std::vector<float> before = spike;
+    CFiltri::RimuoviPicchi(spike.data(), spike.size(), window, 2, 0.1F);
+    expect_same(spike, before);
+  }
+}
+
+TEST(FrequencyCodes, TheHighestRateThatIsNotAbove) {
+  struct Case {
+    i16 hz;
+    bool found;
+    u16 code;
+    u16 period_ms;
+  };
+  const Case cases[] = {
+      {-5, true, 10, 32000}, {0, true, 10, 32000},    {1, true, 0, 1000},      {3, true, 1, 500},
+      {5, true, 9, 200},     {9, true, 12, 125},      {99, true, 4, 20},       {1000, true, 8, 1},
+      {999, true, 7, 2},     {1001, false, 65535, 0}, {2000, false, 65535, 0},
+  };
+  const CFreqUtils rates;
+  for (const Case& c : cases) {
+    u16 code = 1;
+    u16 period_ms = 1;
+    EXPECT_EQ(rates.FindRate(c.hz, &code, &period_ms), c.found) << c.hz;
+    EXPECT_EQ(code, c.code) << c.hz;
+    EXPECT_EQ(period_ms, c.period_ms) << c.hz;
+  }
+}
+
+}  // namespace
+}  // namespace traguardo

@@ -1,0 +1,161 @@
+#include "math/math_channel_manager.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "helpers/math_session.h"
+#include "units/user_units_manager.h"
+
+namespace traguardo {
+namespace {
+
+using test::MemoryMathSession;
+
+class MathChannels : public testing::Test {
+ protected:
+  CUserUnitsOfMeasureMgr units_;
+  CGestMathChan manager_{units_, L"C:/app"};
+  MemoryMathSession session_;
+
+  std::vector<float> compute(const std::string& formula, u32 period_ms, std::size_t count) {
+    const std::size_t target = session_.add("result", period_ms, std::vector<float>(count, -77.0F), formula);
+    EXPECT_TRUE(manager_.ComputeChannel(session_, target)) << formula;
+    return session_.channels[target].samples;
+  }
+};
+
+TEST_F(MathChannels, InputsComeOnTheGridOfTheTarget) {
+  session_.add("slow", 40, {0, 4, 2});
+  session_.add("fast", 5, {0, 1, 2, 3, 4, 5, 6});
+  session_.add("same", 10, {5, 6, 7});
+  EXPECT_EQ(compute("slow", 10, 12), (std::vector<float>{0, 1, 2, 3, 4, 3.5F, 3, 2.5F, 2, 0, 0, 0}));
+  EXPECT_EQ(compute("fast", 10, 6), (std::vector<float>{0, 2, 4, 6, 0, 0}));
+  EXPECT_EQ(compute("same", 10, 4), (std::vector<float>{5, 6, 7, 0}));
+  EXPECT_EQ(compute("same", 10, 2), (std::vector<float>{5, 6}));
+}
+
+TEST_F(MathChannels, AChannelNamedTwiceIsReadOnce) {
+  session_.add("a", 100, {1, 2});
+  session_.add("b", 100, {10, 20});
+  EXPECT_EQ(compute("b-a*b+a", 100, 2), (std::vector<float>{1, -18}));
+  EXPECT_EQ(session_.filled, (std::vector<std::size_t>{1, 0}));
+}
+
+TEST_F(MathChannels, TheFirstOfEqualNamesCountsAndLongNamesAreCut) {
+  session_.add(" twin", 100, {1});
+  session_.add("twin ", 100, {2});
+  session_.add("a name of more than 32 characters", 100, {3});
+  EXPECT_EQ(compute("twin", 100, 1), (std::vector<float>{1}));
+  EXPECT_EQ(compute("a name of more than 32 character", 100, 1), (std::vector<float>{3}));
+}
+
+// A channel that stands further back, or that is the target itself, gives what it holds.
+TEST_F(MathChannels, ATargetReadsItsOwnOldSamples) {
+  const std::size_t target = session_.add("self", 100, {1, 2, 3}, "self*2");
+  EXPECT_TRUE(manager_.ComputeChannel(session_, target));
+  EXPECT_EQ(session_.channels[target].samples, (std::vector<float>{2, 4, 6}));
+}
+
+TEST_F(MathChannels, FormulasThatFailLeaveTheSamplesAlone) {
+  session_.add("Speed", 100, {1});
+  const std::size_t target = session_.add("result", 100, {5, 5}, "Speed * KMH2MS");
+  EXPECT_FALSE(manager_.ComputeChannel(session_, target));
+  EXPECT_EQ(session_.channels[target].samples, (std::vector<float>{5, 5}));
+  // Nothing of the failed formula is left for the next one.
+  EXPECT_TRUE(manager_.ComputeFormula("Speed*2", session_, target));
+  MemoryMathSession other;
+  const std::size_t other_target = other.add("result", 100, {5});
+  EXPECT_EQ(manager_.ComputeFormula("Speed*2", other, other_target).code, 102);
+}
+
+TEST_F(MathChannels, NoSamplesAreNoFailure) {
+  session_.add("a", 100, {1, 2});
+  EXPECT_EQ(compute("gear(a,a,1,6)+slip(a,a)", 100, 0), std::vector<float>{});
+}
+
+// 4 Hz: two values on either side. Every pass smooths once more; without such a function inputs stay raw.
+TEST_F(MathChannels, SmoothedInputsOfTheFunctionsThatAskForIt) {
+  session_.add("gyro", 250, {0, 0, 0, 25, 0, 0, 0});
+  const std::vector<float> once = {0, 0, 5, 5, 5, 0, 0};
+  EXPECT_EQ(compute("gyro+0*bike_acclat(1,1)", 250, 7), once);
+  const std::vector<float> twice = {0, 0, 3, 3, 3, 0, 0};
+  EXPECT_EQ(compute("gyro+0*slip(1,1)", 250, 7), twice);
+  EXPECT_EQ(compute("gyro+0*deriv(1)", 250, 7), (std::vector<float>{0, 0, 0, 25, 0, 0, 0}));
+}
+
+TEST_F(MathChannels, TheResultBeginsWithTheFirstLap) {
+  session_.laps = {{200, 1000}};
+  session_.add("a", 100, {1, 2, 3, 4});
+  EXPECT_EQ(compute("a", 100, 4), (std::vector<float>{-77, -77, 1, 2}));
+  session_.laps = {{400, 1000}};
+  EXPECT_EQ(compute("a", 100, 4), (std::vector<float>{-77, -77, -77, -77}));
+  session_.laps = {{1e18, 1000}};
+  EXPECT_EQ(compute("a", 100, 4), (std::vector<float>{-77, -77, -77, -77}));
+}
+
+TEST_F(MathChannels, OutcomesSayWhatAndWhere) {
+  struct Case {
+    const char* formula;
+    i32 code;
+    u16 position;
+    std::size_t character;
+    const char* message;
+  };
+  session_.add("Speed #1", 100, {1});
+  const std::size_t target = session_.add("result", 100, {0});
+  const Case cases[] = {
+      {"Speed #1 * 2", 0, 4, 0, "Ok, the formule has been correctly interpreted"},
+      {"2 $ 3", 100, 2, 2, "Error: unknown symbol"},
+      {"Speed #1 * foo", 102, 2, 11, "Error: an identifier, a constant or a symbol is unknown"},
+      {"(Speed #1 + 2", 103, 4, 13, "Error: the open and closed brackets don't match"},
+      {"1 + max(2)", 105, 2, 4, "Error: the number of parameters of the function is not correct"},
+      {"sqrt * 2", 106, 1, 5, "Error: a closed bracket is needed"},
+      {"(1 2)", 107, 2, 3, "Error: expression closing brackets not found"},
+      {"Speed #1 +  ", 108, 2, 12, "Error: the element is not correct"},
+      {"max(1 (2), 3)", 109, 3, 6, "Error: a separation comma is needed"},
+      {"  ", 110, 0, 2, "Error: the formule string is empty"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.formula);
+    const FormulaOutcome outcome = manager_.ComputeFormula(c.formula, session_, target);
+    EXPECT_EQ(static_cast<bool>(outcome), c.code == 0);
+    EXPECT_EQ(outcome.code, c.code);
+    EXPECT_EQ(outcome.position, c.position);
+    EXPECT_EQ(outcome.character, c.character);
+    EXPECT_EQ(outcome.message, c.message);
+  }
+}
+
+TEST_F(MathChannels, MessagesAreLookedUpByCode) {
+  std::string text;
+  std::string identifier;
+  std::string table;
+  CGestMathChan::GetMessage(104, &text, &identifier, &table);
+  EXPECT_EQ(text, "Error: there is a closed bracket without an opened one        ");
+  EXPECT_EQ(identifier, "ID_MSGAPP_257");
+  EXPECT_EQ(table, "MSG_TABLE_MATH");
+  for (const i32 code : {111, 99, -1, 1}) {
+    CGestMathChan::GetMessage(code, &text, &identifier, nullptr);
+    EXPECT_EQ(identifier, "ID_MSGAPP_264") << code;
+    EXPECT_EQ(text, "General error: it is not possible to interpretate the formula ");
+  }
+}
+
+// Definitions are symbols behind the channels; one that is no channel of the session has no samples to give.
+TEST_F(MathChannels, DefinitionsAndConstantsOfTheStandardSet) {
+  EXPECT_EQ(manager_.MathChannelCount(), 0U);
+  manager_.Store().SetDefaults();
+  ASSERT_EQ(manager_.MathChannelCount(), 12U);
+  EXPECT_EQ(manager_.GetMathChannel(12), nullptr);
+  session_.add("Speed #1", 100, {36, 72});
+  EXPECT_FLOAT_EQ(compute("Speed #1 * KMH2MS", 100, 2)[1], 20.0F);
+  EXPECT_EQ(compute("ZEP_Gear + ZEP_Gear + 1", 100, 2), (std::vector<float>{1, 1}));
+  session_.add("ZEP_Gear", 100, {3, 4});
+  EXPECT_EQ(compute("ZEP_Gear + 1", 100, 2), (std::vector<float>{4, 5}));
+}
+
+}  // namespace
+}  // namespace traguardo

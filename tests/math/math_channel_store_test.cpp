@@ -1,0 +1,134 @@
+#include "math/math_channel_store.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "helpers/temp_folder.h"
+#include "math/math_tables.h"
+#include "math/tokenizer.h"
+
+namespace traguardo {
+namespace {
+
+class DefinitionFiles : public testing::Test {
+ protected:
+  test::TempFolder folder_;
+  std::vector<SMathChannel> channels_;
+  CTokenizer tokenizer_{254, "+-*/^(),. ", "_#", "+-*/^(),"};
+  CMathChanIni store_{channels_, tokenizer_, platform::path_from_host_bytes(folder_.path().string())};
+
+  void write_file(const std::string& name, const std::string& text) {
+    std::filesystem::create_directories(folder_.path() / "MATHCHANNELS");
+    folder_.write("MATHCHANNELS/" + name, text);
+  }
+};
+
+TEST_F(DefinitionFiles, PathsHaveBackslashes) {
+  const CMathChanIni store(channels_, tokenizer_, L"C:/app");
+  EXPECT_EQ(store.GetDefaultFilePath(), L"C:/app\\MATHCHANNELS\\ZEP_TWMATH_DEF.ZMC");
+  EXPECT_EQ(store.GetFilePath(L"mine.ZMC"), L"C:/app\\MATHCHANNELS\\mine.ZMC");
+  EXPECT_EQ(store.GetFilePath(L""), L"C:/app\\MATHCHANNELS");
+}
+
+TEST_F(DefinitionFiles, TheStandardSetTakesThePlaceOfWhatIsThere) {
+  channels_.resize(3);
+  tokenizer_.AddConstant("old", 1.0F);
+  store_.SetDefaults();
+  ASSERT_EQ(channels_.size(), 12U);
+  EXPECT_EQ(tokenizer_.ConstantCount(), 19U);
+  u16 index = 0;
+  EXPECT_EQ(tokenizer_.FindConstant("old", &index), kTokenTableEnd);
+  ASSERT_EQ(tokenizer_.FindConstant("ACCGRAV", &index), kTokenConstant);
+  EXPECT_EQ(tokenizer_.ConstantValue(index), 9.8065F);
+  for (const SMathChannel& channel : channels_) {
+    EXPECT_EQ(channel.enabled, 0);
+    EXPECT_EQ(channel.update_existing, 0);
+    EXPECT_EQ(channel.flags, (std::array<i32, 2>{0, 1}));
+    EXPECT_EQ(channel.filter_word, 0);
+    EXPECT_EQ(channel.channel_class, channel.name == "ZEP_Max_Speed" ? 3 : 1);
+    EXPECT_EQ(channel.frequency_code, 2);
+    EXPECT_EQ(channel.decimals, 2);
+  }
+  EXPECT_EQ(channels_[5].name, "ZEP_Gear");
+  EXPECT_EQ(channels_[5].formula, "gear(Engine, Speed #1, 1, 6)");
+  EXPECT_EQ(channels_[5].unit, "");
+}
+
+TEST_F(DefinitionFiles, WhatIsWrittenIsRead) {
+  store_.SetDefaults();
+  channels_[1].description = "two\nlines";
+  channels_[1].enabled = 1;
+  channels_[1].update_existing = 1;
+  channels_[1].filter_word = 65535;
+  channels_[1].frequency_code = 12;
+  channels_[1].decimals = -1;
+  tokenizer_.AddConstant("tiny", 1e-38F);
+  ASSERT_TRUE(store_.WriteDefinitions(L"mine.ZMC"));
+  EXPECT_TRUE(std::filesystem::exists(folder_.path() / "MATHCHANNELS" / "mine.ZMC"));
+
+  const std::vector<SMathChannel> written = channels_;
+  channels_.clear();
+  tokenizer_.ClearConstants();
+  ASSERT_TRUE(store_.ReadDefinitions(L"mine.ZMC"));
+  ASSERT_EQ(channels_.size(), 12U);
+  EXPECT_EQ(channels_[1].description, "two lines");
+  for (std::size_t i = 0; i < 12; ++i) {
+    EXPECT_EQ(channels_[i].name, written[i].name);
+    EXPECT_EQ(channels_[i].unit, written[i].unit);
+    EXPECT_EQ(channels_[i].enabled, written[i].enabled);
+    EXPECT_EQ(channels_[i].update_existing, written[i].update_existing);
+    EXPECT_EQ(channels_[i].flags, written[i].flags);
+    EXPECT_EQ(channels_[i].filter_word, written[i].filter_word);
+    EXPECT_EQ(channels_[i].channel_class, written[i].channel_class);
+    EXPECT_EQ(channels_[i].frequency_code, written[i].frequency_code);
+    EXPECT_EQ(channels_[i].display_minimum, written[i].display_minimum);
+    EXPECT_EQ(channels_[i].display_maximum, written[i].display_maximum);
+    EXPECT_EQ(channels_[i].formula, written[i].formula);
+    EXPECT_EQ(channels_[i].function, written[i].function);
+    EXPECT_EQ(channels_[i].sub_function, written[i].sub_function);
+    EXPECT_EQ(channels_[i].decimals, written[i].decimals);
+  }
+  ASSERT_EQ(tokenizer_.ConstantCount(), 20U);
+  EXPECT_EQ(tokenizer_.ConstantName(19), "tiny");
+  EXPECT_EQ(tokenizer_.ConstantValue(19), 1e-38F);
+  EXPECT_EQ(tokenizer_.ConstantValue(2), 0.2777778F);
+}
+
+TEST_F(DefinitionFiles, MissingAndForeignFilesChangeNothing) {
+  channels_.resize(2);
+  tokenizer_.AddConstant("mine", 1.0F);
+  EXPECT_TRUE(store_.ReadDefinitions(L"absent.ZMC"));
+  write_file("foreign.ZMC", std::string("\x02\0channel x\n", 12));
+  EXPECT_TRUE(store_.ReadDefinitions(L"foreign.ZMC"));
+  EXPECT_EQ(channels_.size(), 2U);
+  EXPECT_EQ(tokenizer_.ConstantCount(), 1U);
+}
+
+TEST_F(DefinitionFiles, LinesThatCannotBeReadLeaveTheDefaults) {
+  write_file("odd.ZMC",
+             "traguardo math channels 1\r\n"
+             "enabled 1\r\n"  // Before any definition.
+             "channel A name of more than nineteen characters\r\n"
+             "enabled one\r\nclass 70000\r\nfilter -1\r\nrange 5\r\nflags  7\r\ncolour red\r\n\r\n"
+             "function 9999999999 3\r\nunit longer than nine\r\n"
+             "channel");
+  EXPECT_TRUE(store_.ReadDefinitions(L"odd.ZMC"));
+  ASSERT_EQ(channels_.size(), 2U);
+  EXPECT_EQ(channels_[0].name, "A name of more than");
+  EXPECT_EQ(channels_[0].unit, "longer th");
+  EXPECT_EQ(channels_[0].enabled, 0);
+  EXPECT_EQ(channels_[0].channel_class, 1);
+  EXPECT_EQ(channels_[0].filter_word, 0);
+  EXPECT_EQ(channels_[0].display_minimum, 5.0F);
+  EXPECT_EQ(channels_[0].display_maximum, 0.0F);
+  EXPECT_EQ(channels_[0].flags, (std::array<i32, 2>{0, 7}));
+  EXPECT_EQ(channels_[0].function, 0);
+  EXPECT_EQ(channels_[0].sub_function, 3);
+  EXPECT_EQ(channels_[1].name, "");
+}
+
+}  // namespace
+}  // namespace traguardo

@@ -1,0 +1,260 @@
+#include "math/tokenizer.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "math/math_parser.h"
+
+namespace traguardo {
+namespace {
+
+class FormulaText : public testing::Test {
+ protected:
+  CTokenizer tokenizer_{254, "+-*/^(),. ", "_#", "+-*/^(),"};
+  CMathParser parser_{tokenizer_};
+  i32 code_ = -1;
+  u16 position_ = 9999;
+  u16 length_ = 9999;
+
+  void SetUp() override {
+    tokenizer_.AddSymbol(kTokenChannel, "Speed #1", 0);
+    tokenizer_.AddSymbol(kTokenChannel, " Linear Acc. ", 1);
+  }
+  bool tokenize(std::string_view text) { return tokenizer_.Tokenize(text, &code_, &position_, &length_); }
+  bool compile(std::string_view text) { return tokenize(text) && parser_.Compile(&code_, &position_); }
+};
+
+struct FailingText {
+  const char* text;
+  i32 code;
+  u16 position;
+};
+
+TEST_F(FormulaText, WhatIsWrongAndWhereItStands) {
+  const FailingText cases[] = {
+      // Characters: the position is one of the text.
+      {"1\t+2", 100, 1},
+      {"Speed #1;2", 100, 8},
+      {"1+2=3", 100, 3},
+      {"$", 100, 0},
+      {".", 100, 0},
+      {"1+.", 100, 2},
+      {"1 + ..*2", 100, 4},
+      // Names: the position is a token from here on.
+      {"1e5", 102, 1},
+      {"speed #1", 102, 0},
+      {"2*Speed", 102, 2},
+      {"sqrt 2", 102, 0},
+      {"KMH2MS*2", 102, 0},
+      {"(foo", 102, 1},
+      {"sqrt()+foo", 102, 4},
+      {"\xE9", 102, 0},
+      // Brackets: the end token's index.
+      {"(1", 103, 2},
+      {"1)", 103, 2},
+      {"sin(1", 103, 3},
+      {"sqrt(", 103, 2},
+      // Parameter counts: the function's index.
+      {"sqrt()", 105, 0},
+      {"sqrt(1,2)", 105, 0},
+      {"time(1)", 105, 0},
+      {"time", 105, 0},
+      {"max((1,2))", 105, 0},
+      {"max(1 2)", 105, 0},
+      {"max(1,2,3)", 105, 0},
+      {"1+max(1,sqrt())", 105, 6},
+      {"max)1(", 105, 0},
+      // Syntax.
+      {"", 110, 0},
+      {"    ", 110, 0},
+      {"sin", 106, 1},
+      {"sqrt*2", 106, 1},
+      {"(1 2)", 107, 2},
+      {"max((1,2),3)", 107, 4},
+      {"2*-3", 108, 2},
+      {"2^-1", 108, 2},
+      {")1(", 108, 0},
+      {"1+", 108, 2},
+      {"+1", 108, 0},
+      {"--1", 108, 1},
+      {"1---1", 108, 3},
+      {"()", 108, 1},
+      {"max(,1)", 108, 2},
+      {"max(1,)", 108, 4},
+      {"1,2)(", 0, 0},  // A complete expression stands before the comma.
+      {"max(1(2),3)", 109, 3},
+      {"IF(1,2(3),4)", 109, 5},
+  };
+  for (const FailingText& c : cases) {
+    SCOPED_TRACE(testing::Message() << '"' << c.text << '"');
+    if (c.code == 0) {
+      EXPECT_TRUE(compile(c.text));
+      continue;
+    }
+    EXPECT_FALSE(compile(c.text));
+    EXPECT_EQ(code_, c.code);
+    EXPECT_EQ(position_, c.position);
+  }
+}
+
+TEST_F(FormulaText, SuccessReportsTheNumberOfTokens) {
+  const std::pair<const char*, u16> cases[] = {
+      {"1", 2},   {"1.5+.5", 4}, {"time()", 4}, {"Speed #1 * 2", 4}, {" Speed #1 *2", 4}, {"-Linear Acc.^2", 5},
+      {"1 2", 3},
+  };
+  for (const auto& [text, tokens] : cases) {
+    SCOPED_TRACE(text);
+    EXPECT_TRUE(tokenize(text));
+    EXPECT_EQ(code_, 0);
+    EXPECT_EQ(position_, tokens);
+    EXPECT_EQ(length_, 1);
+    EXPECT_TRUE(parser_.Compile(&code_, &position_));
+    EXPECT_EQ(position_, tokens);
+  }
+}
+
+TEST_F(FormulaText, ABadNumberReportsItsLength) {
+  EXPECT_FALSE(tokenize("2*...+1"));
+  EXPECT_EQ(position_, 2);
+  EXPECT_EQ(length_, 3);
+}
+
+TEST_F(FormulaText, TokensKnowTheirPlaceCodeAndMeaning) {
+  ASSERT_TRUE(tokenize(" band_pass( Linear Acc. ,-1.25, 2)"));
+  const SMathToken expected[] = {
+      {83, 1, 9, 0, 3, 0.0F},   {3, 10, 10, 0, 0, 0.0F},   {51, 12, 22, 1, 0, 0.0F}, {2, 24, 24, 0, 0, 0.0F},
+      {33, 25, 25, 0, 0, 0.0F}, {17, 26, 29, 0, 0, 1.25F}, {2, 30, 30, 0, 0, 0.0F},  {17, 32, 32, 0, 0, 2.0F},
+      {4, 33, 33, 0, 0, 0.0F},  {1, 34, 34, 0, 0, 0.0F},
+  };
+  ASSERT_EQ(tokenizer_.TokenCount(), std::size(expected));
+  for (std::size_t i = 0; i < std::size(expected); ++i) {
+    SCOPED_TRACE(i);
+    const SMathToken* token = tokenizer_.GetToken(i, true);
+    ASSERT_NE(token, nullptr);
+    EXPECT_EQ(token->code, expected[i].code);
+    EXPECT_EQ(token->start, expected[i].start);
+    EXPECT_EQ(token->end, expected[i].end);
+    EXPECT_EQ(token->symbol, expected[i].symbol);
+    EXPECT_EQ(token->parameters, expected[i].parameters);
+    EXPECT_EQ(token->value, expected[i].value);
+  }
+  EXPECT_EQ(tokenizer_.GetToken(10, true), nullptr);
+  tokenizer_.ClearTokens();
+  EXPECT_EQ(tokenizer_.TokenCount(), 0U);
+}
+
+TEST_F(FormulaText, NumbersGoToASingleFloatAtOnce) {
+  const std::pair<std::string, float> cases[] = {
+      {"1.2.3", 1.2F},
+      {".5", 0.5F},
+      {"7.", 7.0F},
+      {"007", 7.0F},
+      // Halfway between two floats, and a hair above: by way of a double the hair is lost and the tie goes to even.
+      {"1.00000005960464477539062500000", 1.0F},
+      {"1.00000005960464477539062500001", 1.00000012F},
+      {std::string(60, '9'), INFINITY},
+      {"." + std::string(60, '0') + "1", 0.0F},
+      {std::string(60, '0') + ".5", 0.5F},
+  };
+  for (const auto& [text, value] : cases) {
+    SCOPED_TRACE(text);
+    ASSERT_TRUE(tokenize(text));
+    EXPECT_EQ(tokenizer_.GetToken(0, true)->value, value);
+  }
+}
+
+TEST_F(FormulaText, ConstantsHideSymbolsAndSymbolsHideFunctions) {
+  const auto first_code = [this] {
+    EXPECT_TRUE(tokenize("sin"));
+    return tokenizer_.GetToken(0, true)->code;
+  };
+  EXPECT_EQ(first_code(), 68);
+  tokenizer_.AddSymbol(kTokenMathChannel, "sin", 7);
+  EXPECT_EQ(first_code(), 52);
+  EXPECT_EQ(tokenizer_.GetToken(0, true)->symbol, 7);
+  tokenizer_.AddConstant("other", 1.0F);
+  tokenizer_.AddConstant("sin", 2.0F);
+  EXPECT_EQ(first_code(), 49);
+  EXPECT_EQ(tokenizer_.GetToken(0, true)->symbol, 1);
+  tokenizer_.ClearConstants();
+  tokenizer_.ClearSymbols();
+  EXPECT_EQ(first_code(), 68);
+}
+
+TEST_F(FormulaText, NamesAreCutAndTrimmedAndEndAtAnOperator) {
+  tokenizer_.AddSymbol(kTokenChannel, "a name of more than 32 characters", 2);
+  tokenizer_.AddSymbol(kTokenChannel, "In/Out", 3);
+  tokenizer_.AddSymbol(kTokenChannel,
+                       "Temp \xB0"
+                       "C\t",
+                       4);
+  EXPECT_TRUE(tokenize("a name of more than 32 character"));
+  EXPECT_FALSE(tokenize("a name of more than 32 characters"));
+  EXPECT_FALSE(tokenize("In/Out"));
+  EXPECT_EQ(position_, 0);
+  EXPECT_TRUE(
+      tokenize("Temp \xB0"
+               "C"));
+}
+
+TEST_F(FormulaText, LongTextsAreCutBeforeTheyAreRead) {
+  std::string text;
+  for (int i = 0; i < 150; ++i) text += "1+";
+  EXPECT_FALSE(compile(text));  // 254 characters end in a plus.
+  EXPECT_EQ(code_, 108);
+  EXPECT_EQ(position_, 254);
+  text[254] = '\t';
+  EXPECT_FALSE(compile(text));
+  EXPECT_EQ(code_, 108);
+  EXPECT_TRUE(compile(std::string_view("1\0$", 3)));
+}
+
+TEST_F(FormulaText, LookupsNameWhatTheTablesHold) {
+  u16 number = 0;
+  tokenizer_.AddConstant("PI", 3.14F);
+  EXPECT_EQ(tokenizer_.FindConstant("PI", &number), 49);
+  EXPECT_EQ(tokenizer_.FindConstant("Pi", &number), 127);
+  EXPECT_EQ(tokenizer_.FindSymbol("Linear Acc.", &number), 51);
+  EXPECT_EQ(number, 1);
+  EXPECT_EQ(tokenizer_.FindSymbol("PI", &number), 127);
+  EXPECT_EQ(tokenizer_.FindFunction("gear", &number), 90);
+  EXPECT_EQ(number, 4);
+  EXPECT_EQ(tokenizer_.FindFunction("", &number), 127);
+  EXPECT_EQ(tokenizer_.SeparatorCode(')'), 4);
+  EXPECT_EQ(tokenizer_.SeparatorCode('\0'), 1);
+  EXPECT_EQ(tokenizer_.SeparatorCode('+'), 127);
+  EXPECT_EQ(tokenizer_.OperatorCode('^'), 36);
+  EXPECT_EQ(tokenizer_.OperatorCode('\0'), 127);
+  EXPECT_EQ(tokenizer_.SeparatorRow(4).code, 127);
+  EXPECT_EQ(tokenizer_.SeparatorRow(5).code, 0);
+  EXPECT_EQ(tokenizer_.OperatorRow(5).code, 127);
+  EXPECT_EQ(tokenizer_.OperatorRow(6).code, 0);
+  EXPECT_EQ(tokenizer_.FunctionRow(37).text, "()");
+  EXPECT_EQ(tokenizer_.FunctionRow(38).code, 0);
+  std::string doc;
+  EXPECT_TRUE(tokenizer_.GetFunctionDoc(100, &doc));
+  EXPECT_EQ(doc, "(condition,ifTrue,ifFalse)");
+  EXPECT_FALSE(tokenizer_.GetFunctionDoc(87, &doc));
+  EXPECT_TRUE(tokenizer_.IsFunctionCode(64));
+  EXPECT_TRUE(tokenizer_.IsFunctionCode(101));
+  EXPECT_FALSE(tokenizer_.IsFunctionCode(102));
+}
+
+// Terminators that could start a name, and names that are nothing but blanks, still move the scan on.
+TEST(TokenizerWithOtherSets, AlwaysComesToAnEnd) {
+  CTokenizer tokenizer(1000, "+ ", "\t", "ab+");
+  i32 code = 0;
+  u16 position = 0;
+  u16 length = 0;
+  EXPECT_EQ(tokenizer.MaximumLength(), 254);
+  EXPECT_FALSE(tokenizer.Tokenize("ab\t \t+ba", &code, &position, &length));
+  EXPECT_EQ(code, 102);
+  const CTokenizer bare(10, {}, {}, {});
+  EXPECT_TRUE(bare.CheckCharacters(&code, &position));
+}
+
+}  // namespace
+}  // namespace traguardo
