@@ -1,0 +1,224 @@
+// The limiter against a direct count with a window of samples, and its report.
+#include "regulation/limiter.h"
+
+#include <gtest/gtest.h>
+
+#include "regulation/calculator.h"
+#include "regulation/fake_session.h"
+
+namespace traguardo {
+namespace {
+
+using test::FakeSession;
+using test::TempFolder;
+
+class LimiterSession : public ::testing::Test {
+ protected:
+  LimiterSession() { session_.folder = test::folder_of(temp_); }
+
+  bool compute(std::size_t output) {
+    RegulationCalculator calculator(&session_, CalculationOptions{}, kCalibrationOff, L"");
+    return calculator.compute_limiter(output);
+  }
+  // A session whose engine speed has the rate of the output, 50 ms, over one run.
+  std::size_t add_engine(const std::vector<float>& engine) {
+    session_.add("Engine", 50, engine);
+    const std::size_t output = session_.add("FMI_Limiter", 50, std::vector<float>(engine.size(), 0.0F));
+    session_.run_list = {{1, 0, static_cast<u32>(engine.size() * 50)}};
+    return output;
+  }
+  void configure(const std::string& lines) { temp_.write("FMI-limiter.txt", "{\nid=70012\n" + lines + "}\n"); }
+  std::string report() const { return test::report_of(temp_, "FMI-output.txt"); }
+
+  TempFolder temp_;
+  FakeSession session_;
+};
+
+// The samples that count, with a window that is moved sample by sample.
+std::vector<std::size_t> counted(const std::vector<float>& engine, const LimiterSettings& settings) {
+  std::vector<std::size_t> found;
+  std::vector<float> window(settings.pts_number, 0.0F);
+  bool armed = false;
+  for (std::size_t i = 0; i < engine.size(); ++i) {
+    window[0] = engine[i];
+    if (window[0] > settings.limiter && settings.limiter >= window[1]) {
+      if (settings.threshold > window[0] - window[1]) armed = true;
+    }
+    bool all_above = true;
+    for (const float sample : window) all_above = all_above && sample > settings.limiter;
+    if (settings.limiter >= window[0]) {
+      armed = false;
+    } else if (armed && all_above) {
+      found.push_back(i);
+    }
+    for (std::size_t k = window.size() - 1; k >= 1; --k) window[k] = window[k - 1];
+  }
+  return found;
+}
+
+TEST(SecondsOverLimit, AgreesWithADirectCountOnRandomSignals) {
+  std::mt19937 random(11);
+  for (const LimiterSettings& settings :
+       {LimiterSettings{}, LimiterSettings{8000.0F, 3, 500.0F}, LimiterSettings{5000.0F, 12, 100000.0F},
+        LimiterSettings{-10.0F, 5, 20000.0F}, LimiterSettings{0.0F, 3, -1.0F}}) {
+    SCOPED_TRACE(settings.limiter);
+    std::vector<float> engine = test::wandering(&random, 4000, 7000.0F, 10000.0F, 9);
+    for (std::size_t i = 0; i < engine.size(); ++i) {
+      if (random() % 50 == 0) engine[i] = settings.limiter;
+      if (random() % 100 == 0) engine[i] = -20.0F;
+    }
+    SecondsOverLimit total(settings, 20);
+    const std::vector<std::size_t> expected = counted(engine, settings);
+    float seconds = 0.0F;
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < engine.size(); ++i) {
+      if (next < expected.size() && expected[next] == i) {
+        seconds += 20.0F / 1000.0F;
+        ++next;
+      }
+      ASSERT_EQ(total.step(engine[i]), seconds) << i;
+    }
+    EXPECT_EQ(next, expected.size());
+    EXPECT_EQ(total.seconds(), seconds);
+    // All but the last come to count at all.
+    EXPECT_EQ(expected.size() > 10, settings.threshold > 0.0F);
+  }
+}
+
+TEST(SecondsOverLimit, CrossingsByHand) {
+  const struct {
+    const char* what;
+    std::vector<float> engine;
+    std::vector<bool> counts;
+  } kCases[] = {
+      {"the window must fill first", {8900, 9100, 9100, 9100, 9100}, {false, false, false, true, true}},
+      {"a big jump isn't believed", {7000, 9100, 9100, 9100, 9100}, {false, false, false, false, false}},
+      {"a jump of the threshold is a big one", {7001, 9001, 9001, 9001}, {false, false, false, false}},
+      {"the start counts as a rise from 0", {9100, 9100, 9100, 9100}, {false, false, false, false}},
+      {"equal to the limit is not above it",
+       {8900, 9100, 9100, 9100, 9000, 9100, 9100, 9100},
+       {false, false, false, true, false, false, false, true}},
+      {"a jump above the limit changes nothing",
+       {8900, 9100, 9000.5F, 12000, 12000},
+       {false, false, false, true, true}},
+  };
+  const LimiterSettings settings{9000.0F, 3, 2000.0F};
+  for (const auto& row : kCases) {
+    SCOPED_TRACE(row.what);
+    SecondsOverLimit total(settings, 1000);
+    float before = 0.0F;
+    for (std::size_t i = 0; i < row.engine.size(); ++i) {
+      const float now = total.step(row.engine[i]);
+      EXPECT_EQ(now, before + (row.counts[i] ? 1.0F : 0.0F)) << i;
+      before = now;
+    }
+  }
+}
+
+TEST_F(LimiterSession, ReportsTheSecondsOfARun) {
+  std::vector<float> engine(11, 1250500.0F);
+  engine[0] = 0.0F;
+  engine[1] = 1249500.0F;
+  engine[9] = 1250000.0F;
+  engine[10] = 0.0F;
+  const std::size_t output = add_engine(engine);
+  configure("comment=x\nlimiter=1250000\r\nPTS_number=3\nthreshold=2000.5\n");
+  ASSERT_TRUE(compute(output));
+  EXPECT_EQ(report(), test::expected_file("limiter_seconds.txt"));
+  const std::vector<float>& total = session_.samples(output);
+  EXPECT_EQ(total[3], 0.0F);
+  EXPECT_EQ(total[4], 0.05F);
+  EXPECT_EQ(total[10], total[8]);
+  // The report grows with each computation.
+  ASSERT_TRUE(compute(output));
+  EXPECT_EQ(report(), test::expected_file("limiter_seconds.txt") + test::expected_file("limiter_seconds.txt"));
+}
+
+TEST_F(LimiterSession, WritesTheSectionOfANewLogger) {
+  // Above the limit in memory, below the one that is written.
+  const std::size_t output = add_engine(std::vector<float>(40, 9500.0F));
+  session_.run_list = {{1, 0, 1000}, {2, 1000, 1000}};
+  temp_.write("FMI-limiter.txt", std::string());
+  EXPECT_TRUE(compute(output));
+  EXPECT_EQ(report(), test::expected_file("limiter_new_logger.txt"));
+  EXPECT_EQ(test::report_of(temp_, "FMI-limiter.txt"), test::expected_file("limiter_written_section.txt"));
+
+  // Behind an unfinished file the section is one of its own, too.
+  temp_.write("FMI-limiter.txt", std::string("{\nid=1\nlimiter=5"));
+  EXPECT_TRUE(compute(output));
+  EXPECT_EQ(test::report_of(temp_, "FMI-limiter.txt"),
+            "{\nid=1\nlimiter=5" + test::expected_file("limiter_written_section.txt"));
+  EXPECT_EQ(report(), test::expected_file("limiter_new_logger.txt") + test::expected_file("limiter_new_logger.txt"));
+}
+
+TEST_F(LimiterSession, ReportsWhatItCannotCompute) {
+  const std::size_t output = add_engine(std::vector<float>(40, 9500.0F));
+  const std::vector<float> zeros(40, 0.0F);
+  configure("pts_number=2\n");
+  EXPECT_TRUE(compute(output));
+  EXPECT_EQ(report(), test::expected_file("limiter_bad_window.txt"));
+  for (const char* number : {"4294967295", "-1", "1000000000000"}) {
+    std::filesystem::remove(temp_.path() / "FMI-output.txt");
+    configure(std::string("pts_number=") + number + "\n");
+    EXPECT_TRUE(compute(output));
+    EXPECT_EQ(report(), test::expected_file("limiter_no_memory.txt"));
+  }
+  std::filesystem::remove(temp_.path() / "FMI-output.txt");
+  configure("");
+  session_.channels[0].name = "engine";
+  EXPECT_FALSE(compute(output));
+  EXPECT_EQ(report(), test::expected_file("limiter_no_engine.txt"));
+  EXPECT_EQ(session_.samples(output), zeros);
+}
+
+TEST_F(LimiterSession, SectionsBelongToLoggersByTheFourthCharacter) {
+  const std::size_t output = add_engine(std::vector<float>(40, 9500.0F));
+  session_.samples(0)[0] = 8900.0F;
+  // Without a key the defaults of memory serve.
+  temp_.write("FMI-limiter.txt", std::string("limiter=1\n{\nid=7001\nlimiter=1\n}\n{\nID=70012\n}\n"));
+  EXPECT_TRUE(compute(output));
+  EXPECT_EQ(report(),
+            "Run 1 of file Imola.wmp\n"
+            "\t1.8 seconds over limiter for logger id 70012: with limiter 9000, pts_number 4 and threshold 2000\n\n");
+}
+
+TEST_F(LimiterSession, WithoutItsFileNothingHappens) {
+  const std::size_t output = add_engine(std::vector<float>(4, 9500.0F));
+  EXPECT_FALSE(compute(output));
+  EXPECT_TRUE(temp_.names().empty());
+}
+
+TEST_F(LimiterSession, FilesThatCannotBeWrittenChangeNothingElse) {
+  const std::size_t output = add_engine({8900, 9500, 9500, 9500, 9500, 9500});
+  std::filesystem::create_directory(temp_.path() / "FMI-output.txt");
+  configure("pts_number=3\n");
+  EXPECT_TRUE(compute(output));
+  EXPECT_EQ(session_.samples(output),
+            (std::vector<float>{0.0F, 0.0F, 0.0F, 0.05F, 0.05F + 0.05F, 0.05F + 0.05F + 0.05F}));
+  // A configuration that takes no section: every run only has its header to write.
+  session_.samples(output).assign(6, 0.0F);
+  std::filesystem::remove(temp_.path() / "FMI-limiter.txt");
+  std::filesystem::create_directory(temp_.path() / "FMI-limiter.txt");
+  EXPECT_TRUE(compute(output));
+  EXPECT_EQ(session_.samples(output), std::vector<float>(6, 0.0F));
+}
+
+TEST_F(LimiterSession, RunsStandAtTheirPlaceInTheOutput) {
+  // An engine speed of another rate, and a run that begins between two samples of the output.
+  session_.add("Engine", 100, {0, 8900, 9500, 9500, 9500, 9500});
+  session_.add("Engine", 10, std::vector<float>(100, 20000.0F));
+  const std::size_t output = session_.add("FMI_Limiter", 50, std::vector<float>(12, 0.0F));
+  session_.run_list = {{3, 120, 4294967295U}};
+  configure("pts_number=3\n");
+  EXPECT_TRUE(compute(output));
+  // Sample j of the run stands at 120 + 50 j: 9020 starts above the limit, so that nothing is ever armed.
+  EXPECT_EQ(session_.samples(output), std::vector<float>(12, 0.0F));
+  session_.run_list = {{3, 110, 4294967295U}};
+  EXPECT_TRUE(compute(output));
+  // 8960, 9260, then 9500: the third sample above the limit is the first that counts, at 2 + 3.
+  EXPECT_EQ(session_.samples(output)[4], 0.0F);
+  EXPECT_EQ(session_.samples(output)[5], 0.05F);
+}
+
+}  // namespace
+}  // namespace traguardo

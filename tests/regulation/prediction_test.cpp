@@ -1,0 +1,286 @@
+// Predictions against the same steps in double precision, and against what they are for: a run that slows down is
+// carried on as it began.
+#include "regulation/prediction.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+
+#include "regulation/fake_session.h"
+
+namespace traguardo {
+namespace {
+
+using test::TempFolder;
+
+constexpr double kStepS = 0.05;
+constexpr double kFeetPerMph = 1.466667;
+
+struct Run {
+  std::vector<float> distances;
+  std::vector<float> speeds;
+};
+
+// Rows one step apart, the speed by the distance and the number of the row.
+Run run_of(double first_ft, std::size_t count, const std::function<double(double, std::size_t)>& speed) {
+  Run run;
+  double distance = first_ft;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double mph = speed(distance, i);
+    run.distances.push_back(static_cast<float>(distance));
+    run.speeds.push_back(static_cast<float>(mph));
+    distance += mph * kFeetPerMph * kStepS;
+  }
+  return run;
+}
+
+Run accelerating(double first_mph, double mph_per_s, std::size_t count) {
+  return run_of(50.0, count,
+                [=](double, std::size_t i) { return first_mph + mph_per_s * kStepS * static_cast<double>(i); });
+}
+
+// The speed of the default table at a distance.
+double reference_speed(double distance_ft) {
+  const auto table = default_elapsed_times();
+  for (std::size_t i = 1; i < table.size(); ++i) {
+    if (static_cast<double>(table[i].distance_ft) <= distance_ft) continue;
+    const double from = table[i - 1].speed_mph;
+    const double part = (distance_ft - static_cast<double>(table[i - 1].distance_ft)) /
+                        static_cast<double>(table[i].distance_ft - table[i - 1].distance_ft);
+    return from + (static_cast<double>(table[i].speed_mph) - from) * part;
+  }
+  return table.back().speed_mph;
+}
+
+// When a run passes a distance, in ms from its first row.
+double passes_ms(const std::vector<float>& distances, double distance_ft) {
+  for (std::size_t i = 1; i < distances.size(); ++i) {
+    if (static_cast<double>(distances[i]) <= distance_ft) continue;
+    return 50.0 * (static_cast<double>(i - 1) + (distance_ft - static_cast<double>(distances[i - 1])) /
+                                                    static_cast<double>(distances[i] - distances[i - 1]));
+  }
+  return -1.0;
+}
+
+// --- The steps of a prediction in double precision
+
+using Doubles = std::vector<double>;
+
+std::size_t first_above(const Doubles& values, double bound, std::size_t back) {
+  for (std::size_t i = back + 1; i < values.size(); ++i) {
+    if (values[i] > bound) return i - back;
+  }
+  return 0;
+}
+
+void smooth(Doubles& values, std::size_t half) {
+  for (std::size_t k = half; k + half < values.size(); ++k) {
+    double sum = 0.0;
+    for (std::size_t i = k - half; i <= k + half; ++i) sum += values[i];
+    values[k] = sum / static_cast<double>(2 * half + 1);
+  }
+}
+
+struct ModelResult {
+  double elapsed_ms = 0.0;
+  Doubles speeds;
+};
+
+ModelResult model_of(const std::vector<ElapsedTimeRow>& table, const Run& run, u32 length) {
+  Doubles rd, rs, rf;
+  for (const ElapsedTimeRow& row : table) {
+    rd.push_back(row.distance_ft);
+    rs.push_back(row.speed_mph);
+    rf.push_back(row.fraction);
+  }
+  const Doubles md(run.distances.begin(), run.distances.end());
+  Doubles ms(run.speeds.begin(), run.speeds.end());
+  Doubles pd = md;
+  Doubles ps = ms;
+  for (std::size_t half = 1; half <= 4; ++half) smooth(ms, half);
+
+  const double first = length == 1320 ? 660.0 : 60.0;
+  const double middle = length == 330 ? 150.0 : length == 500 ? 100.0 : length == 1320 ? 1000.0 : 330.0;
+  const double last = length == 330 || length == 500 || length == 1320 ? length : 660.0;
+  // The long strip is timed from before its first reference distance.
+  const double from = length == 1320 ? 600.0 : 60.0;
+  const double end = rd.back();
+  if (end <= length) {
+    for (double& distance : rd) distance *= length * 1.01 / end;
+  }
+  const std::size_t r0 = first_above(rd, first, 1);
+  const std::size_t r1 = first_above(rd, middle, 0);
+  const std::size_t r2 = first_above(rd, last, 0);
+  const std::size_t m0 = first_above(md, first, 1);
+  const std::size_t m1 = first_above(md, middle, 0);
+  const double range = rs[r2] - rs[r0];
+  smooth(rs, 1);
+  smooth(rs, 2);
+  for (std::size_t i = r0; i <= r2; ++i) rf[i] = (rs[i] - rs[r0]) / range;
+
+  const double gain = (ms[m1] - ms[m0]) / rf[r1];
+  double offset = 0.0;
+  for (std::size_t j = m0; j < md.size(); ++j) {
+    std::size_t r = r0;
+    while (r < rd.size() && rd[r] <= md[j]) ++r;
+    double f = rf.back();
+    if (r < rd.size()) f = rf[r - 1] + (rf[r] - rf[r - 1]) * (md[j] - rd[r - 1]) / (rd[r] - rd[r - 1]);
+    ps[j] = gain * f + ms[m0] + offset;
+    if (ms[j] > ps[j] && j > m1) offset += ms[j] - ps[j];
+  }
+  for (std::size_t j = m0 + 1; j < md.size(); ++j) {
+    pd[j] = ms[j - 1] > 0.0 ? pd[j - 1] + (md[j] - md[j - 1]) / ms[j - 1] * ps[j - 1] : 0.0;
+  }
+  const std::size_t a = first_above(pd, from, 1);
+  const std::size_t b = first_above(pd, last, 0);
+  ModelResult result;
+  result.elapsed_ms = 50.0 * (static_cast<double>(b - 1) + (last - pd[b - 1]) / (pd[b] - pd[b - 1])) -
+                      50.0 * (static_cast<double>(a) + (from - pd[a]) / (pd[a + 1] - pd[a]));
+  result.speeds = ps;
+  return result;
+}
+
+class Prediction : public ::testing::Test {
+ protected:
+  Prediction() : prediction_(test::folder_of(temp_) + L"/") {}
+
+  std::optional<i64> predict(const Run& run, u32 length_ft, std::span<float> speeds = {}) {
+    PredictionInput input;
+    input.distances_ft = run.distances;
+    input.speeds_mph = run.speeds;
+    input.length_ft = length_ft;
+    input.predicted_speeds_mph = speeds;
+    return prediction_.predict(input);
+  }
+  // A table of rows that rise evenly, under any name.
+  std::vector<ElapsedTimeRow> even_table(std::size_t rows) const {
+    std::vector<ElapsedTimeRow> table;
+    for (std::size_t i = 0; i < rows; ++i) {
+      const float place = static_cast<float>(i);
+      table.push_back({40.0F + 35.0F * place, 20.0F + 2.0F * place, place / static_cast<float>(rows - 1)});
+    }
+    return table;
+  }
+  void agrees_with_model(const std::vector<ElapsedTimeRow>& table, const Run& run, u32 length_ft) {
+    std::vector<float> speeds(run.speeds.size(), -1.0F);
+    const std::optional<i64> elapsed = predict(run, length_ft, speeds);
+    ASSERT_TRUE(elapsed.has_value());
+    const ModelResult model = model_of(table, run, length_ft);
+    // Two times are cut to whole milliseconds.
+    EXPECT_NEAR(static_cast<double>(*elapsed), model.elapsed_ms, 1.5);
+    for (std::size_t i = 0; i < speeds.size(); ++i) EXPECT_NEAR(speeds[i], model.speeds[i], 0.005) << i;
+  }
+
+  TempFolder temp_;
+  ElapsedTimePrediction prediction_;
+};
+
+TEST_F(Prediction, AgreesWithTheStepsInDoublePrecision) {
+  const auto rows = default_elapsed_times();
+  const std::vector<ElapsedTimeRow> table(rows.begin(), rows.end());
+  for (const u32 length : {330U, 500U, 660U, 1320U, 777U}) {
+    SCOPED_TRACE(length);
+    agrees_with_model(table, accelerating(25.0, 2.5, 420), length);
+  }
+  // A run that beats the reference for a while lifts the rest for good.
+  agrees_with_model(table,
+                    run_of(52.0, 240,
+                           [](double distance, std::size_t) {
+                             return reference_speed(distance) + (distance > 400 && distance < 500 ? 5.0 : 0.0);
+                           }),
+                    660);
+}
+
+TEST_F(Prediction, CarriesARunOnAsItBegan) {
+  const Run whole = run_of(52.0, 300, [](double distance, std::size_t) { return 1.1 * reference_speed(distance); });
+  const Run slowed = run_of(52.0, 300, [](double distance, std::size_t) {
+    return (distance < 400.0 ? 1.1 : 0.88) * reference_speed(distance);
+  });
+  const double expected_ms = passes_ms(whole.distances, 660.0) - passes_ms(whole.distances, 60.0);
+  const double slowed_ms = passes_ms(slowed.distances, 660.0) - passes_ms(slowed.distances, 60.0);
+  ASSERT_GT(slowed_ms, expected_ms + 500.0);
+  for (const Run& run : {whole, slowed}) {
+    const std::optional<i64> elapsed = predict(run, 660);
+    ASSERT_TRUE(elapsed.has_value());
+    EXPECT_NEAR(static_cast<double>(*elapsed), expected_ms, expected_ms / 100.0);
+  }
+}
+
+TEST_F(Prediction, PrefersTheTableWithoutAName) {
+  const Run run = accelerating(25.0, 2.5, 420);
+  const std::optional<i64> by_default = predict(run, 660);
+  ASSERT_TRUE(write_table(prediction_.folder(), L"", even_table(20)));
+  agrees_with_model(even_table(20), run, 660);
+  EXPECT_NE(predict(run, 660), by_default);
+}
+
+TEST_F(Prediction, WithoutATableNothingIsPredicted) {
+  const Run run = accelerating(25.0, 2.5, 420);
+  std::vector<float> speeds(10, -1.0F);
+  ASSERT_TRUE(write_table(prediction_.folder(), L"", even_table(19)));
+  EXPECT_FALSE(predict(run, 660, speeds).has_value());
+  temp_.write("user/et_prediction/.etp", std::string(100000, '\xFF'));
+  EXPECT_FALSE(predict(run, 660, speeds).has_value());
+  std::filesystem::remove(temp_.path() / "user/et_prediction/.etp");
+  std::filesystem::remove(temp_.path() / "user/et_prediction/Default.etp");
+  EXPECT_FALSE(predict(run, 660, speeds).has_value());
+  EXPECT_EQ(speeds, std::vector<float>(10, -1.0F));
+  EXPECT_FALSE(ElapsedTimePrediction(L"").predict(PredictionInput{}).has_value());
+}
+
+TEST_F(Prediction, RunsThatDontReachTheMarksAreNotPredicted) {
+  EXPECT_FALSE(predict(Run{}, 660).has_value());
+  EXPECT_FALSE(predict(Run{{100.0F}, {30.0F}}, 660).has_value());
+  // 50 to about 250 feet: the middle of the strip is out of reach.
+  EXPECT_FALSE(predict(accelerating(25.0, 2.5, 80), 660).has_value());
+  // Numbers that are none.
+  Run odd = accelerating(25.0, 2.5, 420);
+  for (std::size_t i = 0; i < odd.speeds.size(); i += 7) odd.speeds[i] = std::nanf("");
+  odd.distances[100] = std::numeric_limits<float>::infinity();
+  EXPECT_FALSE(predict(odd, 660).has_value());
+  odd.speeds.assign(odd.speeds.size(), 0.0F);
+  predict(odd, 660);
+}
+
+TEST_F(Prediction, StoresARunAsATable) {
+  // The last row stands at 655 feet, so that the table is drawn out to 666.6.
+  Run run = accelerating(25.0, 2.5, 205);
+  run.distances.back() = 655.0F;
+  PredictionInput input;
+  input.distances_ft = run.distances;
+  input.speeds_mph = run.speeds;
+  ASSERT_LT(run.distances[203], 655.0F);
+  ASSERT_TRUE(prediction_.store_run("Cup", "Run 7", input));
+  const std::string text = temp_.read("user/et_prediction/Cup_Run 7.etp");
+  EXPECT_NE(text.find("\n204\t666.600\t"), std::string::npos);
+  const std::vector<ElapsedTimeRow> rows = rows_of_table(text);
+  ASSERT_EQ(rows.size(), 205U);
+  EXPECT_NEAR(rows[0].distance_ft, 50.0 * 666.6 / 655.0, 0.001);
+  EXPECT_EQ(rows[0].speed_mph, 25.0F);
+  // From the last row below 60 feet to the first one above 660.
+  std::size_t start = 0;
+  while (rows[start + 1].distance_ft <= 60.0F) ++start;
+  std::size_t end = start;
+  while (rows[end].distance_ft <= 660.0F) ++end;
+  EXPECT_EQ(rows[start].fraction, 0.0F);
+  EXPECT_EQ(rows[end].fraction, 1.0F);
+  const std::size_t half = (start + end) / 2;
+  EXPECT_NEAR(rows[half].fraction,
+              (rows[half].speed_mph - rows[start].speed_mph) / (rows[end].speed_mph - rows[start].speed_mph), 0.001);
+
+  // A run that doesn't reach its marks leaves no file.
+  input.distances_ft = std::span<const float>(run.distances).first(1);
+  EXPECT_FALSE(prediction_.store_run("Cup", "Short", input));
+  EXPECT_FALSE(std::filesystem::exists(temp_.path() / "user/et_prediction/Cup_Short.etp"));
+  // A name that no file can have: the default table is written in its place.
+  input.distances_ft = run.distances;
+  temp_.write("user/et_prediction/Default.etp", std::string("mine\n"));
+  EXPECT_TRUE(prediction_.store_run("../Cup", "Run", input));
+  EXPECT_EQ(temp_.read("user/et_prediction/Default.etp"), table_text(default_elapsed_times()));
+  EXPECT_FALSE(std::filesystem::exists(temp_.path() / "user/Cup_Run.etp"));
+}
+
+}  // namespace
+}  // namespace traguardo
