@@ -18,14 +18,14 @@ using test::TempFolder;
 constexpr double kStepS = 0.05;
 constexpr double kFeetPerMph = 1.466667;
 
-struct Run {
+struct MeasuredRun {
   std::vector<float> distances;
   std::vector<float> speeds;
 };
 
 // Rows one step apart, the speed by the distance and the number of the row.
-Run run_of(double first_ft, std::size_t count, const std::function<double(double, std::size_t)>& speed) {
-  Run run;
+MeasuredRun run_of(double first_ft, std::size_t count, const std::function<double(double, std::size_t)>& speed) {
+  MeasuredRun run;
   double distance = first_ft;
   for (std::size_t i = 0; i < count; ++i) {
     const double mph = speed(distance, i);
@@ -36,7 +36,7 @@ Run run_of(double first_ft, std::size_t count, const std::function<double(double
   return run;
 }
 
-Run accelerating(double first_mph, double mph_per_s, std::size_t count) {
+MeasuredRun accelerating(double first_mph, double mph_per_s, std::size_t count) {
   return run_of(50.0, count,
                 [=](double, std::size_t i) { return first_mph + mph_per_s * kStepS * static_cast<double>(i); });
 }
@@ -88,7 +88,7 @@ struct ModelResult {
   Doubles speeds;
 };
 
-ModelResult model_of(const std::vector<ElapsedTimeRow>& table, const Run& run, u32 length) {
+ModelResult model_of(const std::vector<ElapsedTimeRow>& table, const MeasuredRun& run, u32 length) {
   Doubles rd, rs, rf;
   for (const ElapsedTimeRow& row : table) {
     rd.push_back(row.distance_ft);
@@ -146,7 +146,7 @@ class Prediction : public ::testing::Test {
  protected:
   Prediction() : prediction_(test::folder_of(temp_) + L"/") {}
 
-  std::optional<i64> predict(const Run& run, u32 length_ft, std::span<float> speeds = {}) {
+  std::optional<i64> predict(const MeasuredRun& run, u32 length_ft, std::span<float> speeds = {}) {
     PredictionInput input;
     input.distances_ft = run.distances;
     input.speeds_mph = run.speeds;
@@ -163,7 +163,7 @@ class Prediction : public ::testing::Test {
     }
     return table;
   }
-  void agrees_with_model(const std::vector<ElapsedTimeRow>& table, const Run& run, u32 length_ft) {
+  void agrees_with_model(const std::vector<ElapsedTimeRow>& table, const MeasuredRun& run, u32 length_ft) {
     std::vector<float> speeds(run.speeds.size(), -1.0F);
     const std::optional<i64> elapsed = predict(run, length_ft, speeds);
     ASSERT_TRUE(elapsed.has_value());
@@ -194,14 +194,15 @@ TEST_F(Prediction, AgreesWithTheStepsInDoublePrecision) {
 }
 
 TEST_F(Prediction, CarriesARunOnAsItBegan) {
-  const Run whole = run_of(52.0, 300, [](double distance, std::size_t) { return 1.1 * reference_speed(distance); });
-  const Run slowed = run_of(52.0, 300, [](double distance, std::size_t) {
+  const MeasuredRun whole =
+      run_of(52.0, 300, [](double distance, std::size_t) { return 1.1 * reference_speed(distance); });
+  const MeasuredRun slowed = run_of(52.0, 300, [](double distance, std::size_t) {
     return (distance < 400.0 ? 1.1 : 0.88) * reference_speed(distance);
   });
   const double expected_ms = passes_ms(whole.distances, 660.0) - passes_ms(whole.distances, 60.0);
   const double slowed_ms = passes_ms(slowed.distances, 660.0) - passes_ms(slowed.distances, 60.0);
   ASSERT_GT(slowed_ms, expected_ms + 500.0);
-  for (const Run& run : {whole, slowed}) {
+  for (const MeasuredRun& run : {whole, slowed}) {
     const std::optional<i64> elapsed = predict(run, 660);
     ASSERT_TRUE(elapsed.has_value());
     EXPECT_NEAR(static_cast<double>(*elapsed), expected_ms, expected_ms / 100.0);
@@ -209,7 +210,7 @@ TEST_F(Prediction, CarriesARunOnAsItBegan) {
 }
 
 TEST_F(Prediction, PrefersTheTableWithoutAName) {
-  const Run run = accelerating(25.0, 2.5, 420);
+  const MeasuredRun run = accelerating(25.0, 2.5, 420);
   const std::optional<i64> by_default = predict(run, 660);
   ASSERT_TRUE(write_table(prediction_.folder(), L"", even_table(20)));
   agrees_with_model(even_table(20), run, 660);
@@ -217,7 +218,7 @@ TEST_F(Prediction, PrefersTheTableWithoutAName) {
 }
 
 TEST_F(Prediction, WithoutATableNothingIsPredicted) {
-  const Run run = accelerating(25.0, 2.5, 420);
+  const MeasuredRun run = accelerating(25.0, 2.5, 420);
   std::vector<float> speeds(10, -1.0F);
   ASSERT_TRUE(write_table(prediction_.folder(), L"", even_table(19)));
   EXPECT_FALSE(predict(run, 660, speeds).has_value());
@@ -231,12 +232,12 @@ TEST_F(Prediction, WithoutATableNothingIsPredicted) {
 }
 
 TEST_F(Prediction, RunsThatDontReachTheMarksAreNotPredicted) {
-  EXPECT_FALSE(predict(Run{}, 660).has_value());
-  EXPECT_FALSE(predict(Run{{100.0F}, {30.0F}}, 660).has_value());
+  EXPECT_FALSE(predict(MeasuredRun{}, 660).has_value());
+  EXPECT_FALSE(predict(MeasuredRun{{100.0F}, {30.0F}}, 660).has_value());
   // 50 to about 250 feet: the middle of the strip is out of reach.
   EXPECT_FALSE(predict(accelerating(25.0, 2.5, 80), 660).has_value());
   // Numbers that are none.
-  Run odd = accelerating(25.0, 2.5, 420);
+  MeasuredRun odd = accelerating(25.0, 2.5, 420);
   for (std::size_t i = 0; i < odd.speeds.size(); i += 7) odd.speeds[i] = std::nanf("");
   odd.distances[100] = std::numeric_limits<float>::infinity();
   EXPECT_FALSE(predict(odd, 660).has_value());
@@ -246,7 +247,7 @@ TEST_F(Prediction, RunsThatDontReachTheMarksAreNotPredicted) {
 
 TEST_F(Prediction, StoresARunAsATable) {
   // The last row stands at 655 feet, so that the table is drawn out to 666.6.
-  Run run = accelerating(25.0, 2.5, 205);
+  MeasuredRun run = accelerating(25.0, 2.5, 205);
   run.distances.back() = 655.0F;
   PredictionInput input;
   input.distances_ft = run.distances;
