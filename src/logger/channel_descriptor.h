@@ -5,14 +5,14 @@
 #include <span>
 #include <vector>
 
-#include "logger/qlt_channel.h"
+#include "logger/channel_entry.h"
 
 namespace traguardo {
 
 class ChannelDescriptor {
  public:
   struct Place {
-    CCanaleQLT* channel;
+    const ChannelEntry* entry;
     u32 number;  // place in the list, counting those without a channel
   };
 
@@ -40,7 +40,7 @@ class ChannelDescriptor {
     }
   }
 
-  // Looks the channels up again: `by_index` maps a channel index to its object or null. Called before use whenever the
+  // Looks the channels up again: `by_index` maps a channel index to its entry or null. Called before use whenever the
   // channel table has changed, so that a descriptor never points to an object that is gone.
   template <typename ByIndex>
   void Resolve(ByIndex&& by_index) {
@@ -48,11 +48,11 @@ class ChannelDescriptor {
     data_length_ = 0;
     empty_places_ = 0;
     for (u32 i = 0; i < count(); ++i) {
-      CCanaleQLT* channel = by_index(channel_index(i));
-      if (channel == nullptr) continue;
-      places_.push_back({channel, i});
-      data_length_ += channel->sample_size();
-      if (channel->sample_size() == 0) ++empty_places_;
+      const ChannelEntry* entry = by_index(channel_index(i));
+      if (entry == nullptr) continue;
+      places_.push_back({entry, i});
+      data_length_ += entry->sample_size;
+      if (entry->sample_size == 0) ++empty_places_;
     }
   }
   const std::vector<Place>& places() const { return places_; }

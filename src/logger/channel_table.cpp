@@ -119,7 +119,7 @@ std::unique_ptr<CCanaleQLT> CParserZep_2Gv4::KeptObject(const ChannelRecord& rec
   if (found == s_channels_.end()) return nullptr;
   std::unique_ptr<CCanaleQLT> object = std::move(found->second);
   s_channels_.erase(found);
-  by_index_[record.id()] = nullptr;
+  by_index_[record.id()] = {};
   without_converter_.erase(record.id());
   ++table_generation_;
   const CFunzioni functions;
@@ -191,8 +191,8 @@ void CParserZep_2Gv4::SetProperties(CCanaleQLT* object, const std::string& name)
 }
 
 void CParserZep_2Gv4::Enter(u16 index, std::unique_ptr<CCanaleQLT> object) {
-  if (by_index_.size() <= index) by_index_.resize(std::size_t{index} + 1, nullptr);
-  by_index_[index] = object.get();
+  if (by_index_.size() <= index) by_index_.resize(std::size_t{index} + 1);
+  by_index_[index] = ChannelEntry(object.get());
   without_converter_.insert(index);
   s_channels_[index] = std::move(object);
   ++table_generation_;
@@ -210,7 +210,10 @@ void CParserZep_2Gv4::TakeExtras(const std::vector<SAtomTag>& cde, const std::ve
 }
 
 void CParserZep_2Gv4::AssignConverters() {
-  for (const u16 index : without_converter_) AssignConverter(ChannelAt(index));
+  for (const u16 index : without_converter_) {
+    AssignConverter(ChannelAt(index));
+    by_index_[index] = ChannelEntry(ChannelAt(index));
+  }
   without_converter_.clear();
 }
 

@@ -89,18 +89,18 @@ u32 CParserZep_2Gv4::DecodeS(const Frame& frame) {
     errors_s_.Append(frame.position);
     return kRejected;
   }
-  CCanaleQLT* channel = ChannelAt(load_u16(frame.at + kIndexOffset));
+  const ChannelEntry* channel = EntryAt(load_u16(frame.at + kIndexOffset));
   if (channel == nullptr) {
     errors_s_.Append(frame.position);
     return kRejected;
   }
-  const u64 length = kFrameHead + channel->sample_size() + 1;
+  const u64 length = kFrameHead + channel->sample_size + 1;
   if (length > frame.left || frame.at[length - 1] != ')') {
     errors_s_.Append(frame.position);
     return kRejected;
   }
   const u64 time = time_of(frame.at);
-  SStatMisura* statistics = channel->statistics();
+  SStatMisura* statistics = channel->statistics;
   if (!IsPlausible(time)) {
     if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
     return static_cast<u32>(length);
@@ -108,7 +108,7 @@ u32 CParserZep_2Gv4::DecodeS(const Frame& frame) {
   if (statistics != nullptr) statistics->ContaS();
   Raise(time);
   const u8* sample = frame.at + kFrameHead;
-  switch (channel->ConvertiAndAddValore(time, sample, frame.offset_of(sample))) {
+  switch (channel->Add(time, sample, frame.offset_of(sample))) {
     case CCanaleQLT::kRifiutato:
       if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
       break;
@@ -126,26 +126,26 @@ u32 CParserZep_2Gv4::DecodeM(const Frame& frame) {
     errors_m_.Append(frame.position);
     return kRejected;
   }
-  CCanaleQLT* channel = ChannelAt(load_u16(frame.at + kIndexOffset));
+  const ChannelEntry* channel = EntryAt(load_u16(frame.at + kIndexOffset));
   if (channel == nullptr) {
     errors_m_.Append(frame.position);
     return kRejected;
   }
   const u32 count = load_u16(frame.at + kCountOffset);
-  const u64 sample_size = channel->sample_size();
+  const u64 sample_size = channel->sample_size;
   const u64 length = kMultipleHead + count * sample_size + 1;
   if (length > frame.left || frame.at[length - 1] != ')' || (sample_size == 0 && !CoversEmptySamples(count))) {
     errors_m_.Append(frame.position);
     return kRejected;
   }
   const u64 time = time_of(frame.at);
-  SStatMisura* statistics = channel->statistics();
+  SStatMisura* statistics = channel->statistics;
   if (!IsPlausible(time)) {
     if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
     return static_cast<u32>(length);
   }
   if (statistics != nullptr) statistics->ContaM();
-  switch (channel->ConvertiAndAddValori(time, count, frame.at + kMultipleHead)) {
+  switch (channel->object->ConvertiAndAddValori(time, count, frame.at + kMultipleHead)) {
     case CCanaleQLT::kRifiutato:
       if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
       break;
@@ -154,7 +154,7 @@ u32 CParserZep_2Gv4::DecodeM(const Frame& frame) {
     case CCanaleQLT::kBuono:
       break;
   }
-  if (count != 0) Raise(time + u64{count - 1} * channel->record().period_us());
+  if (count != 0) Raise(time + u64{count - 1} * channel->object->record().period_us());
   return static_cast<u32>(length);
 }
 
@@ -165,7 +165,7 @@ ChannelDescriptor* CParserZep_2Gv4::FindDescriptor(std::map<u16, std::unique_ptr
   if (found == table->end()) return nullptr;
   ChannelDescriptor* descriptor = found->second.get();
   if (descriptor->generation != table_generation_) {
-    descriptor->Resolve([this](u16 channel) { return ChannelAt(channel); });
+    descriptor->Resolve([this](u16 channel) { return EntryAt(channel); });
     descriptor->generation = table_generation_;
   }
   return descriptor;
@@ -193,13 +193,13 @@ u32 CParserZep_2Gv4::DecodeG(const Frame& frame) {
   errors_g_.Append(frame.position, group->missing());
   const u8* data = frame.at + kFrameHead;
   for (const ChannelDescriptor::Place& place : group->places()) {
-    CCanaleQLT* channel = place.channel;
-    SStatMisura* statistics = channel->statistics();
+    const ChannelEntry* channel = place.entry;
+    SStatMisura* statistics = channel->statistics;
     if (statistics != nullptr) statistics->ContaG();
-    const CCanaleQLT::Esito outcome = channel->ConvertiAndAddValore(time, data, frame.offset_of(data));
+    const CCanaleQLT::Esito outcome = channel->Add(time, data, frame.offset_of(data));
     if (outcome == CCanaleQLT::kMemoriaFinita) return StoreFailed();
     if (outcome == CCanaleQLT::kRifiutato && statistics != nullptr) statistics->AggiungiErrore(frame.position);
-    data += channel->sample_size();
+    data += channel->sample_size;
   }
   return static_cast<u32>(length);
 }
@@ -227,15 +227,15 @@ u32 CParserZep_2Gv4::DecodeA(const Frame& frame) {
   const u64 step = acquisition->step_us();
   const u8* data = frame.at + kFrameHead;
   for (const ChannelDescriptor::Place& place : acquisition->places()) {
-    CCanaleQLT* channel = place.channel;
+    const ChannelEntry* channel = place.entry;
     const u64 sample_time = time + place.number * step;
     Raise(sample_time);
-    SStatMisura* statistics = channel->statistics();
+    SStatMisura* statistics = channel->statistics;
     if (statistics != nullptr) statistics->ContaA();
-    const CCanaleQLT::Esito outcome = channel->ConvertiAndAddValore(sample_time, data, frame.offset_of(data));
+    const CCanaleQLT::Esito outcome = channel->Add(sample_time, data, frame.offset_of(data));
     if (outcome == CCanaleQLT::kMemoriaFinita) return StoreFailed();
     if (outcome == CCanaleQLT::kRifiutato && statistics != nullptr) statistics->AggiungiErrore(frame.position);
-    data += channel->sample_size();
+    data += channel->sample_size;
   }
   // Places without a channel at the end of the list have their times, too.
   Raise(time + (acquisition->count() - 1) * step);

@@ -1,19 +1,15 @@
 #include "logger/lap_statistics.h"
 
-#include <cstdio>
+#include "logger/report_text.h"
 
 namespace traguardo {
 
 namespace {
 
-std::string time_text(const char* word, i64 ms) {
-  char text[96];
-  // The remainders of a negative time print as their magnitude: the sign stands in front, once.
-  const u64 size = static_cast<u64>(ms < 0 ? -ms : ms);
-  std::snprintf(text, sizeof text, " %s %10lld (%s%llu:%02llu:%03llu)", word, static_cast<long long>(ms),
-                ms < 0 ? "-" : "", static_cast<unsigned long long>(size / 60000),
-                static_cast<unsigned long long>(size / 1000 % 60), static_cast<unsigned long long>(size % 1000));
-  return text;
+// Quotients and remainders keep the sign of a negative time.
+void append_time(ReportText* line, std::string_view word, i64 ms) {
+  line->Text(" ").Text(word).Text(" ").Number(ms, 10);
+  line->Text(" (").Number(ms / 60000).Text(":").Digits(ms / 1000 % 60, 2).Text(":").Digits(ms % 1000, 3).Text(")");
 }
 
 }  // namespace
@@ -23,10 +19,12 @@ void SStatLap::Aggiungi20(u64 offset, u32 time_ms, const LapRecord& record) { Ke
 void SStatLap::Aggiungi32(u64 offset, u32 time_ms, const LapRecord& record) { Keep(offset, time_ms, record); }
 
 void SStatLap::Keep(u64 offset, u32 time_ms, const LapRecord& record) {
-  char text[96];
-  std::snprintf(text, sizeof text, " 0x%010llx, mclk %10u [ %3u%3u%3u]", static_cast<unsigned long long>(offset),
-                time_ms, record.session(), record.lap(), record.split());
-  lines.push_back(text + time_text("lapTime", record.lap_time_ms()) + time_text("splitTime", record.split_time_ms()));
+  ReportText line;
+  line.ListedOffset(offset).Text(" mclk ").Number(time_ms, 10);
+  line.Text(" [ ").Number(record.session(), 3).Number(record.lap(), 3).Number(record.split(), 3).Text("]");
+  append_time(&line, "lapTime", record.lap_time_ms());
+  append_time(&line, "splitTime", record.split_time_ms());
+  lines.push_back(line.text());
   mark_times_ms.push_back(time_ms);
 }
 

@@ -123,12 +123,10 @@ void CParserZep_2Gv4::DropTables() {
   by_index_.clear();
   acquisitions_.clear();
   groups_.clear();
-  assemblers_.clear();
   s_channels_.clear();
 }
 
-bool CParserZep_2Gv4::ReportProgress(u64 position) {
-  if (progress_ == nullptr) return true;
+bool CParserZep_2Gv4::TellSink(u64 position) {
   const int percent = static_cast<int>(static_cast<double>(position) * 100.0 / static_cast<double>(size_) + 0.5);
   if (progress_->Avanza(progress_handle_, percent)) return true;
   TellSinkTheEnd(false);

@@ -55,7 +55,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   // Channels to read; empty for all.
   void SetCanaliVoluti(std::set<std::string> names) { wanted_channels_ = std::move(names); }
 
-  // For those who look inside: what the walk refused.
+  // For those who look inside: what the walk refused. The chunk streams stay for as long as the reader.
   const ErrorList& errors_in_s() const { return errors_s_; }
   const ErrorList& errors_in_m() const { return errors_m_; }
   const ErrorList& errors_in_a() const { return errors_a_; }
@@ -74,7 +74,8 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   bool FinishStores();
   void DropTables();
   // Tells the sink how far the walk is; false when it wants to stop.
-  bool ReportProgress(u64 position);
+  bool ReportProgress(u64 position) { return progress_ == nullptr || TellSink(position); }
+  bool TellSink(u64 position);
   void TellSinkTheEnd(bool good);
 
   // --- header_tags.cpp
@@ -117,7 +118,10 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   void Raise(u64 time) { highest_time_ = std::max(highest_time_, time); }
   bool CoversEmptySamples(u64 samples);
   u32 StoreFailed();
-  CCanaleQLT* ChannelAt(u16 index) const { return index < by_index_.size() ? by_index_[index] : nullptr; }
+  CCanaleQLT* ChannelAt(u16 index) const { return index < by_index_.size() ? by_index_[index].object : nullptr; }
+  ChannelEntry* EntryAt(u16 index) {
+    return index < by_index_.size() && by_index_[index].object != nullptr ? &by_index_[index] : nullptr;
+  }
 
   // --- chunks.cpp
   u32 DecodeChunk(const Frame& frame, bool has_length);
@@ -152,7 +156,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
 
   // The tables that the stream is decoded against.
   std::map<u16, std::unique_ptr<CCanaleQLT>> s_channels_;
-  std::vector<CCanaleQLT*> by_index_;  // the same, for the decoder
+  std::vector<ChannelEntry> by_index_;  // the same, for the decoder
   std::map<u16, std::unique_ptr<ChannelDescriptor>> acquisitions_;
   std::map<u16, std::unique_ptr<ChannelDescriptor>> groups_;
   std::map<u32, CanMsgAssembler> assemblers_;

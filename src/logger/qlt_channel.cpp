@@ -7,21 +7,6 @@
 
 namespace traguardo {
 
-namespace {
-
-CCanaleQLT::Esito outcome_of(CParsedChannel::Esito added) {
-  switch (added) {
-    case CParsedChannel::kRefused:
-      return CCanaleQLT::kRifiutato;
-    case CParsedChannel::kOutOfMemory:
-      return CCanaleQLT::kMemoriaFinita;
-    default:
-      return CCanaleQLT::kBuono;
-  }
-}
-
-}  // namespace
-
 CCanaleQLT::~CCanaleQLT() = default;
 
 bool CCanaleQLT::ConvertiValido(const u8*, float* out) const {
@@ -69,14 +54,14 @@ const u8* CCanaleQLT::Covered(const u8* sample, u32 wanted) {
 
 CCanaleQLT::Esito CCanaleQLT::ConvertiAndAddValore(u64 time, const u8* sample, u64) {
   if (channel_ == nullptr) return kBuono;
-  return outcome_of(channel_->AddValore(time, ValueOf(sample)));
+  return OutcomeOf(channel_->AddValore(time, ValueOf(sample)));
 }
 
 CCanaleQLT::Esito CCanaleQLT::ConvertiAndAddValori(u64 time, u32 count, const u8* samples) {
   if (channel_ == nullptr) return kBuono;
   Esito outcome = kBuono;
   for (u32 i = 0; i < count; ++i, samples += sample_size_, time += period_) {
-    const Esito one = outcome_of(channel_->AddValore(time, ValueOf(samples)));
+    const Esito one = OutcomeOf(channel_->AddValore(time, ValueOf(samples)));
     if (one == kMemoriaFinita) return one;
     if (one == kRifiutato) outcome = kRifiutato;
   }

@@ -52,7 +52,13 @@ class CCanaleQLT : public IConverter, public SStatMisura {
   // The channel goes to its new owner and stays this object's target.
   std::unique_ptr<CParsedChannel> HandOverChannel() { return std::move(owned_channel_); }
 
-  bool HasOwnConverter() const { return converter_ != nullptr; }
+  // The reader of a channel whose samples are plain values with all their bytes, for the decode loop.
+  bool HasBareReader() const { return channel_ != nullptr && static_cast<bool>(reader_); }
+  const SampleReader& bare_reader() const { return reader_; }
+  static Esito OutcomeOf(CParsedChannel::Esito added) {
+    if (added == CParsedChannel::kRefused) return kRifiutato;
+    return added == CParsedChannel::kOutOfMemory ? kMemoriaFinita : kBuono;
+  }
   // `reader`: the converter's bare reader, where it has one and samples have all the bytes that it reads.
   void SetConverter(std::unique_ptr<IConverter> converter, const SampleReader& reader);
 

@@ -1,6 +1,7 @@
 #include "model/mapped_array.h"
 
 #include <algorithm>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -30,16 +31,24 @@ u64 g_buffered_bytes = 0;
 // A window's offset is a 32-bit number in this family of files.
 constexpr u64 kLargestStore = u64{1} << 32;
 
+constexpr u64 kUnknownSize = std::numeric_limits<u64>::max();
+
 }  // namespace
 
 MemoryMappedArray::MemoryMappedArray(std::wstring file_name, u32 record_size, Modo mode, bool delete_on_destruction)
-    : record_size_(record_size), delete_on_destruction_(delete_on_destruction), file_name_(std::move(file_name)) {
+    : record_size_(record_size),
+      delete_on_destruction_(delete_on_destruction),
+      known_size_(kUnknownSize),
+      file_name_(std::move(file_name)) {
   Riapri(mode);
 }
 
 MemoryMappedArray::~MemoryMappedArray() {
   // What is deleted anyway needs no writing.
-  if (delete_on_destruction_) buffered_ = 0;
+  if (delete_on_destruction_) {
+    ReleaseBuffer();
+    mode_ = Modo::kChiuso;
+  }
   Chiudi();
   if (delete_on_destruction_) platform::delete_file(file_name_);
 }
@@ -63,6 +72,10 @@ u8* MemoryMappedArray::Riapri(Modo mode) {
 }
 
 bool MemoryMappedArray::MapFileIntoMemoryRead() {
+  if (mode_ == Modo::kLetturaFinestre && known_size_ != kUnknownSize) {
+    file_size_ = known_size_;
+    return file_size_ != 0;
+  }
   File file = File::open(file_name_, Access::kRead, Share::kRead, Creation::kMustExist);
   if (!file || !file.size(&file_size_)) {
     TRAGUARDO_LOG("MemoryMappedArray::MapFileIntoMemoryRead",
@@ -71,8 +84,8 @@ bool MemoryMappedArray::MapFileIntoMemoryRead() {
     return false;
   }
   if (file_size_ == 0) return false;
-  const u64 length = mode_ == Modo::kLetturaIntera ? file_size_ : std::min<u64>(file_size_, WindowSize());
-  view_ = Mapping::map(file, 0, static_cast<std::size_t>(length), false);
+  if (mode_ == Modo::kLetturaFinestre) return true;
+  view_ = Mapping::map(file, 0, static_cast<std::size_t>(file_size_), false);
   if (!view_) {
     TRAGUARDO_LOG("MemoryMappedArray::MapFileIntoMemoryRead",
                   "%s [%d] ERROR = Could not create Map View of File for File %s . System Error Code : 0x%x\n",
@@ -92,8 +105,11 @@ bool MemoryMappedArray::MapFileIntoMemoryWrite() {
                   platform::last_error());
     return false;
   }
-  if (mode_ == Modo::kAggiunta) return true;
-  return file_size_ > 0 && MapWindow();
+  if (mode_ == Modo::kAggiunta) {
+    known_size_ = kUnknownSize;
+    return true;
+  }
+  return file_size_ > 0;
 }
 
 // Maps the window that window_number_ names, as far as the file goes.
@@ -121,59 +137,74 @@ void MemoryMappedArray::NextWindow() {
   used_ = 0;
 }
 
+// The way of a record that finds no room: the first of a window, or one that the buffer is too small for.
+int MemoryMappedArray::MakeRoomAndAdd(u8** record) {
+  *record = nullptr;
+  if (mode_ != Modo::kAggiunta || !valid_) return 0;
+  int new_window = 0;
+  if (Numero() == (u64{window_number_} + 1) * kRecordsPerWindow) {
+    NextWindow();
+    new_window = 1;
+  }
+  if (Buffered() == capacity_ && !MakeRoom()) {
+    valid_ = false;
+    limit_ = next_;
+    return new_window;
+  }
+  const u64 left_in_window = (u64{window_number_} + 1) * kRecordsPerWindow - Numero();
+  limit_ = next_ + std::min<u64>(capacity_ - Buffered(), left_in_window) * record_size_;
+  *record = TakeRoom();
+  return new_window;
+}
+
 bool MemoryMappedArray::MakeRoom() {
-  const u64 stored = written_ + buffered_;
-  if ((stored + 1) * record_size_ > kLargestStore) {
-    valid_ = false;
-    return false;
-  }
+  if ((Numero() + 1) * record_size_ > kLargestStore) return false;
   const u32 limit = std::max(g_buffered_bytes < kBudget ? kLargeBuffer : kSmallBuffer, record_size_ * 2 * kKeptRecords);
+  if (capacity_ * record_size_ + record_size_ <= limit && Enlarge(limit)) return true;
+  if (capacity_ <= kKeptRecords) return false;
+  File file = File::open(file_name_, Access::kReadWrite, Share::kRead, Creation::kMustExist);
+  return WriteOut(&file, capacity_ - kKeptRecords);
+}
+
+bool MemoryMappedArray::Enlarge(u32 limit) {
   const u32 present = capacity_ * record_size_;
-  if (present < limit) {
-    const u32 wanted = std::min(limit, std::max({kFirstBuffer, present * 2, record_size_ * 2 * kKeptRecords}));
-    std::unique_ptr<u8[]> larger(new (std::nothrow) u8[wanted]);
-    if (larger != nullptr) {
-      if (buffered_ > 0) std::memcpy(larger.get(), buffer_.get(), static_cast<std::size_t>(buffered_) * record_size_);
-      buffer_ = std::move(larger);
-      g_buffered_bytes += wanted - present;
-      capacity_ = wanted / record_size_;
-      // The remainder of a size that is no multiple of the record's is counted as not taken, as it is given back so.
-      g_buffered_bytes -= wanted % record_size_;
-      return true;
-    }
-    if (capacity_ <= kKeptRecords) {
-      valid_ = false;
-      return false;
-    }
-  }
-  if (!WriteOut(buffered_ - kKeptRecords)) {
-    valid_ = false;
-    return false;
-  }
+  const u32 wanted = std::min(limit, std::max({kFirstBuffer, present * 2, record_size_ * 2 * kKeptRecords}));
+  const u32 records = wanted / record_size_;
+  std::unique_ptr<u8[]> larger(new (std::nothrow) u8[static_cast<std::size_t>(records) * record_size_]);
+  if (larger == nullptr) return false;
+  const std::size_t kept = static_cast<std::size_t>(next_ - buffer_.get());
+  if (kept > 0) std::memcpy(larger.get(), buffer_.get(), kept);
+  buffer_ = std::move(larger);
+  next_ = buffer_.get() + kept;
+  limit_ = next_;
+  capacity_ = records;
+  g_buffered_bytes += u64{records} * record_size_ - present;
   return true;
 }
 
 // Writes the oldest `count` buffered records and moves the others to the front.
-bool MemoryMappedArray::WriteOut(u32 count) {
+bool MemoryMappedArray::WriteOut(File* file, u32 count) {
   const std::size_t bytes = static_cast<std::size_t>(count) * record_size_;
-  File file = File::open(file_name_, Access::kReadWrite, Share::kRead, Creation::kOpenOrCreate);
-  if (!file || !file.write_at(written_ * record_size_, buffer_.get(), bytes)) {
+  if (!*file || !file->write_at(written_ * record_size_, buffer_.get(), bytes)) {
     TRAGUARDO_LOG("MemoryMappedArray::MapFileIntoMemoryWrite",
                   "%s [%d] ERROR = Could not create File Mapping for File %s . System Error Code : 0x%x\n", file_name_,
                   platform::last_error());
     return false;
   }
+  const std::size_t kept = static_cast<std::size_t>(next_ - buffer_.get()) - bytes;
+  std::memmove(buffer_.get(), buffer_.get() + bytes, kept);
   written_ += count;
-  buffered_ -= count;
-  std::memmove(buffer_.get(), buffer_.get() + bytes, static_cast<std::size_t>(buffered_) * record_size_);
+  next_ = buffer_.get() + kept;
+  limit_ = next_;
   return true;
 }
 
 void MemoryMappedArray::ReleaseBuffer() {
   g_buffered_bytes -= u64{capacity_} * record_size_;
   buffer_.reset();
+  next_ = nullptr;
+  limit_ = nullptr;
   capacity_ = 0;
-  buffered_ = 0;
   written_ = 0;
 }
 
@@ -186,9 +217,11 @@ bool MemoryMappedArray::UnmapFileFromMemory() {
   }
   if (mode_ != Modo::kAggiunta) return good;
   // A store that failed once has holes at its end that no reader may take for samples.
-  good = good && valid_ && (buffered_ == 0 || WriteOut(buffered_));
   File file = File::open(file_name_, Access::kReadWrite, Share::kRead, Creation::kMustExist);
-  if (file && !file.resize(written_ * record_size_)) {
+  good = good && valid_ && (Buffered() == 0 || WriteOut(&file, Buffered()));
+  const u64 size = written_ * record_size_;
+  u64 present = 0;
+  if (file && !(file.size(&present) && (present == size || file.resize(size)))) {
     TRAGUARDO_LOG("MemoryMappedArray::UnmapFileFromMemory",
                   "%s [%d] ERROR = Failed to Set End of File for Memory Mapped File. System Error Code : 0x%x\n",
                   platform::last_error());
@@ -207,6 +240,7 @@ bool MemoryMappedArray::UnmapFileFromMemory() {
     good = false;
   }
   ReleaseBuffer();
+  if (good) known_size_ = size;
   return good;
 }
 
@@ -224,12 +258,10 @@ u8* MemoryMappedArray::Prossimo() {
   if ((mode_ != Modo::kAggiornamento && mode_ != Modo::kLetturaFinestre) || !valid_) return nullptr;
   const u64 end_of_next = u64{window_number_} * WindowSize() + (u64{used_} + 1) * record_size_;
   if (end_of_next > file_size_) return nullptr;
-  if (used_ == kRecordsPerWindow) {
-    NextWindow();
-    if (!MapWindow()) {
-      valid_ = false;
-      return nullptr;
-    }
+  if (used_ == kRecordsPerWindow) NextWindow();
+  if ((used_ == 0 || !view_) && !MapWindow()) {
+    valid_ = false;
+    return nullptr;
   }
   u8* record = view_.data() + static_cast<std::size_t>(used_) * record_size_;
   ++used_;
@@ -247,7 +279,7 @@ bool MemoryMappedArray::ProssimaFinestra(u8** records, u32* count) {
 
 u64 MemoryMappedArray::Numero() const {
   if (mode_ == Modo::kChiuso || record_size_ == 0) return 0;
-  if (mode_ == Modo::kAggiunta) return u64{window_number_} * kRecordsPerWindow + used_;
+  if (mode_ == Modo::kAggiunta) return written_ + Buffered();
   return file_size_ / record_size_;
 }
 

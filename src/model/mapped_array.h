@@ -31,27 +31,32 @@ class MemoryMappedArray {
   MemoryMappedArray& operator=(const MemoryMappedArray&) = delete;
   virtual ~MemoryMappedArray();
 
-  // Closes, then opens in the new mode from the first record on. Gives the view: the first record's bytes in the reading
-  // modes; null if there is none.
+  // Closes, then opens in the new mode from the first record on. Gives the view as far as it is mapped; a store read by
+  // windows maps its first one when the first record is asked for.
   u8* Riapri(Modo mode);
 
   // Append mode only. Stores a pointer to a new record, null if the store can't grow any more (a full disk, or 2^32 bytes
   // reached). Gives 1 if the record is the first of a further window, else 0. The pointer is good until the next call.
   int Aggiungi(u8** record) {
-    *record = nullptr;
-    if (mode_ != Modo::kAggiunta || !valid_) return 0;
-    const int new_window = used_ == kRecordsPerWindow ? 1 : 0;
-    if (new_window != 0) NextWindow();
-    if (buffered_ == capacity_ && !MakeRoom()) return new_window;
-    *record = buffer_.get() + static_cast<std::size_t>(buffered_) * record_size_;
-    ++buffered_;
-    ++used_;
-    return new_window;
+    if (!HasRoom()) return MakeRoomAndAdd(record);
+    *record = TakeRoom();
+    return 0;
   }
+  // The two halves of Aggiungi for loops over samples. Room never reaches beyond the current window, so a record that
+  // finds room has a predecessor in its window.
+  bool HasRoom() const { return next_ != limit_; }
+  // REQUIRES: HasRoom().
+  u8* TakeRoom() {
+    u8* record = next_;
+    next_ += record_size_;
+    return record;
+  }
+  // Append mode only: the next record begins a window.
+  bool IsAtWindowEdge() const { return Numero() % kRecordsPerWindow == 0; }
 
   // Append mode only: the record `back` places before the newest one, for back 0 and 1; null if it was never written.
   u8* Recente(u32 back) {
-    return back < buffered_ ? buffer_.get() + static_cast<std::size_t>(buffered_ - 1 - back) * record_size_ : nullptr;
+    return back < Buffered() ? next_ - (std::size_t{back} + 1) * record_size_ : nullptr;
   }
 
   // Modes kAggiornamento and kLetturaFinestre: the next record, null at the end.
@@ -81,24 +86,33 @@ class MemoryMappedArray {
   bool UnmapFileFromMemory();
   bool MapWindow();
   void NextWindow();
+  int MakeRoomAndAdd(u8** record);
   bool MakeRoom();
-  bool WriteOut(u32 count);
+  bool Enlarge(u32 limit);
+  bool WriteOut(platform::File* file, u32 count);
   void ReleaseBuffer();
+  u32 Buffered() const { return static_cast<u32>(static_cast<std::size_t>(next_ - buffer_.get()) / record_size_); }
   u32 WindowSize() const { return record_size_ * kRecordsPerWindow; }
 
+  // Appending: the place of the next record, and the end of what can be handed out without a further thought, which is
+  // the end of the buffer or of the window.
+  u8* next_ = nullptr;
+  u8* limit_ = nullptr;
   const u32 record_size_;
   const bool delete_on_destruction_;
-  Modo mode_ = Modo::kChiuso;
   bool valid_ = false;
-  u32 used_ = 0;           // records handed out in the current window
+  Modo mode_ = Modo::kChiuso;
+  u32 used_ = 0;           // reading: records handed out in the current window
   u32 window_number_ = 0;  // index of the current window
   u64 file_size_ = 0;
+  // Bytes of the file as this object left it: a store that it has written itself needs no look at the file to know its
+  // size, nor a window before somebody reads. All ones while unknown.
+  u64 known_size_;
   std::wstring file_name_;
   platform::Mapping view_;
   // Appending: records that wait for the file. The newest two always stay here, since their owner may still change them.
   std::unique_ptr<u8[]> buffer_;
   u32 capacity_ = 0;
-  u32 buffered_ = 0;
   u64 written_ = 0;
 };
 

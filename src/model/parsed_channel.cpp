@@ -11,7 +11,7 @@ namespace traguardo {
 namespace {
 
 constexpr double kSecondsPerMicrosecond = 1e-6;
-constexpr u32 kValueOffset = 8;
+constexpr u32 kValueAt = 8;
 // Records that a range is read in at a time.
 constexpr u64 kReadAhead = 4096;
 
@@ -36,7 +36,7 @@ class RecordCursor {
       return;
     }
     time_ = load_u64(next_) + shift_;
-    value_ = load_f32(next_ + kValueOffset);
+    value_ = load_f32(next_ + kValueAt);
     next_ += SChannelRecord::kSize;
     --left_;
   }
@@ -106,48 +106,37 @@ CParsedChannel::CParsedChannel(std::string name, const std::wstring& file_path, 
 
 bool CParsedChannel::ChiudiStore() { return store_.Chiudi(); }
 
-CParsedChannel::Esito CParsedChannel::AddValore(u64 time, float value) {
-  // Behind a window's edge the new record has no predecessor to be measured against.
-  if (has_last_ && store_.Numero() % platform::kAllocationGranularity != 0) {
-    if (time <= last_record_time_) return kRefused;
-    if (keep_constant_ && has_previous_ && value == last_value_ && value == previous_value_) {
-      store_u64(store_.Recente(0), time);
-      last_record_time_ = time;
-      last_time_ = std::max(last_time_, time);
-      return kMerged;
-    }
-  } else if (has_last_) {
-    if (time <= last_record_time_) times_ascend_ = false;
+// The way of a sample that finds no room in the store's buffer: often the first of a window.
+CParsedChannel::Esito CParsedChannel::AddAtAnEdge(u64 time, float value) {
+  if (store_.IsAtWindowEdge()) {
+    // The new record has no predecessor to be measured against.
+    last_time_ = HighestTime();
+    if (has_samples_ && time <= last_time_) times_ascend_ = false;
     has_last_ = false;
     has_previous_ = false;
+  } else if (has_last_) {
+    if (time <= last_record_time_) return kRefused;
+    if (keep_constant_ && IsRepeated(value)) return Merge(time);
   }
-
   u8* record = nullptr;
   store_.Aggiungi(&record);
   if (record == nullptr) {
+    last_time_ = HighestTime();
     has_last_ = false;
     has_previous_ = false;
     TRAGUARDO_LOG("CParsedChannel::AddValore", "%s [%d] ERROR = Can't alloc mem for channel\n");
     return kOutOfMemory;
   }
-  store_u64(record, time);
-  store_f32(record + kValueOffset, value);
-  has_previous_ = has_last_;
-  previous_value_ = last_value_;
-  has_last_ = true;
-  last_value_ = value;
-  last_record_time_ = time;
+  if (!has_last_) first_time_ = std::min(first_time_, time);
   has_samples_ = true;
-  TakeBounds(value);
-  if (time > last_time_) last_time_ = time;
-  if (time < first_time_) first_time_ = time;
+  Append(record, time, value);
   return kStored;
 }
 
 bool CParsedChannel::AddValori(u64 first_time, u64 step, u32 count, const float* values) {
   if (values == nullptr || count == 0) return true;
   bool good = true;
-  if (step == 0 || (has_samples_ && first_time <= last_record_time_)) times_ascend_ = false;
+  if (step == 0 || (has_samples_ && first_time <= HighestTime())) times_ascend_ = false;
   u64 time = first_time;
   for (u32 i = 0; i < count; ++i) {
     u8* record = nullptr;
@@ -157,19 +146,14 @@ bool CParsedChannel::AddValori(u64 first_time, u64 step, u32 count, const float*
       good = false;
       continue;
     }
-    store_u64(record, time);
-    store_f32(record + kValueOffset, values[i]);
-    TakeBounds(values[i]);
-    has_samples_ = true;
-    has_last_ = true;
+    Append(record, time, values[i]);
     has_previous_ = false;
-    last_value_ = values[i];
-    last_record_time_ = time;
+    has_samples_ = true;
     if (time + step < time) times_ascend_ = false;
     time += step;
   }
   // One step past the last sample.
-  last_time_ = std::max(last_time_, first_time + count * step);
+  last_time_ = std::max(HighestTime(), first_time + count * step);
   first_time_ = std::min(first_time_, first_time);
   return good;
 }
@@ -307,6 +291,9 @@ void CParsedChannel::TraslaTempi(u64 from, u64 to) {
   const u64 distance = to - from;
   store_.Chiudi();
   time_shift_ += distance;
+  last_time_ = HighestTime();
+  has_last_ = false;
+  has_previous_ = false;
   first_time_ += distance;
   last_time_ += distance;
   // Times that wrap in the middle of a channel no longer ascend.

@@ -2,15 +2,17 @@
 // millions of samples each needs no more memory than their buffers.
 #pragma once
 
+#include <algorithm>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "model/mapped_array.h"
 #include "model/rk_channel.h"
 
 namespace traguardo {
 
-class CParsedChannel : public IRkChannel {
+class alignas(64) CParsedChannel final : public IRkChannel {
  public:
   enum Esito { kStored = 0, kMerged = 1, kRefused = 2, kOutOfMemory = 3 };
 
@@ -36,7 +38,7 @@ class CParsedChannel : public IRkChannel {
   u64 GetNumValori() override;
   u64 GetNumValoriRange(u64 from, u64 to) override;
   u64 GetPrimoTempo() const override { return store_.Numero() == 0 ? 0 : first_time_; }
-  u64 GetUltimoTempo() const override { return store_.Numero() == 0 ? 1 : last_time_; }
+  u64 GetUltimoTempo() const override { return store_.Numero() == 0 ? 1 : HighestTime(); }
   float GetMinimo() const override { return has_samples_ ? minimum_ : -1.0F; }
   float GetMassimo() const override { return has_samples_ ? maximum_ : 1.0F; }
   bool IsVelocita() const override { return is_speed_; }
@@ -53,15 +55,23 @@ class CParsedChannel : public IRkChannel {
 
   // --- What readers and the merged view use
   // One sample. A time not above the last one's is refused, except behind a window's edge.
-  virtual Esito AddValore(u64 time, float value);
+  Esito AddValore(u64 time, float value) {
+    // A record that finds room has a predecessor in its window.
+    if (!store_.HasRoom()) [[unlikely]]
+      return AddAtAnEdge(time, value);
+    if (time <= last_record_time_) return kRefused;
+    if (keep_constant_ && IsRepeated(value)) return Merge(time);
+    Append(store_.TakeRoom(), time, value);
+    return kStored;
+  }
   // `count` samples from first_time on, `step` apart; no test of order. False if the store ran out of room.
-  virtual bool AddValori(u64 first_time, u64 step, u32 count, const float* values);
+  bool AddValori(u64 first_time, u64 step, u32 count, const float* values);
   // Resamples on the grid from, from + step, ... below to, into buffer[offset] on; zeroes `count` floats there first.
-  virtual bool GetValoriEvery(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count);
-  virtual bool GetValoriEveryHold(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count);
-  virtual bool GetValoriEveryLineare(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count);
+  bool GetValoriEvery(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count);
+  bool GetValoriEveryHold(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count);
+  bool GetValoriEveryLineare(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count);
   // All records; 0 and nothing written if the capacity is below the sample count.
-  virtual u64 GetRecord(SChannelRecord* out, u64 capacity);
+  u64 GetRecord(SChannelRecord* out, u64 capacity);
 
   // Moves all samples by to - from, modulo 2^64.
   void TraslaTempi(u64 from, u64 to);
@@ -93,15 +103,46 @@ class CParsedChannel : public IRkChannel {
   bool GetTieniUltimoValore() const { return hold_last_value_; }
 
  private:
+  static constexpr u32 kValueOffset = 8;
+
+  bool IsRepeated(float value) const { return has_previous_ && value == last_value_ && value == previous_value_; }
+  Esito Merge(u64 time) {
+    store_u64(store_.Recente(0), time);
+    last_record_time_ = time;
+    return kMerged;
+  }
+  void Append(u8* record, u64 time, float value) {
+    store_u64(record, time);
+    store_f32(record + kValueOffset, value);
+    has_previous_ = has_last_;
+    has_last_ = true;
+    previous_value_ = last_value_;
+    last_value_ = value;
+    last_record_time_ = time;
+    TakeBounds(value);
+  }
+  Esito AddAtAnEdge(u64 time, float value);
   void TakeBounds(float value) {
     if (value > maximum_) maximum_ = value;
     if (value < minimum_) minimum_ = value;
   }
+  // Within a window times rise, so the newest record's stands for all of them.
+  u64 HighestTime() const { return has_last_ ? std::max(last_time_, last_record_time_) : last_time_; }
   u64 FirstNotBelow(const RecordReader& reader, u64 time) const;
   template <typename Visitor>
   void VisitRange(u64 from, u64 to, u64 most, Visitor&& visit);
 
+  // What every sample touches stands together, in front: with a thousand channels each further line of memory counts.
+  // The last record and the one before it are those of the current window, as no comparison reaches across its edge.
   const bool keep_constant_;
+  bool has_last_ = false;
+  bool has_previous_ = false;
+  bool has_samples_ = false;
+  float last_value_ = 0;
+  float previous_value_ = 0;
+  float minimum_ = std::numeric_limits<float>::max();
+  float maximum_ = std::numeric_limits<float>::lowest();
+  u64 last_record_time_ = 0;
   MemoryMappedArray store_;
   std::string name_;
   std::string units_;
@@ -109,21 +150,12 @@ class CParsedChannel : public IRkChannel {
   bool has_unit_id_ = false;
   float frequency_ = 0;
   u64 period_ = 0;
-  bool has_samples_ = false;
-  // The last record and the one before it, as AddValore compares with them; neither reaches across a window's edge.
-  bool has_last_ = false;
-  bool has_previous_ = false;
-  float last_value_ = 0;
-  float previous_value_ = 0;
-  u64 last_record_time_ = 0;
   // While this holds, a time can be searched for; a first record behind a window's edge or AddValori can end it.
   bool times_ascend_ = true;
   // Added to every stored time on reading, so that moving a channel on the time axis costs no pass over its file.
   u64 time_shift_ = 0;
   u64 first_time_ = std::numeric_limits<u64>::max();
-  u64 last_time_ = 0;
-  float minimum_ = std::numeric_limits<float>::max();
-  float maximum_ = std::numeric_limits<float>::lowest();
+  u64 last_time_ = 0;  // of earlier windows; see HighestTime
   bool is_speed_ = false;
   bool is_lateral_acceleration_ = false;
   bool is_bit_field_ = false;

@@ -81,7 +81,7 @@ TEST(Lz77, GivesACodeForEveryKindOfStream) {
     if (c.size >= 0) {
       EXPECT_EQ(static_cast<long>(got.size()), c.size) << c.name;
     } else {
-      EXPECT_LT(got.size(), plain.size()) << c.name;
+      EXPECT_LE(got.size(), plain.size()) << c.name;
       EXPECT_GT(got.size(), 0U) << c.name << ": what came out in front of the damage stays";
     }
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.qlc", "a.qlt"})) << c.name;

@@ -1,0 +1,31 @@
+// A channel as the decode loop sees it: what a sample needs, side by side. With a thousand channels in turn, each further
+// line of memory that a sample touches costs more than its conversion.
+#pragma once
+
+#include "logger/qlt_channel.h"
+
+namespace traguardo {
+
+struct ChannelEntry {
+  ChannelEntry() = default;
+  explicit ChannelEntry(CCanaleQLT* channel)
+      : object(channel),
+        sink(channel->HasBareReader() ? channel->channel() : nullptr),
+        reader(channel->bare_reader()),
+        sample_size(channel->sample_size()),
+        statistics(channel->statistics()) {}
+
+  // One sample, with the file offset that it is reported under.
+  CCanaleQLT::Esito Add(u64 time, const u8* sample, u64 offset) const {
+    return sink != nullptr ? CCanaleQLT::OutcomeOf(sink->AddValore(time, reader(sample)))
+                           : object->ConvertiAndAddValore(time, sample, offset);
+  }
+
+  CCanaleQLT* object = nullptr;    // null: no such channel
+  CParsedChannel* sink = nullptr;  // null: the object itself decides what a sample is
+  SampleReader reader;
+  u32 sample_size = 0;
+  SStatMisura* statistics = nullptr;
+};
+
+}  // namespace traguardo
