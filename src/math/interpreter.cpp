@@ -78,26 +78,84 @@ bool CInterpreter::Execute(u16 pass, std::span<const InputCursor> inputs, float*
   pass_ = pass;
   rewind_slots();
   parser_.Rewind();
-  bool good = true;
-  while (good && parser_.HasMore()) {
-    const Instruction instruction = parser_.Next();
-    if (instruction.bytes == nullptr) break;
-    const u8 opcode = instruction.opcode();
-    if (opcode == kOpNumber) {
-      good = Push(instruction.number());
-    } else if (opcode == kOpConstant) {
-      good = instruction.index() < tokenizer_.ConstantCount() && Push(tokenizer_.ConstantValue(instruction.index()));
-    } else if (opcode <= kOpMathChannel) {
-      good = instruction.index() < inputs.size() && Push(*inputs[instruction.index()].sample);
-    } else if (opcode <= kOpPower) {
-      good = apply_operator(opcode);
-    } else {
-      good = call(opcode);
-    }
-  }
-  if (good && Pop(value)) return true;
+  if (walk(parser_.Code(), inputs) && Pop(value)) return true;
   *value = top_ > 0 ? stack_[top_ - 1] : 0.0F;
   return false;
+}
+
+// The loop that all samples go through. The top of the stack stays in a register, but for the calls of functions, and
+// the way to the next instruction is a number of its own in each case, so that it doesn't wait for this one's opcode.
+// Code of the parser holds whole instructions.
+bool CInterpreter::walk(std::span<const u8> code, std::span<const InputCursor> inputs) {
+  float* const stack = stack_.data();
+  const std::size_t capacity = stack_.size();
+  std::size_t top = top_;
+  const auto push = [&](float value) {
+    if (top == capacity) return false;
+    stack[top++] = value;
+    return true;
+  };
+  const auto combine = [&](auto operation) {
+    if (top < 2) {
+      top = 0;
+      return false;
+    }
+    --top;
+    stack[top - 1] = operation(stack[top - 1], stack[top]);
+    return true;
+  };
+  const u8* at = code.data();
+  const u8* const end = at + code.size();
+  bool good = true;
+  while (good && at < end) {
+    const Instruction instruction{at};
+    const u8 opcode = instruction.opcode();
+    if (opcode >= kOpcodeCount) break;
+    switch (opcode) {
+      case kOpNumber:
+        at += kOpcodeLengths[kOpNumber];
+        good = push(instruction.number());
+        break;
+      case kOpConstant:
+        at += kOpcodeLengths[kOpConstant];
+        good = instruction.index() < tokenizer_.ConstantCount() && push(tokenizer_.ConstantValue(instruction.index()));
+        break;
+      case kOpOtherSymbol:
+      case kOpChannel:
+      case kOpMathChannel:
+        at += kOpcodeLengths[kOpMathChannel];
+        good = instruction.index() < inputs.size() && push(*inputs[instruction.index()].sample);
+        break;
+      case kOpAdd:
+        at += kOpcodeLengths[kOpAdd];
+        good = combine([](float a, float b) { return a + b; });
+        break;
+      case kOpSubtract:
+        at += kOpcodeLengths[kOpSubtract];
+        good = combine([](float a, float b) { return a - b; });
+        break;
+      case kOpMultiply:
+        at += kOpcodeLengths[kOpMultiply];
+        good = combine([](float a, float b) { return a * b; });
+        break;
+      case kOpDivide:
+        at += kOpcodeLengths[kOpDivide];
+        good = combine([](float a, float b) { return b == 0.0F ? 0.0F : a / b; });
+        break;
+      case kOpPower:
+        at += kOpcodeLengths[kOpPower];
+        good = combine([](float a, float b) { return std::pow(a, b); });
+        break;
+      default:
+        at += kOpcodeLengths[kOpSqrt];
+        top_ = top;
+        good = call(opcode);
+        top = top_;
+        break;
+    }
+  }
+  top_ = top;
+  return good;
 }
 
 bool CInterpreter::pop_two(float* first, float* second) {
@@ -108,24 +166,6 @@ bool CInterpreter::pop_two(float* first, float* second) {
   *second = stack_[--top_];
   *first = stack_[--top_];
   return true;
-}
-
-bool CInterpreter::apply_operator(u8 opcode) {
-  float a = 0.0F;
-  float b = 0.0F;
-  if (!pop_two(&a, &b)) return false;
-  switch (opcode) {
-    case kOpAdd:
-      return Push(a + b);
-    case kOpSubtract:
-      return Push(a - b);
-    case kOpMultiply:
-      return Push(a * b);
-    case kOpDivide:
-      return Push(b == 0.0F ? 0.0F : a / b);
-    default:
-      return Push(std::pow(a, b));
-  }
 }
 
 bool CInterpreter::call(u8 opcode) {

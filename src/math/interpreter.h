@@ -76,8 +76,8 @@ class CInterpreter {
   };
 
   void rewind_slots();
-  // One instruction; false if the stack doesn't allow it or there is no such slot, input or function.
-  bool apply_operator(u8 opcode);
+  // False if the stack doesn't allow an instruction or there is no such slot, input or function.
+  bool walk(std::span<const u8> code, std::span<const InputCursor> inputs);
   bool call(u8 opcode);
   bool call_unary(u8 opcode);
   bool call_binary(u8 opcode);

@@ -138,12 +138,12 @@ void CGestMathChan::run_passes(IMathSession& session, std::size_t target) {
 CGestMathChan::Inputs CGestMathChan::load_inputs(IMathSession& session, std::size_t target) {
   std::vector<InputSource> sources;
   for (parser_.Rewind(); parser_.HasMore();) {
-    Instruction instruction = parser_.Next();
+    const Instruction instruction = parser_.Next();
     if (instruction.bytes == nullptr) break;
     if (instruction.opcode() < kOpOtherSymbol || instruction.opcode() > kOpMathChannel) continue;
     const InputSource source{instruction.opcode() != kOpMathChannel, instruction.index()};
     const auto known = std::ranges::find(sources, source);
-    instruction.set_index(static_cast<u16>(known - sources.begin()));
+    parser_.SetIndex(static_cast<u16>(known - sources.begin()));
     if (known == sources.end()) sources.push_back(source);
   }
   Inputs inputs;

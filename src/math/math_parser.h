@@ -19,13 +19,12 @@ struct SMathToken;
 //   operator  opcode
 //   function  opcode, parameter count
 struct Instruction {
-  u8* bytes;
+  const u8* bytes;
 
   u8 opcode() const { return bytes[0]; }
   bool holds_float() const { return bytes[1] != 0; }
   float number() const { return holds_float() ? load_f32(bytes + 2) : static_cast<float>(load_u32(bytes + 2)); }
   u16 index() const { return load_u16(bytes + 2); }
-  void set_index(u16 index) { store_u16(bytes + 2, index); }
 };
 
 class CMathParser {
@@ -46,10 +45,12 @@ class CMathParser {
   Instruction Next() {
     const u8 opcode = cursor_ < length_ ? code_[cursor_] : u8{0xFF};
     if (opcode >= kOpcodeCount || kOpcodeLengths[opcode] > length_ - cursor_) return {nullptr};
-    u8* bytes = code_.data() + cursor_;
+    last_ = cursor_;
     cursor_ += kOpcodeLengths[opcode];
-    return {bytes};
+    return {code_.data() + last_};
   }
+  // REQUIRES: Next() gave a symbol. Its index becomes this one.
+  void SetIndex(u16 index) { store_u16(code_.data() + last_ + 2, index); }
   // How many passes over the samples the code asks for: 3 for a `gear`, 2 for a `slip`, whichever comes first; else 1.
   u16 PassCount() const;
   // Whether a function stands in the code that wants its inputs smoothed.
@@ -80,6 +81,7 @@ class CMathParser {
   std::array<u8, kCodeCapacity> code_{};
   std::size_t length_ = 0;
   std::size_t cursor_ = 0;
+  std::size_t last_ = 0;  // Where the instruction of the last Next() stands.
 };
 
 }  // namespace traguardo

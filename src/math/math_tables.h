@@ -95,8 +95,8 @@ struct SCharacterRow {
 };
 struct SFunctionRow {
   u8 code = 0;
-  std::string_view name;
   u16 parameters = 0;
+  std::string_view name;
   std::string_view text;  // What the parameters are, for a reader.
 };
 struct SMessageRow {

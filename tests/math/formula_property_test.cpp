@@ -19,7 +19,7 @@ TEST(FormulaProperties, InterpreterAgreesWithATreeWalk) {
   CUserUnitsOfMeasureMgr units;
   CGestMathChan manager(units, L"");
   int compared = 0;
-  while (compared < 4000) {
+  while (compared < 3000) {
     test::MemoryMathSession session = test::random_math_session(choices);
     const std::size_t target = session.channels.size() - 1;
     test::FormulaGenerator generator(choices, {"Speed #1", "Engine", "Lateral acc.", "_x1"});
