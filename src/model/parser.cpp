@@ -9,7 +9,6 @@ namespace traguardo {
 
 namespace {
 
-constexpr u64 kMicrosecondsPerMillisecond = 1000;
 constexpr std::size_t kTrackReferenceOffset = 36;
 constexpr std::size_t kTrackNameWidth = 32;
 const std::string kNoText;
