@@ -81,6 +81,7 @@ CParserZep_2Gv4::Entry CParserZep_2Gv4::TakeChannelRecord(const ChannelRecord& r
     // A packet has no samples that could go on.
     object = PacketObject(record);
     if (object == nullptr) return Entry::kSkipped;
+    if (options_.measure_statistics) object->InstallOffsetsOnly();
     Enter(record.id(), std::move(object));
     return Entry::kTaken;
   }

@@ -13,7 +13,9 @@ namespace {
 constexpr std::size_t kTagNameWidth = 4;
 
 // Tag names are told apart up to their first NUL, or over all 4 bytes.
-std::string_view compared_part(std::string_view name) { return name.substr(0, std::min(name.find('\0'), kTagNameWidth)); }
+std::string_view compared_part(std::string_view name) {
+  return name.substr(0, std::min(name.find('\0'), kTagNameWidth));
+}
 
 }  // namespace
 

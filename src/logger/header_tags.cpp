@@ -102,6 +102,7 @@ bool CParserZep_2Gv4::IsHeaderTag(const SAtomTag& tag) {
       SetNomeTracciato(text_of(tag));
     } else {
       SetRecordTracciato(tag.payload);
+      has_track_record_ = true;
     }
   } else if (tag.name == "SRC") {
     main_ident_tags_.push_back(tag);

@@ -14,9 +14,13 @@ void append_time(ReportText* line, std::string_view word, i64 ms) {
 
 }  // namespace
 
-void SStatLap::Aggiungi20(u64 offset, u32 time_ms, const LapRecord& record) { Keep(offset, time_ms, record); }
+void SStatLap::Aggiungi20(u64 offset, u32 time_ms, const LapRecord& record) {
+  Keep(offset, time_ms, record);
+}
 
-void SStatLap::Aggiungi32(u64 offset, u32 time_ms, const LapRecord& record) { Keep(offset, time_ms, record); }
+void SStatLap::Aggiungi32(u64 offset, u32 time_ms, const LapRecord& record) {
+  Keep(offset, time_ms, record);
+}
 
 void SStatLap::Keep(u64 offset, u32 time_ms, const LapRecord& record) {
   ReportText line;

@@ -66,6 +66,9 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   const SStatLap& lap_statistics() const { return *lap_statistics_; }
 
  private:
+  // Shows what no getter has to hand out.
+  friend class ParseReport;
+
   // --- logger_parser.cpp
   bool Walk();
   void RunAfterWalkSteps();
@@ -138,7 +141,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   // --- report.cpp, debug_tags.cpp
   void WriteReport(const std::wstring& path);
   void SalvaTagDiDebugSePresenti();
-  bool CollectDebugTag(const SAtomTag& tag);
+  void CollectDebugTag(const SAtomTag& tag);
 
   MemoryMappedArray file_;
   const u8* base_ = nullptr;
@@ -153,6 +156,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   std::vector<SAtomTag> main_ident_tags_;
   std::vector<SAtomTag> net_ident_tags_;
   std::vector<SAtomTag> ecu_tags_;
+  bool has_track_record_ = false;
 
   // The tables that the stream is decoded against.
   std::map<u16, std::unique_ptr<CCanaleQLT>> s_channels_;

@@ -12,8 +12,8 @@
 
 namespace traguardo {
 
-// Marks may stand in any order of time, and a long trace asks once per record: so the answer is found by halving, not by
-// a walk over all marks.
+// Marks may stand in any order of time, and a long trace asks once per record: so the answer is found by halving, not
+// by a walk over all marks.
 class MarkTimes {
  public:
   // In the order of the file; borrowed.
@@ -23,7 +23,9 @@ class MarkTimes {
     std::sort(by_time_.begin(), by_time_.end(), [this](u32 a, u32 b) { return times_ms_[a] < times_ms_[b]; });
     const std::size_t count = by_time_.size();
     std::copy(by_time_.begin(), by_time_.end(), earliest_.begin() + static_cast<std::ptrdiff_t>(count));
-    for (std::size_t node = count; node-- > 1;) earliest_[node] = std::min(earliest_[2 * node], earliest_[2 * node + 1]);
+    for (std::size_t node = count; node-- > 1;) {
+      earliest_[node] = std::min(earliest_[2 * node], earliest_[2 * node + 1]);
+    }
   }
 
   // The time of the first mark of the file that lies between the two, both included.

@@ -62,11 +62,14 @@ class CCanaleQLT : public IConverter, public SStatMisura {
   // `reader`: the converter's bare reader, where it has one and samples have all the bytes that it reads.
   void SetConverter(std::unique_ptr<IConverter> converter, const SampleReader& reader);
 
-  // The separate statistics, null while nobody asked for them: then nothing is counted and no offset kept.
-  SStatMisura* statistics() const { return statistics_.get(); }
+  // Null while nobody asked for them: then nothing is counted and no offset kept.
+  SStatMisura* statistics() const { return statistics_; }
   void InstallStatistics() {
-    if (statistics_ == nullptr) statistics_ = std::make_unique<SStatMisura>();
+    if (separate_statistics_ == nullptr) separate_statistics_ = std::make_unique<SStatMisura>();
+    statistics_ = separate_statistics_.get();
   }
+  // Without an object of their own the statistics are this one: it keeps the offsets of refused samples and counts none.
+  void InstallOffsetsOnly() { statistics_ = this; }
 
   void SetExtraCde(const u8* bytes) { std::copy(bytes, bytes + extra_cde_.size(), extra_cde_.begin()); }
   void SetExtraFt1(const u8* bytes) { std::copy(bytes, bytes + extra_ft1_.size(), extra_ft1_.begin()); }
@@ -92,7 +95,8 @@ class CCanaleQLT : public IConverter, public SStatMisura {
   std::unique_ptr<CParsedChannel> owned_channel_;
   std::unique_ptr<IConverter> converter_;
   SampleReader reader_;
-  std::unique_ptr<SStatMisura> statistics_;
+  std::unique_ptr<SStatMisura> separate_statistics_;
+  SStatMisura* statistics_ = nullptr;
   std::array<u8, kLargestFormat> covered_{};
 };
 

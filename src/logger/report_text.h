@@ -1,5 +1,5 @@
-// The text of a report while it is composed: its number forms and its recurring pieces. Independent of the locale that a
-// host has set.
+// The text of a report while it is composed: its number forms and its recurring pieces. Independent of the locale that
+// a host has set.
 #pragma once
 
 #include <string>
