@@ -1,0 +1,115 @@
+#!/usr/bin/env python3
+"""Sessions under the limits of a machine: a full disk, few open files, little memory, two readers at a time.
+
+    limits_test.py LIBRARY TOOL
+
+Each case runs a small host (this file again, over ctypes) in a process of its own, so that a crash shows as what it is."""
+import ctypes as ct
+import os
+import resource
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+LIBRARY = TOOL = None
+
+
+def load(library):
+    lib = ct.CDLL(library)
+    doubles = ct.POINTER(ct.c_double)
+    lib.open_file.argtypes = [ct.c_char_p]
+    lib.get_channel_samples.argtypes = [ct.c_int, ct.c_int, doubles, doubles, ct.c_int]
+    return lib
+
+
+def host(library, path, mode):
+    """Opens the session and reads every channel twice; prints the result of the opening and the number of samples."""
+    if mode == "files":
+        resource.setrlimit(resource.RLIMIT_NOFILE, (1024, 1024))
+    if mode == "memory":
+        resource.setrlimit(resource.RLIMIT_DATA, (96 << 20, 96 << 20))
+    lib = load(library)
+    handle = lib.open_file(path.encode())
+    samples = 0
+    if handle > 0 and mode != "memory":
+        for _ in range(2):
+            for channel in range(lib.get_channels_count(handle)):
+                count = lib.get_channel_samples_count(handle, channel)
+                times, values = (ct.c_double * count)(), (ct.c_double * count)()
+                if lib.get_channel_samples(handle, channel, times, values, count) != count:
+                    raise SystemExit("a channel was not read whole")
+                samples += count
+    if handle > 0 and mode == "pause":
+        print("open", flush=True)
+        sys.stdin.readline()
+    if handle > 0:
+        lib.close_file_i(handle)
+    print(handle, samples, flush=True)
+
+
+def run_host(path, mode="plain", check=True):
+    out = subprocess.run([sys.executable, __file__, "--host", LIBRARY, str(path), mode], capture_output=True, text=True,
+                         check=check, timeout=300).stdout.split()
+    return int(out[0]), int(out[1])
+
+
+class Limits(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.path = Path(self.folder.name)
+
+    def tearDown(self):
+        self.folder.cleanup()
+
+    def simulate(self, path, *options):
+        subprocess.run([TOOL, "simulate", "-o", str(path), *options], check=True, stdout=subprocess.DEVNULL)
+        return path
+
+    def test_two_thousand_channels_need_no_two_thousand_open_files(self):
+        session = self.simulate(self.path / "many.qlt", "--channels", "2000", "--laps", "1")
+        handle, samples = run_host(session, "files")
+        self.assertGreater(handle, 0)
+        self.assertGreater(samples, 2000)
+        self.assertEqual([p.name for p in self.path.iterdir()], ["many.qlt"])
+
+    def test_memory_does_not_grow_with_the_session(self):
+        session = self.simulate(self.path / "long.qlt", "--minutes", "120", "--channels", "60")
+        self.assertGreater(session.stat().st_size, 100 << 20)
+        self.assertGreater(run_host(session, "memory")[0], 0)
+
+    def test_a_full_disk_is_a_failed_open_that_leaves_nothing(self):
+        room = self.path / "room"
+        room.mkdir()
+        if os.geteuid() != 0 or subprocess.run(["mount", "-t", "tmpfs", "-o", "size=6m", "tmpfs", str(room)],
+                                               stderr=subprocess.DEVNULL).returncode != 0:
+            self.skipTest("no right to mount a small file system")
+        try:
+            session = self.simulate(room / "a.qlt")
+            self.assertGreater(session.stat().st_size, 3 << 20, "the stores must not fit beside it")
+            self.assertEqual(run_host(session)[0], 0)
+            self.assertEqual([p.name for p in room.iterdir()], ["a.qlt"])
+            tool = subprocess.run([TOOL, "info", str(session)], capture_output=True, text=True)
+            self.assertEqual((tool.returncode, len(tool.stderr.splitlines())), (1, 1), tool.stderr)
+        finally:
+            subprocess.run(["umount", str(room)], check=True)
+
+    def test_two_processes_read_one_session_at_a_time(self):
+        session = self.simulate(self.path / "a.qlt", "--laps", "2")
+        alone = run_host(session)
+        first = subprocess.Popen([sys.executable, __file__, "--host", LIBRARY, str(session), "pause"],
+                                 stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.assertEqual(first.stdout.readline(), "open\n")
+        self.assertEqual(run_host(session)[1], alone[1])
+        out, _ = first.communicate("\n")
+        self.assertEqual(int(out.split()[1]), alone[1])
+        self.assertEqual([p.name for p in self.path.iterdir()], ["a.qlt"])
+
+
+if __name__ == "__main__":
+    if sys.argv[1] == "--host":
+        host(*sys.argv[2:])
+    else:
+        LIBRARY, TOOL = sys.argv[1], sys.argv[2]
+        unittest.main(argv=sys.argv[:1])
