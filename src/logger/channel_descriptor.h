@@ -1,6 +1,7 @@
 // The channels of an (A or (G frame, in the order of their samples.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <span>
 #include <vector>
@@ -83,6 +84,30 @@ class ChannelDescriptor {
   std::vector<Place> places_;
   u64 data_length_ = 0;
   u32 empty_places_ = 0;
+};
+
+// Descriptors by their index. The first under an index stays.
+class DescriptorTable {
+ public:
+  void Enter(std::unique_ptr<ChannelDescriptor> descriptor) {
+    const u16 index = descriptor->index();
+    if (by_index_.size() <= index) by_index_.resize(std::size_t{index} + 1, nullptr);
+    if (by_index_[index] != nullptr) return;
+    by_index_[index] = descriptor.get();
+    descriptors_[index] = std::move(descriptor);
+  }
+  // Null for an index without a descriptor.
+  ChannelDescriptor* Find(u16 index) const { return index < by_index_.size() ? by_index_[index] : nullptr; }
+  // In the order of their indexes.
+  const std::map<u16, std::unique_ptr<ChannelDescriptor>>& descriptors() const { return descriptors_; }
+  void Clear() {
+    by_index_.clear();
+    descriptors_.clear();
+  }
+
+ private:
+  std::map<u16, std::unique_ptr<ChannelDescriptor>> descriptors_;
+  std::vector<ChannelDescriptor*> by_index_;
 };
 
 }  // namespace traguardo

@@ -21,6 +21,19 @@ struct ChannelEntry {
                            : object->ConvertiAndAddValore(time, sample, offset);
   }
 
+  // `count` samples, one period apart: as CCanaleQLT::ConvertiAndAddValori.
+  CCanaleQLT::Esito AddMany(u64 time, u32 count, const u8* samples) const {
+    if (sink == nullptr) return object->ConvertiAndAddValori(time, count, samples);
+    const u64 period = object->record().period_us();
+    CCanaleQLT::Esito outcome = CCanaleQLT::kBuono;
+    for (u32 i = 0; i < count; ++i, samples += sample_size, time += period) {
+      const CParsedChannel::Esito one = sink->AddValore(time, reader(samples));
+      if (one == CParsedChannel::kOutOfMemory) return CCanaleQLT::kMemoriaFinita;
+      if (one == CParsedChannel::kRefused) outcome = CCanaleQLT::kRifiutato;
+    }
+    return outcome;
+  }
+
   CCanaleQLT* object = nullptr;    // null: no such channel
   CParsedChannel* sink = nullptr;  // null: the object itself decides what a sample is
   SampleReader reader;

@@ -42,11 +42,11 @@ bool CParserZep_2Gv4::TakeConfiguration(const SAtomTag& tag) {
   // The first descriptor of an index stays.
   for (const SAtomTag& inner : by_name["ACD"]) {
     auto descriptor = ChannelDescriptor::Acquisition({inner.payload, inner.payloadSize});
-    if (descriptor != nullptr) acquisitions_.emplace(descriptor->index(), std::move(descriptor));
+    if (descriptor != nullptr) acquisitions_.Enter(std::move(descriptor));
   }
   for (const SAtomTag& inner : by_name["GRP"]) {
     auto descriptor = ChannelDescriptor::Group({inner.payload, inner.payloadSize});
-    if (descriptor != nullptr) groups_.emplace(descriptor->index(), std::move(descriptor));
+    if (descriptor != nullptr) groups_.Enter(std::move(descriptor));
   }
   AssignConverters();
   return true;

@@ -98,14 +98,14 @@ bool CParserZep_2Gv4::Rebuild(const ChunkHeader& header, CanMsgAssembler* assemb
       assembler->RebuildMultiple(index, ChannelAt(index)->sample_size());
       return true;
     case PacketKind::kA:
-      if (!acquisitions_.contains(index)) return false;
+      if (acquisitions_.Find(index) == nullptr) return false;
       assembler->RebuildSingle('A', index);
       return true;
     case PacketKind::kG: {
       u16 group = 0;
       if (!assembler->GroupIndex(&group)) return false;
       *failed_index = group;
-      if (!groups_.contains(group)) return false;
+      if (groups_.Find(group) == nullptr) return false;
       assembler->RebuildGroup();
       return true;
     }

@@ -145,7 +145,7 @@ u32 CParserZep_2Gv4::DecodeM(const Frame& frame) {
     return static_cast<u32>(length);
   }
   if (statistics != nullptr) statistics->ContaM();
-  switch (channel->object->ConvertiAndAddValori(time, count, frame.at + kMultipleHead)) {
+  switch (channel->AddMany(time, count, frame.at + kMultipleHead)) {
     case CCanaleQLT::kRifiutato:
       if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
       break;
@@ -159,12 +159,9 @@ u32 CParserZep_2Gv4::DecodeM(const Frame& frame) {
 }
 
 // The descriptor under an index, looked up against the channel table as it stands now; null if there is none.
-ChannelDescriptor* CParserZep_2Gv4::FindDescriptor(std::map<u16, std::unique_ptr<ChannelDescriptor>>* table,
-                                                   u16 index) {
-  const auto found = table->find(index);
-  if (found == table->end()) return nullptr;
-  ChannelDescriptor* descriptor = found->second.get();
-  if (descriptor->generation != table_generation_) {
+ChannelDescriptor* CParserZep_2Gv4::FindDescriptor(const DescriptorTable& table, u16 index) {
+  ChannelDescriptor* descriptor = table.Find(index);
+  if (descriptor != nullptr && descriptor->generation != table_generation_) {
     descriptor->Resolve([this](u16 channel) { return EntryAt(channel); });
     descriptor->generation = table_generation_;
   }
@@ -174,7 +171,7 @@ ChannelDescriptor* CParserZep_2Gv4::FindDescriptor(std::map<u16, std::unique_ptr
 u32 CParserZep_2Gv4::DecodeG(const Frame& frame) {
   if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
   ChannelDescriptor* group =
-      frame.left < kFrameHead ? nullptr : FindDescriptor(&groups_, load_u16(frame.at + kIndexOffset));
+      frame.left < kFrameHead ? nullptr : FindDescriptor(groups_, load_u16(frame.at + kIndexOffset));
   if (group == nullptr) {
     errors_g_.Append(frame.position);
     return kRejected;
@@ -207,7 +204,7 @@ u32 CParserZep_2Gv4::DecodeG(const Frame& frame) {
 u32 CParserZep_2Gv4::DecodeA(const Frame& frame) {
   if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
   ChannelDescriptor* acquisition =
-      frame.left < kFrameHead ? nullptr : FindDescriptor(&acquisitions_, load_u16(frame.at + kIndexOffset));
+      frame.left < kFrameHead ? nullptr : FindDescriptor(acquisitions_, load_u16(frame.at + kIndexOffset));
   if (acquisition == nullptr) {
     errors_a_.Append(frame.position);
     return kRejected;

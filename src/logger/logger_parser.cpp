@@ -121,8 +121,8 @@ bool CParserZep_2Gv4::FinishStores() {
 
 void CParserZep_2Gv4::DropTables() {
   by_index_.clear();
-  acquisitions_.clear();
-  groups_.clear();
+  acquisitions_.Clear();
+  groups_.Clear();
   s_channels_.clear();
 }
 

@@ -116,7 +116,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   u32 DecodeM(const Frame& frame);
   u32 DecodeA(const Frame& frame);
   u32 DecodeG(const Frame& frame);
-  ChannelDescriptor* FindDescriptor(std::map<u16, std::unique_ptr<ChannelDescriptor>>* table, u16 index);
+  ChannelDescriptor* FindDescriptor(const DescriptorTable& table, u16 index);
   bool IsPlausible(u64 time) const;
   void Raise(u64 time) { highest_time_ = std::max(highest_time_, time); }
   bool CoversEmptySamples(u64 samples);
@@ -161,8 +161,8 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   // The tables that the stream is decoded against.
   std::map<u16, std::unique_ptr<CCanaleQLT>> s_channels_;
   std::vector<ChannelEntry> by_index_;  // the same, for the decoder
-  std::map<u16, std::unique_ptr<ChannelDescriptor>> acquisitions_;
-  std::map<u16, std::unique_ptr<ChannelDescriptor>> groups_;
+  DescriptorTable acquisitions_;
+  DescriptorTable groups_;
   std::map<u32, CanMsgAssembler> assemblers_;
   std::set<std::string> wanted_channels_;
   std::set<u16> without_converter_;  // objects that AssignConverters has not looked at yet

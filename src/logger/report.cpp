@@ -113,11 +113,11 @@ void ParseReport::Tables() {
     Title("S Channels");
     for (const auto& [index, channel] : reader_.s_channels_) ChannelRow(index, *channel);
   }
-  DescriptorTable("AcquisDescs", reader_.acquisitions_);
-  DescriptorTable("Groups", reader_.groups_);
+  DescriptorSection("AcquisDescs", reader_.acquisitions_.descriptors());
+  DescriptorSection("Groups", reader_.groups_.descriptors());
 }
 
-void ParseReport::DescriptorTable(std::string_view title,
+void ParseReport::DescriptorSection(std::string_view title,
                                   const std::map<u16, std::unique_ptr<ChannelDescriptor>>& table) {
   if (table.empty()) return;
   Title(title);

@@ -37,7 +37,7 @@ class ParseReport {
   void Ident(const SIdentRecord& record, std::string_view label);
   void Version(std::string_view label, const u8* version);
   void Tables();
-  void DescriptorTable(std::string_view title, const std::map<u16, std::unique_ptr<ChannelDescriptor>>& table);
+  void DescriptorSection(std::string_view title, const std::map<u16, std::unique_ptr<ChannelDescriptor>>& table);
   void ChannelRow(u16 key, const CCanaleQLT& channel);
   void ChunkStreams();
   void EcuInformation();
