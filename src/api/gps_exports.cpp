@@ -14,7 +14,6 @@ using traguardo::kGpsChannels;
 using traguardo::kRawGpsChannelCount;
 using traguardo::kRawGpsChannels;
 using traguardo::LapLookup;
-using traguardo::LapSlice;
 using traguardo::SFileQLT;
 using traguardo::SRkLap;
 using traguardo::u32;

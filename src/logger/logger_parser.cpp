@@ -127,7 +127,8 @@ void CParserZep_2Gv4::DropTables() {
 }
 
 bool CParserZep_2Gv4::TellSink(u64 position) {
-  const int percent = static_cast<int>(static_cast<double>(position) * 100.0 / static_cast<double>(size_) + 0.5);
+  // Rounded to the nearest whole percent.
+  const int percent = static_cast<int>((position * 200 + size_) / (u64{2} * size_));
   if (progress_->Avanza(progress_handle_, percent)) return true;
   TellSinkTheEnd(false);
   return false;

@@ -267,7 +267,7 @@ std::vector<std::wstring> list_files(const std::wstring& folder, std::wstring_vi
   while (const dirent* entry = ::readdir(stream)) {
     const std::string name = entry->d_name;
     if (name == "." || name == ".." || !ends_with_ignoring_case(name, ending)) continue;
-    if (is_folder(path + "/" + name)) continue;
+    if (is_folder(std::string(path).append("/").append(name))) continue;
     names.push_back(widen_bytes(name));
   }
   ::closedir(stream);
