@@ -3,6 +3,7 @@
 #include <map>
 #include <new>
 
+#include "legacy/wmp_parser.h"
 #include "logger/logger_parser.h"
 #include "logger/lz77.h"
 #include "support/platform/platform.h"
@@ -73,6 +74,7 @@ int file_kind_of(const std::wstring& path) {
 std::unique_ptr<IRkParser> CreaParser(const std::wstring& path, int kind, const std::list<std::string>* options,
                                       bool keep_constant) {
   if (kind > kHighestKind) return nullptr;
+  if (kind == kKindWmp) return std::unique_ptr<IRkParser>(new (std::nothrow) CParserWMP(path));
   if (kind != kKindQlt && kind != kKindQlc) return nullptr;
   std::wstring work_path = path;
   std::wstring temporary;
