@@ -1,5 +1,6 @@
-// Million samples per second of the logger reader, beside a floor measured in the same run: the plainest loop that checks a
-// frame's first and last byte and appends 12 bytes per sample to a mapped file that has its full size from the start.
+// Million samples per second of the logger reader, beside a floor measured in the same run: the plainest loop that
+// checks a frame's first and last byte and appends 12 bytes per sample to a mapped file that has its full size from the
+// start.
 //
 //   bench_logger --benchmark_counters_tabular=true
 //

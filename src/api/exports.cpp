@@ -65,9 +65,13 @@ LapChannel lap_channel_of(int handle, int lap, int channel) {
 
 }  // namespace
 
-int open_file(const char* path) { return traguardo::open_file_with_progress(path, nullptr); }
+int open_file(const char* path) {
+  return traguardo::open_file_with_progress(path, nullptr);
+}
 
-int close_file_i(int handle) { return traguardo::close_file(handle); }
+int close_file_i(int handle) {
+  return traguardo::close_file(handle);
+}
 
 int close_file_n(const char* path) {
   constexpr int kNotOpen = -2;
@@ -79,19 +83,33 @@ int close_file_n(const char* path) {
 }
 
 // The compiler's own stamps have the form that hosts expect, and follow SOURCE_DATE_EPOCH.
-const char* get_library_date(void) { return __DATE__; }
+const char* get_library_date(void) {
+  return __DATE__;
+}
 
-const char* get_library_time(void) { return __TIME__; }
+const char* get_library_time(void) {
+  return __TIME__;
+}
 
-const char* get_vehicle_name(int handle) { return text_of(handle, &traguardo::CSuperParser::GetNomeVeicolo); }
+const char* get_vehicle_name(int handle) {
+  return text_of(handle, &traguardo::CSuperParser::GetNomeVeicolo);
+}
 
-const char* get_track_name(int handle) { return text_of(handle, &traguardo::CSuperParser::GetNomeTracciato); }
+const char* get_track_name(int handle) {
+  return text_of(handle, &traguardo::CSuperParser::GetNomeTracciato);
+}
 
-const char* get_racer_name(int handle) { return text_of(handle, &traguardo::CSuperParser::GetNomePilota); }
+const char* get_racer_name(int handle) {
+  return text_of(handle, &traguardo::CSuperParser::GetNomePilota);
+}
 
-const char* get_championship_name(int handle) { return text_of(handle, &traguardo::CSuperParser::GetNomeCampionato); }
+const char* get_championship_name(int handle) {
+  return text_of(handle, &traguardo::CSuperParser::GetNomeCampionato);
+}
 
-const char* get_venue_type_name(int handle) { return text_of(handle, &traguardo::CSuperParser::GetNomeTipoVenue); }
+const char* get_venue_type_name(int handle) {
+  return text_of(handle, &traguardo::CSuperParser::GetNomeTipoVenue);
+}
 
 const struct tm* get_date_and_time(int handle) {
   const SFileQLT* file = find_file(handle);

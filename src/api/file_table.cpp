@@ -80,6 +80,8 @@ int open_file_with_progress(const char* path, IProgress* progress) {
   }
 }
 
-int close_file(int handle) { return open_files().erase(handle) == 0 ? -1 : handle; }
+int close_file(int handle) {
+  return open_files().erase(handle) == 0 ? -1 : handle;
+}
 
 }  // namespace traguardo

@@ -33,9 +33,13 @@ constexpr int kLapNothing = 1;
 constexpr int kRawLapEmpty = -3;
 
 // A count that a host can be told: more points than an int holds are there only where a clock went wild.
-int host_count(u64 count) { return static_cast<int>(std::min<u64>(count, 0x7FFFFFFF)); }
+int host_count(u64 count) {
+  return static_cast<int>(std::min<u64>(count, 0x7FFFFFFF));
+}
 
-u64 wanted(int count) { return count < 0 ? 0 : static_cast<u64>(count); }
+u64 wanted(int count) {
+  return count < 0 ? 0 : static_cast<u64>(count);
+}
 
 IRkGpsTrace* best_trace(const SFileQLT& file) {
   std::string name;
@@ -81,7 +85,8 @@ namespace traguardo {
 int SFileQLT::GetCampioniGpsGiro(int channel, u64 from, u64 to, double* times, double* values, int count) {
   const LapSlice slice = gps.GridLap(from, to);
   const u64 most = std::min(slice.count, wanted(count));
-  return host_count(gps.grid().fill(static_cast<u32>(channel), slice.first, most, GpsTimeUnit::kSeconds, times, values));
+  return host_count(
+      gps.grid().fill(static_cast<u32>(channel), slice.first, most, GpsTimeUnit::kSeconds, times, values));
 }
 
 int SFileQLT::GetCampioniRawGiro(int channel, u64 from, u64 to, double* times, double* values, int count) {
@@ -124,8 +129,8 @@ int get_GPS_channel_samples(int handle, int channel, double* times, double* valu
   if (file == nullptr) return kNoHandle;
   if (file->gps.grid().size() == 0) return kNothingBuilt;
   if (!has_channel(*file, channel)) return kSamplesNoChannel;
-  return host_count(file->gps.grid().fill(static_cast<u32>(channel), 0, wanted(count), GpsTimeUnit::kMilliseconds,
-                                          times, values));
+  return host_count(
+      file->gps.grid().fill(static_cast<u32>(channel), 0, wanted(count), GpsTimeUnit::kMilliseconds, times, values));
 }
 
 int get_lap_GPS_channel_samples_count(int handle, int lap, int channel) {

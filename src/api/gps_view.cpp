@@ -6,8 +6,8 @@ namespace traguardo {
 
 namespace {
 
-// The grid as a sequence of times for the searches. Its points stand one step apart, and those that fill it up to its end
-// repeat one time, so it never descends.
+// The grid as a sequence of times for the searches. Its points stand one step apart, and those that fill it up to its
+// end repeat one time, so it never descends.
 struct GridTimes {
   const GpsGrid* grid;
   u64 size() const { return grid->size(); }
@@ -29,6 +29,8 @@ void GpsView::BuildRawSamples(const IRkGpsTrace& trace) {
   raw_ = RawGpsSamples(std::move(records));
 }
 
-LapSlice GpsView::GridLap(u64 from, u64 to) const { return lap_slice(GridTimes{&grid_}, from, to, kStep); }
+LapSlice GpsView::GridLap(u64 from, u64 to) const {
+  return lap_slice(GridTimes{&grid_}, from, to, kStep);
+}
 
 }  // namespace traguardo

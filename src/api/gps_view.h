@@ -1,5 +1,5 @@
-// What the GPS functions have worked out for one open file: the derived channels' grid and the list of raw samples, each on
-// request, independent of the other.
+// What the GPS functions have worked out for one open file: the derived channels' grid and the list of raw samples,
+// each on request, independent of the other.
 #pragma once
 
 #include "gps/gps_grid.h"

@@ -19,7 +19,8 @@ struct LoggerOptions {
   std::map<std::string, std::string> debug_tags;
 };
 
-// A request for a debug tag: '+' at offset 13, ';' at an offset from 14 to 17. Of two requests for one tag the first stays.
+// A request for a debug tag: '+' at offset 13, ';' at an offset from 14 to 17. Of two requests for one tag the first
+// stays.
 void take_debug_request(const std::string& option, std::map<std::string, std::string>* requests) {
   constexpr std::size_t kPlus = 13;
   constexpr std::size_t kFirstSemicolon = 14;

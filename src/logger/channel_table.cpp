@@ -104,8 +104,8 @@ CParserZep_2Gv4::Entry CParserZep_2Gv4::TakeChannelRecord(const ChannelRecord& r
       name = plain + " dup " + std::to_string(++number);
     } while (name_count->contains(name));
     (*name_count)[name] = 1;
-    TRAGUARDO_LOG(kGeneraMappe,
-                  "%s [%d] WARNING = Duplicate found! Channel \"%s\" hase been renamed into \"%s\"\n", plain, name);
+    TRAGUARDO_LOG(kGeneraMappe, "%s [%d] WARNING = Duplicate found! Channel \"%s\" hase been renamed into \"%s\"\n",
+                  plain, name);
   }
   if (object->channel() == nullptr && !GiveChannel(object.get(), name)) return Entry::kFailed;
   SetProperties(object.get(), name);

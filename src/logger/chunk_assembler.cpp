@@ -4,12 +4,15 @@
 
 namespace traguardo {
 
-void CanMsgAssembler::Open(char letter) { rebuilt_.assign({static_cast<u8>('('), static_cast<u8>(letter)}); }
+void CanMsgAssembler::Open(char letter) {
+  rebuilt_.assign({static_cast<u8>('('), static_cast<u8>(letter)});
+}
 
 // A first chunk shorter than a time stamp gives a malformed frame, which the frame decoder rejects.
 void CanMsgAssembler::AppendTimeAndIndex(u16 index) {
   const std::span<const u8> first = chunks_.begin()->second;
-  rebuilt_.insert(rebuilt_.end(), first.begin(), first.begin() + std::min<std::ptrdiff_t>(kTimeStampSize, std::ssize(first)));
+  rebuilt_.insert(rebuilt_.end(), first.begin(),
+                  first.begin() + std::min<std::ptrdiff_t>(kTimeStampSize, std::ssize(first)));
   rebuilt_.push_back(static_cast<u8>(index & 0xFF));
   rebuilt_.push_back(static_cast<u8>(index >> 8));
 }

@@ -1,5 +1,5 @@
-// Packets that came over a bus of 8-byte messages: their chunks are collected, and the rebuilt frame is decoded as if it
-// stood in the file.
+// Packets that came over a bus of 8-byte messages: their chunks are collected, and the rebuilt frame is decoded as if
+// it stood in the file.
 
 #include <algorithm>
 

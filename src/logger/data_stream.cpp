@@ -12,15 +12,17 @@ namespace traguardo {
 namespace {
 
 constexpr u32 kRejected = 1;
-constexpr u64 kFrameHead = 8;          // parenthesis, letter, time, index
-constexpr u64 kMultipleHead = 10;      // the same and a count
+constexpr u64 kFrameHead = 8;      // parenthesis, letter, time, index
+constexpr u64 kMultipleHead = 10;  // the same and a count
 constexpr u64 kTimeOffset = 2;
 constexpr u64 kIndexOffset = 6;
 constexpr u64 kCountOffset = 8;
 constexpr u64 kMicrosecondsPerMillisecond = 1000;
 constexpr u64 kOneMinute = 60'000'000;
 
-u64 time_of(const u8* frame) { return u64{load_u32(frame + kTimeOffset)} * kMicrosecondsPerMillisecond; }
+u64 time_of(const u8* frame) {
+  return u64{load_u32(frame + kTimeOffset)} * kMicrosecondsPerMillisecond;
+}
 
 }  // namespace
 
@@ -71,8 +73,8 @@ bool CParserZep_2Gv4::IsPlausible(u64 time) const {
   return time <= highest_time_ + kOneMinute && time + kOneMinute >= highest_time_;
 }
 
-// A sample without bytes is a claim without cover: a frame of 11 bytes could ask for 65,535 of them. As many are believed
-// as the file has bytes.
+// A sample without bytes is a claim without cover: a frame of 11 bytes could ask for 65,535 of them. As many are
+// believed as the file has bytes.
 bool CParserZep_2Gv4::CoversEmptySamples(u64 samples) {
   empty_samples_ += samples;
   return empty_samples_ <= size_;

@@ -1,5 +1,5 @@
-// File offsets of one kind of damage: the first hundred as they come, then a count of the rest, so that no damage makes the
-// list grow.
+// File offsets of one kind of damage: the first hundred as they come, then a count of the rest, so that no damage makes
+// the list grow.
 #pragma once
 
 #include <vector>

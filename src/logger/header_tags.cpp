@@ -1,5 +1,5 @@
-// The tags of the file's top level: who, where, when, with which devices. What they say is taken as it comes; what needs
-// the whole file (date, idents, ECU info) is collected and worked out after the walk.
+// The tags of the file's top level: who, where, when, with which devices. What they say is taken as it comes; what
+// needs the whole file (date, idents, ECU info) is collected and worked out after the walk.
 
 #include <algorithm>
 #include <ctime>
@@ -13,7 +13,9 @@ namespace {
 
 constexpr u64 kMicrosecondsPerMillisecond = 1000;
 
-std::string text_of(const SAtomTag& tag) { return text_field(tag.payload, tag.payloadSize); }
+std::string text_of(const SAtomTag& tag) {
+  return text_field(tag.payload, tag.payloadSize);
+}
 
 bool is_gps_name(const std::string& name) {
   if (!name.starts_with("GPS")) return false;
@@ -27,7 +29,9 @@ int digits(const u8* text, int count) {
   return value;
 }
 
-bool is_leap(int year) { return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0; }
+bool is_leap(int year) {
+  return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+}
 
 int days_of(int month, int year) {
   constexpr int kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
@@ -58,7 +62,9 @@ std::tm clamped(const std::tm& given) {
   return time;
 }
 
-bool is_time_separator(u8 c) { return c == ':' || c == '.'; }
+bool is_time_separator(u8 c) {
+  return c == ':' || c == '.';
+}
 
 }  // namespace
 
@@ -87,8 +93,8 @@ bool CParserZep_2Gv4::IsHeaderTag(const SAtomTag& tag) {
     void (CParser::*set)(const std::string&);
   };
   static constexpr TextTag kTextTags[] = {
-      {"RCR", &CParser::SetNomePilota},      {"VEH", &CParser::SetNomeVeicolo},  {"CMP", &CParser::SetNomeCampionato},
-      {"VTY", &CParser::SetNomeTipoVenue},   {"RACM", &CParser::SetModoGara},    {"PRFD", &CParser::SetTestoPrfd},
+      {"RCR", &CParser::SetNomePilota},     {"VEH", &CParser::SetNomeVeicolo}, {"CMP", &CParser::SetNomeCampionato},
+      {"VTY", &CParser::SetNomeTipoVenue},  {"RACM", &CParser::SetModoGara},   {"PRFD", &CParser::SetTestoPrfd},
       {"TRTY", &CParser::SetTipoTracciato},
   };
   for (const TextTag& text_tag : kTextTags) {

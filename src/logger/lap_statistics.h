@@ -10,7 +10,8 @@ namespace traguardo {
 
 struct SStatLap {
   virtual ~SStatLap() = default;
-  // One mark: its file offset, its logger time in ms, and its record (20 bytes; 28 or 32). Keeps a printable line of it.
+  // One mark: its file offset, its logger time in ms, and its record (20 bytes; 28 or 32). Keeps a printable line of
+  // it.
   virtual void Aggiungi20(u64 offset, u32 time_ms, const LapRecord& record);
   virtual void Aggiungi32(u64 offset, u32 time_ms, const LapRecord& record);
 

@@ -1,5 +1,5 @@
-// Lap marks become laps and splits. A mark says what the logger knew at that moment, and marks repeat, so what counts is
-// decided here.
+// Lap marks become laps and splits. A mark says what the logger knew at that moment, and marks repeat, so what counts
+// is decided here.
 
 #include "logger/logger_parser.h"
 #include "support/event_log.h"
@@ -13,7 +13,9 @@ constexpr u8 kNewRun = 1;
 constexpr u8 kClosingLapDue = 2;
 constexpr u8 kClosingLapKinds[2] = {7, 10};
 
-u64 microseconds(i64 ms) { return static_cast<u64>(ms) * kMicrosecondsPerMillisecond; }
+u64 microseconds(i64 ms) {
+  return static_cast<u64>(ms) * kMicrosecondsPerMillisecond;
+}
 
 }  // namespace
 
@@ -47,8 +49,7 @@ void CParserZep_2Gv4::LapRecord20(const u8* record, u32 size, u64 offset) {
 }
 
 void CParserZep_2Gv4::RegistraLap(const LapRecord& record, u64 offset) {
-  const u64 mark_time =
-      record.time_ms() != 0 ? u64{record.time_ms()} * kMicrosecondsPerMillisecond : highest_time_;
+  const u64 mark_time = record.time_ms() != 0 ? u64{record.time_ms()} * kMicrosecondsPerMillisecond : highest_time_;
   if (record.split() == 0) {
     RegisterLapMark(record, mark_time, offset);
     return;
@@ -98,8 +99,8 @@ void CParserZep_2Gv4::GestioneSplit(SRkLap* lap, const LapRecord& record, u64 ma
   if (lap->splits.empty()) {
     split->duration = split_time;
     split->split_number = record.split();
-    split->start = last_lap_ != nullptr ? last_lap_->end
-                                        : u64{record.time_ms()} * kMicrosecondsPerMillisecond - split->duration;
+    split->start =
+        last_lap_ != nullptr ? last_lap_->end : u64{record.time_ms()} * kMicrosecondsPerMillisecond - split->duration;
   } else {
     const SRkSplit& lowest = *lap->splits.begin()->second;
     const SRkSplit& highest = *lap->splits.rbegin()->second;
@@ -123,10 +124,10 @@ void CParserZep_2Gv4::GestioneSplit(SRkLap* lap, const LapRecord& record, u64 ma
 }
 
 void CParserZep_2Gv4::HandToStatistics(const LapRecord& record, u64 offset) {
-  const u32 time_ms = record.time_ms() != 0
-                          ? record.time_ms()
-                          : static_cast<u32>((highest_time_ + kMicrosecondsPerMillisecond / 2) /
-                                             kMicrosecondsPerMillisecond);
+  const u32 time_ms =
+      record.time_ms() != 0
+          ? record.time_ms()
+          : static_cast<u32>((highest_time_ + kMicrosecondsPerMillisecond / 2) / kMicrosecondsPerMillisecond);
   if (record.size() == LapRecord::kSizeV3) {
     lap_statistics_->Aggiungi20(offset, time_ms, record);
   } else {

@@ -1,6 +1,6 @@
-// The reader of the .qlt family. One class, cut by theme: logger_parser.cpp drives the parse, header_tags.cpp takes the tags
-// that describe the session, channel_table.cpp builds the tables, data_stream.cpp and chunks.cpp decode what lies between
-// the tags, laps.cpp turns marks into laps, report.cpp and debug_tags.cpp leave behind what was seen.
+// The reader of the .qlt family. One class, cut by theme: logger_parser.cpp drives the parse, header_tags.cpp takes the
+// tags that describe the session, channel_table.cpp builds the tables, data_stream.cpp and chunks.cpp decode what lies
+// between the tags, laps.cpp turns marks into laps, report.cpp and debug_tags.cpp leave behind what was seen.
 #pragma once
 
 #include <map>
@@ -105,10 +105,10 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
 
   // --- data_stream.cpp
   struct Frame {
-    const u8* at;            // the opening parenthesis
-    u64 left;                // bytes from there to the end of its buffer
-    u64 position;            // file offset that errors are reported under
-    bool rebuilt;            // stands in a buffer of its own, not in the file
+    const u8* at;  // the opening parenthesis
+    u64 left;      // bytes from there to the end of its buffer
+    u64 position;  // file offset that errors are reported under
+    bool rebuilt;  // stands in a buffer of its own, not in the file
     u64 offset_of(const u8* bytes) const { return rebuilt ? position : position + static_cast<u64>(bytes - at); }
   };
   u32 DecodeFrame(u8 letter, const Frame& frame);

@@ -76,8 +76,8 @@ i32 expand(const File& source, File* target, Inflater* inflater) {
 i32 CLz77::Decomprimi(const char* source_path, const char* target_path) {
   Inflater inflater;
   if (inflater.result() != Z_OK) return inflater.result();
-  const File source = File::open(platform::path_from_host_bytes(source_path), Access::kRead, Share::kRead,
-                                 Creation::kMustExist);
+  const File source =
+      File::open(platform::path_from_host_bytes(source_path), Access::kRead, Share::kRead, Creation::kMustExist);
   if (!source) return 0;
   // Into a file of its own first, which then takes the target's name: a reader that has the old target mapped keeps it.
   const std::wstring target = platform::path_from_host_bytes(target_path);
@@ -92,6 +92,8 @@ i32 CLz77::Decomprimi(const char* source_path, const char* target_path) {
   return result;
 }
 
-std::unique_ptr<ILz77> CreaLz77() { return std::unique_ptr<ILz77>(new (std::nothrow) CLz77); }
+std::unique_ptr<ILz77> CreaLz77() {
+  return std::unique_ptr<ILz77>(new (std::nothrow) CLz77);
+}
 
 }  // namespace traguardo

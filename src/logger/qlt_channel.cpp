@@ -19,7 +19,9 @@ bool CCanaleQLT::ConvertiTesto(const u8*, std::wstring* out) {
   return true;
 }
 
-float CCanaleQLT::Converti(const u8*) const { return 0.0F; }
+float CCanaleQLT::Converti(const u8*) const {
+  return 0.0F;
+}
 
 void CCanaleQLT::SetRecord(const ChannelRecord& record) {
   record_ = record;

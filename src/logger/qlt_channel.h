@@ -1,5 +1,5 @@
-// What a channel index of the stream stands for: a value to convert and store, a packet to hand on, or something to read
-// over. One object per entry of the channel table.
+// What a channel index of the stream stands for: a value to convert and store, a packet to hand on, or something to
+// read over. One object per entry of the channel table.
 #pragma once
 
 #include <array>
@@ -68,15 +68,16 @@ class CCanaleQLT : public IConverter, public SStatMisura {
     if (separate_statistics_ == nullptr) separate_statistics_ = std::make_unique<SStatMisura>();
     statistics_ = separate_statistics_.get();
   }
-  // Without an object of their own the statistics are this one: it keeps the offsets of refused samples and counts none.
+  // Without an object of their own the statistics are this one: it keeps the offsets of refused samples and counts
+  // none.
   void InstallOffsetsOnly() { statistics_ = this; }
 
   void SetExtraCde(const u8* bytes) { std::copy(bytes, bytes + extra_cde_.size(), extra_cde_.begin()); }
   void SetExtraFt1(const u8* bytes) { std::copy(bytes, bytes + extra_ft1_.size(), extra_ft1_.begin()); }
 
  protected:
-  // The bytes of a sample as its format wants them: as they are, or with zeros behind their end where the record gives a
-  // sample fewer bytes than its format has. Good until the next call.
+  // The bytes of a sample as its format wants them: as they are, or with zeros behind their end where the record gives
+  // a sample fewer bytes than its format has. Good until the next call.
   const u8* Covered(const u8* sample, u32 wanted);
 
  private:
@@ -139,8 +140,8 @@ class CCanaleQLT_Lap_v3 : public CCanaleQLT {
   ILapReceiver* laps_;
 };
 
-// Packets that carry nothing into the session: every lap time comes from the lap marks. `class_name` is the one that the
-// log names.
+// Packets that carry nothing into the session: every lap time comes from the lap marks. `class_name` is the one that
+// the log names.
 class CCanaleQLT_DroppedPacket : public CCanaleQLT {
  public:
   CCanaleQLT_DroppedPacket(const ChannelRecord& record, const char* class_name)

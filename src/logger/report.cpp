@@ -118,7 +118,7 @@ void ParseReport::Tables() {
 }
 
 void ParseReport::DescriptorSection(std::string_view title,
-                                  const std::map<u16, std::unique_ptr<ChannelDescriptor>>& table) {
+                                    const std::map<u16, std::unique_ptr<ChannelDescriptor>>& table) {
   if (table.empty()) return;
   Title(title);
   for (const auto& [index, descriptor] : table) {

@@ -83,7 +83,9 @@ void describe(const u8* opening, SAtomTag* tag) {
 }
 
 // Names are told apart up to and including the first NUL, or over all 4 bytes.
-std::string key_of(const std::string& name) { return name.substr(0, std::min<std::size_t>(name.find('\0'), kNameWidth)); }
+std::string key_of(const std::string& name) {
+  return name.substr(0, std::min<std::size_t>(name.find('\0'), kNameWidth));
+}
 
 bool scan(const u8* buffer, u32 size, u32* offset, SAtomTag* tag, PayloadSums* sums) {
   if (size <= kUnscannedTail) return false;
@@ -111,7 +113,9 @@ void collect(const u8* buffer, u32 size, Container& out, Wanted&& wanted) {
   for (u32 offset = 0; (offset = next_tag(buffer, size, tag, offset, &sums, wanted)) != 0;) out.push_back(tag);
 }
 
-bool any(const SAtomTag&) { return true; }
+bool any(const SAtomTag&) {
+  return true;
+}
 
 u32 step(const u8* buffer, u32 size, u32 offset, IExternalHelper& helper, PayloadSums* sums) {
   if (size <= kUnscannedTail) return 0;

@@ -1,9 +1,9 @@
-// logger/ reads the .qlt and .qlc files: tags, header, channel table, data stream, chunks, laps and the report. It stands
-// on model, gps, units and support; api makes its reader.
+// logger/ reads the .qlt and .qlc files: tags, header, channel table, data stream, chunks, laps and the report. It
+// stands on model, gps, units and support; api makes its reader.
 //
-// This header: the tags. A file is one flat sequence of self-delimiting tags with the data stream between them. A tag is
-// believed when its closing mark and its checksum confirm it, never before, so that a stray "<h" in sample data costs one
-// failed test and nothing else.
+// This header: the tags. A file is one flat sequence of self-delimiting tags with the data stream between them. A tag
+// is believed when its closing mark and its checksum confirm it, never before, so that a stray "<h" in sample data
+// costs one failed test and nothing else.
 #pragma once
 
 #include <list>

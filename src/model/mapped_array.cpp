@@ -116,12 +116,12 @@ bool MemoryMappedArray::MapFileIntoMemoryWrite() {
 bool MemoryMappedArray::MapWindow() {
   view_.unmap();
   const bool writable = mode_ == Modo::kAggiornamento;
-  const File file = File::open(file_name_, writable ? Access::kReadWrite : Access::kRead, Share::kRead,
-                               Creation::kMustExist);
+  const File file =
+      File::open(file_name_, writable ? Access::kReadWrite : Access::kRead, Share::kRead, Creation::kMustExist);
   const u64 offset = u64{window_number_} * WindowSize();
   if (!file || offset >= file_size_) return false;
-  view_ = Mapping::map(file, offset, static_cast<std::size_t>(std::min<u64>(file_size_ - offset, WindowSize())),
-                       writable);
+  view_ =
+      Mapping::map(file, offset, static_cast<std::size_t>(std::min<u64>(file_size_ - offset, WindowSize())), writable);
   if (!view_) {
     TRAGUARDO_LOG("MemoryMappedArray::MapFileIntoMemoryRead",
                   "%s [%d] ERROR = Could not create Map View of File for File %s . System Error Code : 0x%x\n",

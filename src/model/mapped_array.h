@@ -24,8 +24,8 @@ class MemoryMappedArray {
     kLetturaIntera = 5,    // read, the whole file in one view
   };
 
-  // Unless the mode is kChiuso it opens the file at once; ask IsValido. An empty file in a reading mode has no view and is
-  // no error: it holds no records.
+  // Unless the mode is kChiuso it opens the file at once; ask IsValido. An empty file in a reading mode has no view and
+  // is no error: it holds no records.
   MemoryMappedArray(std::wstring file_name, u32 record_size, Modo mode, bool delete_on_destruction);
   MemoryMappedArray(const MemoryMappedArray&) = delete;
   MemoryMappedArray& operator=(const MemoryMappedArray&) = delete;
@@ -35,8 +35,9 @@ class MemoryMappedArray {
   // windows maps its first one when the first record is asked for.
   u8* Riapri(Modo mode);
 
-  // Append mode only. Stores a pointer to a new record, null if the store can't grow any more (a full disk, or 2^32 bytes
-  // reached). Gives 1 if the record is the first of a further window, else 0. The pointer is good until the next call.
+  // Append mode only. Stores a pointer to a new record, null if the store can't grow any more (a full disk, or 2^32
+  // bytes reached). Gives 1 if the record is the first of a further window, else 0. The pointer is good until the next
+  // call.
   int Aggiungi(u8** record) {
     if (!HasRoom()) return MakeRoomAndAdd(record);
     *record = TakeRoom();
@@ -55,9 +56,7 @@ class MemoryMappedArray {
   bool IsAtWindowEdge() const { return Numero() % kRecordsPerWindow == 0; }
 
   // Append mode only: the record `back` places before the newest one, for back 0 and 1; null if it was never written.
-  u8* Recente(u32 back) {
-    return back < Buffered() ? next_ - (std::size_t{back} + 1) * record_size_ : nullptr;
-  }
+  u8* Recente(u32 back) { return back < Buffered() ? next_ - (std::size_t{back} + 1) * record_size_ : nullptr; }
 
   // Modes kAggiornamento and kLetturaFinestre: the next record, null at the end.
   u8* Prossimo();
@@ -66,8 +65,8 @@ class MemoryMappedArray {
 
   // Number of records; 0 while closed.
   u64 Numero() const;
-  // Closes the file and brings an appended one to its true length. False if something could not be written; the store is
-  // then not to be believed.
+  // Closes the file and brings an appended one to its true length. False if something could not be written; the store
+  // is then not to be believed.
   bool Chiudi();
   bool IsValido() const { return valid_; }
 
@@ -110,7 +109,8 @@ class MemoryMappedArray {
   u64 known_size_;
   std::wstring file_name_;
   platform::Mapping view_;
-  // Appending: records that wait for the file. The newest two always stay here, since their owner may still change them.
+  // Appending: records that wait for the file. The newest two always stay here, since their owner may still change
+  // them.
   std::unique_ptr<u8[]> buffer_;
   u32 capacity_ = 0;
   u64 written_ = 0;

@@ -56,14 +56,14 @@ struct Sample {
   float value;
 };
 
-// (t - P.time) * (C.value - P.value) / (C.time - P.time) + P.value in doubles. Differences of times are taken modulo 2^64
-// and read as unsigned: before the first of two records they are huge, which cannot occur, as both then are the first.
+// (t - P.time) * (C.value - P.value) / (C.time - P.time) + P.value in doubles. Differences of times are taken modulo
+// 2^64 and read as unsigned: before the first of two records they are huge, which cannot occur, as both then are the
+// first.
 double interpolated(const Sample& p, const Sample& c, u64 t) {
   if (c.time == p.time) return static_cast<double>(p.value);
   const double elapsed = t >= p.time ? static_cast<double>(t - p.time) : -static_cast<double>(p.time - t);
   const double span = c.time >= p.time ? static_cast<double>(c.time - p.time) : -static_cast<double>(p.time - c.time);
-  return elapsed * (static_cast<double>(c.value) - static_cast<double>(p.value)) / span +
-         static_cast<double>(p.value);
+  return elapsed * (static_cast<double>(c.value) - static_cast<double>(p.value)) / span + static_cast<double>(p.value);
 }
 
 // The walk that both ways of resampling share. `value_at(P, C, t)` gives the value of a grid point.
@@ -104,7 +104,9 @@ CParsedChannel::CParsedChannel(std::string name, const std::wstring& file_path, 
       store_(store_name(file_path, channel_index), SChannelRecord::kSize, MemoryMappedArray::Modo::kAggiunta, true),
       name_(std::move(name)) {}
 
-bool CParsedChannel::ChiudiStore() { return store_.Chiudi(); }
+bool CParsedChannel::ChiudiStore() {
+  return store_.Chiudi();
+}
 
 // The way of a sample that finds no room in the store's buffer: often the first of a window.
 CParsedChannel::Esito CParsedChannel::AddAtAnEdge(u64 time, float value) {
@@ -196,8 +198,9 @@ u64 CParsedChannel::FirstNotBelow(const RecordReader& reader, u64 time) const {
   return low;
 }
 
-// Calls visit(index, record bytes) for the samples with from <= time < to, up to the first not below `to` and to `most` of
-// them. Where times ascend the slice is searched for, so its cost grows with the slice; the plain walk gives the same.
+// Calls visit(index, record bytes) for the samples with from <= time < to, up to the first not below `to` and to `most`
+// of them. Where times ascend the slice is searched for, so its cost grows with the slice; the plain walk gives the
+// same.
 template <typename Visitor>
 void CParsedChannel::VisitRange(u64 from, u64 to, u64 most, Visitor&& visit) {
   if (store_.GetModo() == MemoryMappedArray::Modo::kAggiunta) store_.Chiudi();

@@ -1,5 +1,5 @@
-// A logged channel whose samples lie in a temporary file beside the session file; a session of hundreds of channels with
-// millions of samples each needs no more memory than their buffers.
+// A logged channel whose samples lie in a temporary file beside the session file; a session of hundreds of channels
+// with millions of samples each needs no more memory than their buffers.
 #pragma once
 
 #include <algorithm>

@@ -221,8 +221,8 @@ void CParser::RiallineaGps(u32 reference, u16 week, u32 time_of_week) {
 const std::wstring& CParser::GetPercorsoStore() {
   if (store_path_.empty()) {
     store_path_ = path_;
-    claim_ = platform::File::open(path_, platform::Access::kRead, platform::Share::kRead,
-                                  platform::Creation::kMustExist);
+    claim_ =
+        platform::File::open(path_, platform::Access::kRead, platform::Share::kRead, platform::Creation::kMustExist);
     if (claim_ && !claim_.try_mark_in_use()) store_path_ += L"." + widen_bytes(platform::unique_token());
   }
   return store_path_;

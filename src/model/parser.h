@@ -57,13 +57,14 @@ class CParser : public IRkParser {
   virtual void SetTipoTracciato(const std::string& text) { SetText(&SRkSession::track_type, text); }
   // Gives the new size of the list.
   virtual std::size_t AddFileTemporaneo(const std::wstring& path);
-  // Time limits of all channels, traces and laps in microseconds (all ones and 0 with nothing in the reader), GPS week and
-  // time of week (ms) of the latest last record, largest sample period.
+  // Time limits of all channels, traces and laps in microseconds (all ones and 0 with nothing in the reader), GPS week
+  // and time of week (ms) of the latest last record, largest sample period.
   virtual void GetLimitiTemporali(u64* first, u64* last, i16* week, u32* time_of_week, u64* period);
 
   // The lap of that session and number; makes what is missing.
   SRkLap* GetGiro(i32 session, i32 lap);
-  // The trace of that name; makes it if it is missing. `file_base`: start of the mapped file, for offsets in statistics.
+  // The trace of that name; makes it if it is missing. `file_base`: start of the mapped file, for offsets in
+  // statistics.
   CGPSSamples* GetOCreaTracciaGps(const std::string& name, const u8* file_base);
   void SetDataOra(const std::tm& when);
   void RimuoviTracceVuote();

@@ -1,5 +1,5 @@
-// What a session is made of: laps, splits, texts and a start time. All times are microseconds on the session's time axis
-// and wrap modulo 2^64, as a lap time in a file may be negative.
+// What a session is made of: laps, splits, texts and a start time. All times are microseconds on the session's time
+// axis and wrap modulo 2^64, as a lap time in a file may be negative.
 #pragma once
 
 #include <array>
@@ -53,8 +53,8 @@ struct SRkSession {
   std::string venue_type;
   std::string championship;
   u32 lap_count = 0;
-  i32 best_lap = -1;      // -1 without one
-  u64 best_lap_time = 0;  // all ones while no lap has a record
+  i32 best_lap = -1;                            // -1 without one
+  u64 best_lap_time = 0;                        // all ones while no lap has a record
   std::map<i32, std::unique_ptr<SRkLap>> laps;  // an entry may be null: a number without a record
   std::array<u8, kTrackRecordSize> track_record{};
   std::string race_mode;

@@ -11,7 +11,9 @@ namespace {
 const std::string kNoUnits;
 }
 
-const std::string& CSuperChannel::GetUnita() const { return parts_.empty() ? kNoUnits : parts_[0].channel->GetUnita(); }
+const std::string& CSuperChannel::GetUnita() const {
+  return parts_.empty() ? kNoUnits : parts_[0].channel->GetUnita();
+}
 
 float CSuperChannel::GetFrequenzaMassima() const {
   float highest = 0;
@@ -82,8 +84,8 @@ u32 CSuperChannel::GetValoriRange(u64 from, u64 to, double* times, double* value
   u32 written = 0;
   for (const Parte& part : parts_) {
     // What the sum above counted is the most that all parts together may write, whatever a store says by now.
-    written += part.channel->GetValoriRange(from, to, times + written, values + written,
-                                            count - static_cast<int>(written));
+    written +=
+        part.channel->GetValoriRange(from, to, times + written, values + written, count - static_cast<int>(written));
   }
   return written;
 }

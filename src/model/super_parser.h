@@ -1,5 +1,5 @@
-// Several readers, one behind the other on one time axis, seen as one file. The exported interface gives it one reader, so
-// that the file starts at 0 and its sessions count from 1.
+// Several readers, one behind the other on one time axis, seen as one file. The exported interface gives it one reader,
+// so that the file starts at 0 and its sessions count from 1.
 #pragma once
 
 #include <ctime>
@@ -17,8 +17,8 @@ class CSuperParser {
  public:
   virtual ~CSuperParser() = default;
 
-  // Takes the readers in key order, moves each to its place on the axis and wraps their channels; once per view. Readers
-  // stay their owner's and must outlive every question but the destructor. False with no usable reader.
+  // Takes the readers in key order, moves each to its place on the axis and wraps their channels; once per view.
+  // Readers stay their owner's and must outlive every question but the destructor. False with no usable reader.
   virtual bool AggiungiParser(const std::map<double, IRkParser*>& readers);
   // The first reader's text that is not empty, in key order. Setters reach every reader.
   virtual const std::string& GetNomeVeicolo() const { return FirstText(&CParser::GetNomeVeicolo); }

@@ -1,7 +1,8 @@
 // support/ holds what every room stands on: bytes, texts, the event log, folders, device names and the platform.
 // It includes nothing of the other rooms; all of them include it.
 //
-// Bytes of files are read and written here and nowhere else: little-endian, unaligned, never through a cast to a struct.
+// Bytes of files are read and written here and nowhere else: little-endian, unaligned, never through a cast to a
+// struct.
 #pragma once
 
 #include <bit>
@@ -47,20 +48,48 @@ void store_little_endian(u8* bytes, T value) {
 }  // namespace detail
 
 // REQUIRES: as many readable (writable) bytes as the value is wide. Callers check the span first.
-inline u16 load_u16(const u8* p) { return detail::load_little_endian<u16>(p); }
-inline u32 load_u32(const u8* p) { return detail::load_little_endian<u32>(p); }
-inline u64 load_u64(const u8* p) { return detail::load_little_endian<u64>(p); }
-inline i16 load_i16(const u8* p) { return detail::load_little_endian<i16>(p); }
-inline i32 load_i32(const u8* p) { return detail::load_little_endian<i32>(p); }
-inline float load_f32(const u8* p) { return detail::load_little_endian<float>(p); }
-inline double load_f64(const u8* p) { return detail::load_little_endian<double>(p); }
-inline void store_u16(u8* p, u16 v) { detail::store_little_endian(p, v); }
-inline void store_u32(u8* p, u32 v) { detail::store_little_endian(p, v); }
-inline void store_u64(u8* p, u64 v) { detail::store_little_endian(p, v); }
-inline void store_i16(u8* p, i16 v) { detail::store_little_endian(p, v); }
-inline void store_i32(u8* p, i32 v) { detail::store_little_endian(p, v); }
-inline void store_f32(u8* p, float v) { detail::store_little_endian(p, v); }
-inline void store_f64(u8* p, double v) { detail::store_little_endian(p, v); }
+inline u16 load_u16(const u8* p) {
+  return detail::load_little_endian<u16>(p);
+}
+inline u32 load_u32(const u8* p) {
+  return detail::load_little_endian<u32>(p);
+}
+inline u64 load_u64(const u8* p) {
+  return detail::load_little_endian<u64>(p);
+}
+inline i16 load_i16(const u8* p) {
+  return detail::load_little_endian<i16>(p);
+}
+inline i32 load_i32(const u8* p) {
+  return detail::load_little_endian<i32>(p);
+}
+inline float load_f32(const u8* p) {
+  return detail::load_little_endian<float>(p);
+}
+inline double load_f64(const u8* p) {
+  return detail::load_little_endian<double>(p);
+}
+inline void store_u16(u8* p, u16 v) {
+  detail::store_little_endian(p, v);
+}
+inline void store_u32(u8* p, u32 v) {
+  detail::store_little_endian(p, v);
+}
+inline void store_u64(u8* p, u64 v) {
+  detail::store_little_endian(p, v);
+}
+inline void store_i16(u8* p, i16 v) {
+  detail::store_little_endian(p, v);
+}
+inline void store_i32(u8* p, i32 v) {
+  detail::store_little_endian(p, v);
+}
+inline void store_f32(u8* p, float v) {
+  detail::store_little_endian(p, v);
+}
+inline void store_f64(u8* p, double v) {
+  detail::store_little_endian(p, v);
+}
 
 // Text in a field of `width` bytes: up to its first NUL, or the whole field.
 inline std::string text_field(const u8* bytes, std::size_t width) {

@@ -28,8 +28,8 @@ std::string formatted_argument(const std::string& flags, char conversion, const 
     return buffer;
   }
   if (const auto* real = std::get_if<double>(&argument)) return print("", conversion == 'f' ? 'f' : 'g', *real);
-  const u64 bits = std::holds_alternative<i64>(argument) ? static_cast<u64>(std::get<i64>(argument))
-                                                          : std::get<u64>(argument);
+  const u64 bits =
+      std::holds_alternative<i64>(argument) ? static_cast<u64>(std::get<i64>(argument)) : std::get<u64>(argument);
   if (conversion == 'x') return print("ll", 'x', static_cast<unsigned long long>(bits));
   if (std::holds_alternative<i64>(argument)) return print("ll", 'd', static_cast<long long>(bits));
   return print("ll", 'u', static_cast<unsigned long long>(bits));

@@ -11,7 +11,8 @@
 
 namespace traguardo {
 
-// The path of the log file, NUL-terminated, null while the log is off. Process-wide; the process keeps what it points to.
+// The path of the log file, NUL-terminated, null while the log is off. Process-wide; the process keeps what it points
+// to.
 extern const wchar_t* g_percorso_log;
 
 namespace detail {
@@ -41,23 +42,24 @@ std::string format_log_line(std::string_view format, const LogArgument* argument
 void write_log_line(std::string_view format, const LogArgument* arguments, std::size_t count) noexcept;
 }  // namespace detail
 
-// One statement of the log. `function` is "Class::Method"; `format` is the whole line, beginning with "%s [%d] LEVEL = "
-// for function and line number and ending in a line feed. Levels: ERROR, WARNING, NOTICE, ALERT, INFO.
-#define TRAGUARDO_LOG(function, format, ...)                                                                    \
-  do {                                                                                                          \
-    if (::traguardo::g_percorso_log != nullptr) {                                                               \
-      const ::traguardo::detail::LogArgument traguardo_log_arguments[] = {                                      \
-          ::traguardo::detail::log_argument(std::string_view(function)),                                        \
-          ::traguardo::detail::log_argument(__LINE__) __VA_OPT__(, TRAGUARDO_LOG_EACH(__VA_ARGS__))};           \
-      ::traguardo::detail::write_log_line(format, traguardo_log_arguments,                                      \
-                                          sizeof traguardo_log_arguments / sizeof traguardo_log_arguments[0]);  \
-    }                                                                                                           \
+// One statement of the log. `function` is "Class::Method"; `format` is the whole line, beginning with "%s [%d] LEVEL =
+// " for function and line number and ending in a line feed. Levels: ERROR, WARNING, NOTICE, ALERT, INFO.
+#define TRAGUARDO_LOG(function, format, ...)                                                                   \
+  do {                                                                                                         \
+    if (::traguardo::g_percorso_log != nullptr) {                                                              \
+      const ::traguardo::detail::LogArgument traguardo_log_arguments[] = {                                     \
+          ::traguardo::detail::log_argument(std::string_view(function)),                                       \
+          ::traguardo::detail::log_argument(__LINE__) __VA_OPT__(, TRAGUARDO_LOG_EACH(__VA_ARGS__))};          \
+      ::traguardo::detail::write_log_line(format, traguardo_log_arguments,                                     \
+                                          sizeof traguardo_log_arguments / sizeof traguardo_log_arguments[0]); \
+    }                                                                                                          \
   } while (false)
 #define TRAGUARDO_LOG_ONE(a) ::traguardo::detail::log_argument(a)
 #define TRAGUARDO_LOG_PICK(_1, _2, _3, _4, _5, _6, _7, _8, NAME, ...) NAME
-#define TRAGUARDO_LOG_EACH(...)                                                                                   \
-  TRAGUARDO_LOG_PICK(__VA_ARGS__, TRAGUARDO_LOG_8, TRAGUARDO_LOG_7, TRAGUARDO_LOG_6, TRAGUARDO_LOG_5,             \
-                     TRAGUARDO_LOG_4, TRAGUARDO_LOG_3, TRAGUARDO_LOG_2, TRAGUARDO_LOG_1)(__VA_ARGS__)
+#define TRAGUARDO_LOG_EACH(...)                                                                                        \
+  TRAGUARDO_LOG_PICK(__VA_ARGS__, TRAGUARDO_LOG_8, TRAGUARDO_LOG_7, TRAGUARDO_LOG_6, TRAGUARDO_LOG_5, TRAGUARDO_LOG_4, \
+                     TRAGUARDO_LOG_3, TRAGUARDO_LOG_2, TRAGUARDO_LOG_1)                                                \
+  (__VA_ARGS__)
 #define TRAGUARDO_LOG_1(a) TRAGUARDO_LOG_ONE(a)
 #define TRAGUARDO_LOG_2(a, b) TRAGUARDO_LOG_1(a), TRAGUARDO_LOG_ONE(b)
 #define TRAGUARDO_LOG_3(a, b, c) TRAGUARDO_LOG_2(a, b), TRAGUARDO_LOG_ONE(c)

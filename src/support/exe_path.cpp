@@ -10,7 +10,9 @@ namespace traguardo {
 
 namespace {
 
-bool is_separator(wchar_t c) { return c == L'\\' || c == L'/'; }
+bool is_separator(wchar_t c) {
+  return c == L'\\' || c == L'/';
+}
 
 // First each "\.\" loses its ".\", then each "\..\" goes together with the path element before it.
 std::wstring normalised(std::wstring path) {

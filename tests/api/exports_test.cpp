@@ -118,10 +118,10 @@ TEST_F(Exports, MisuseGivesTheCodesOfItsFunction) {
         {"close", close_file_i(bad), -1},
     };
     for (const Case& c : cases) EXPECT_EQ(c.got, c.want) << c.call << " with handle " << bad;
-    for (const char* text : {get_vehicle_name(bad), get_track_name(bad), get_racer_name(bad),
-                             get_championship_name(bad), get_venue_type_name(bad), get_channel_name(bad, 0),
-                             get_channel_units(bad, 0), get_GPS_channel_name(bad, 0), get_GPS_channel_units(bad, 0),
-                             get_GPS_raw_channel_name(bad, 0), get_GPS_raw_channel_units(bad, 0)}) {
+    for (const char* text :
+         {get_vehicle_name(bad), get_track_name(bad), get_racer_name(bad), get_championship_name(bad),
+          get_venue_type_name(bad), get_channel_name(bad, 0), get_channel_units(bad, 0), get_GPS_channel_name(bad, 0),
+          get_GPS_channel_units(bad, 0), get_GPS_raw_channel_name(bad, 0), get_GPS_raw_channel_units(bad, 0)}) {
       EXPECT_EQ(text, nullptr);
     }
     EXPECT_EQ(get_date_and_time(bad), nullptr);

@@ -1,5 +1,5 @@
-// Builds the bytes of a logger file, tag by tag and frame by frame, for tests of the reader. Written from the format, with
-// nothing of the reader in it.
+// Builds the bytes of a logger file, tag by tag and frame by frame, for tests of the reader. Written from the format,
+// with nothing of the reader in it.
 #pragma once
 
 #include <string>
@@ -14,7 +14,9 @@ using Bytes = std::vector<u8>;
 inline void put(Bytes* out, u64 value, int width) {
   for (int i = 0; i < width; ++i) out->push_back(i < 8 ? static_cast<u8>(value >> (8 * i)) : 0);
 }
-inline Bytes bytes_of(const std::string& text) { return Bytes(text.begin(), text.end()); }
+inline Bytes bytes_of(const std::string& text) {
+  return Bytes(text.begin(), text.end());
+}
 inline Bytes float_bytes(float value) {
   Bytes out(4);
   store_f32(out.data(), value);
@@ -118,7 +120,9 @@ inline Bytes u16_bytes(u16 value) {
   put(&out, value, 2);
   return out;
 }
-inline Bytes frame_s(u32 time_ms, u16 index, u16 value) { return frame('S', time_ms, index, u16_bytes(value)); }
+inline Bytes frame_s(u32 time_ms, u16 index, u16 value) {
+  return frame('S', time_ms, index, u16_bytes(value));
+}
 inline Bytes frame_m(u32 time_ms, u16 index, const std::vector<u16>& values) {
   Bytes data;
   put(&data, values.size(), 2);
@@ -167,6 +171,8 @@ struct Lap {
 };
 
 // Bytes that keep what stands before them out of the stretch at the end of a file that no walk reaches.
-inline Bytes tail() { return tag("EVT", Bytes(32)); }
+inline Bytes tail() {
+  return tag("EVT", Bytes(32));
+}
 
 }  // namespace traguardo::test

@@ -45,7 +45,8 @@ class TempFolder {
   // The names in the folder, sorted.
   std::vector<std::string> names() const {
     std::vector<std::string> found;
-    for (const auto& entry : std::filesystem::directory_iterator(path_)) found.push_back(entry.path().filename().string());
+    for (const auto& entry : std::filesystem::directory_iterator(path_))
+      found.push_back(entry.path().filename().string());
     std::sort(found.begin(), found.end());
     return found;
   }

@@ -40,7 +40,7 @@ TEST(SampleConversion, StoredUnits) {
       {"C",
        "\xB0"
        "F",
-       kMetric, 21.5F, 0x1.1acccp+6F},
+       kMetric, 21.5F, 0x1.1accccp+6F},
       {"\xB0"
        "C",
        "", kImperialTemperature, 100.0F, 212.0F},

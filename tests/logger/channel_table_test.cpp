@@ -19,10 +19,10 @@ using test::tail;
 using Names = std::vector<std::string>;
 using Samples = std::vector<StoredSample>;
 
-constexpr u32 kSpeed = 0x10;          // km/h
+constexpr u32 kSpeed = 0x10;            // km/h
 constexpr u32 kSpeedOfWheel = 0x70010;  // another word, the same unit
-constexpr u32 kTemperature = 0x11;    // C
-constexpr u32 kBattery = 0x195;       // V, stored in mV
+constexpr u32 kTemperature = 0x11;      // C
+constexpr u32 kBattery = 0x195;         // V, stored in mV
 constexpr u32 kPackage = 0x1A;
 
 TEST(ChannelTable, DoubledNamesAreNumbered) {
@@ -78,8 +78,8 @@ TEST(ChannelTable, DescriptorsFollowARepeatedTable) {
   wide.fid = kTemperature;
   wide.format = 3;
   wide.size = 4;
-  ParsedSession session(cnf({{1, "a"}}, test::grp(5, {1, 2})) + frame('G', 10, 5, Bytes{1, 0}) +
-                        cnf({wide, {2, "b"}}) + frame('G', 20, 5, Bytes{2, 0, 0, 0, 3, 0}) + tail());
+  ParsedSession session(cnf({{1, "a"}}, test::grp(5, {1, 2})) + frame('G', 10, 5, Bytes{1, 0}) + cnf({wide, {2, "b"}}) +
+                        frame('G', 20, 5, Bytes{2, 0, 0, 0, 3, 0}) + tail());
   EXPECT_EQ(session.samples("a"), (Samples{{20000, 2}}));
   EXPECT_EQ(session.samples("b"), (Samples{{20000, 3}}));
 }
@@ -167,13 +167,17 @@ TEST(ChannelTable, EveryFormatIsConvertedAsItSays) {
 
 TEST(ChannelTable, PacketsHaveNoChannelAndOtherFramesGoOn) {
   const Channel packets[] = {
-      {10, "GPS", 8, 56, kPackage | 3 << 7},          {11, "lap v3", 31, 20, kPackage | 1 << 7 | 3 << 15},
-      {12, "lap v2", 22, 32, kPackage | 1 << 7 | 2 << 15}, {13, "total", 26, 12, kPackage | 5 << 7},
-      {14, "trip", 27, 12, kPackage | 6 << 7},        {15, "best", 33, 60, kPackage | 10 << 7},
-      {16, "rolling", 32, 12, kPackage | 11 << 7},    {17, "other", 19, 8, kPackage | 40 << 7},
+      {10, "GPS", 8, 56, kPackage | 3 << 7},
+      {11, "lap v3", 31, 20, kPackage | 1 << 7 | 3 << 15},
+      {12, "lap v2", 22, 32, kPackage | 1 << 7 | 2 << 15},
+      {13, "total", 26, 12, kPackage | 5 << 7},
+      {14, "trip", 27, 12, kPackage | 6 << 7},
+      {15, "best", 33, 60, kPackage | 10 << 7},
+      {16, "rolling", 32, 12, kPackage | 11 << 7},
+      {17, "other", 19, 8, kPackage | 40 << 7},
   };
-  Bytes bytes = cnf({{1, "a"}, packets[0], packets[1], packets[2], packets[3], packets[4], packets[5], packets[6],
-                     packets[7]});
+  Bytes bytes =
+      cnf({{1, "a"}, packets[0], packets[1], packets[2], packets[3], packets[4], packets[5], packets[6], packets[7]});
   for (const Channel& packet : packets) bytes = bytes + frame('S', 10, packet.index, Bytes(packet.size));
   for (const Channel& packet : packets) bytes = bytes + frame('M', 10, packet.index, Bytes{1, 0} + Bytes(packet.size));
   ParsedSession session(bytes + frame_s(20, 1, 5) + tail());

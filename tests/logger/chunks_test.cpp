@@ -34,21 +34,24 @@ TEST(Chunks, RebuildEveryKind) {
   EXPECT_EQ(samples_after(chunk(kS, 1, 0, false, {10, 0, 0, 0, 1, 0}) + chunk(kS, 1, 1, true, {0, 0}), "a"),
             (Samples{{10000, 1}}));
   EXPECT_EQ(samples_after(chunk(kA, 7, 0, true, {10, 0, 0, 0, 5, 1, 0, 0}) + chunk(kA, 7, 1, true, {0}), "b"),
-            (Samples{})) << "the first chunk is marked as last and too short: rejected, and so is the second";
+            (Samples{}))
+      << "the first chunk is marked as last and too short: rejected, and so is the second";
   EXPECT_EQ(samples_after(chunk(kA, 7, 0, false, {10, 0, 0, 0, 5, 1, 0, 0}) + chunk(kA, 7, 1, true, {0}), "a"),
             (Samples{{11000, 1}}));
-  EXPECT_EQ(samples_after(chunk(kG, 500, 0, false, {10, 0, 0, 0, 9, 0, 1, 0}) + chunk(kG, 500, 1, true, {0, 0, 6}), "b"),
-            (Samples{{10000, 6}})) << "the group's index stands inside, that of the header plays no part";
+  EXPECT_EQ(
+      samples_after(chunk(kG, 500, 0, false, {10, 0, 0, 0, 9, 0, 1, 0}) + chunk(kG, 500, 1, true, {0, 0, 6}), "b"),
+      (Samples{{10000, 6}}))
+      << "the group's index stands inside, that of the header plays no part";
   // The first sample of the chunks is the last of the frame.
   EXPECT_EQ(samples_after(chunk(kM, 2, 0, true, {10, 0, 0, 0, 1, 2, 3}), "b"),
             (Samples{{10000, 2}, {20000, 3}, {30000, 1}}));
 }
 
 TEST(Chunks, ArriveInAnyOrderWithTheLastOneLast) {
-  EXPECT_EQ(samples_after(chunk(kS, 1, 1, false, {1, 0}) + chunk(kS, 1, 0, false, {10, 0, 0, 0}) +
-                              chunk(kS, 1, 2, true, {0, 0}),
-                          "a"),
-            (Samples{{10000, 1}}));
+  EXPECT_EQ(
+      samples_after(
+          chunk(kS, 1, 1, false, {1, 0}) + chunk(kS, 1, 0, false, {10, 0, 0, 0}) + chunk(kS, 1, 2, true, {0, 0}), "a"),
+      (Samples{{10000, 1}}));
 }
 
 TEST(Chunks, WithoutALengthByteEndAtTheirParenthesis) {

@@ -25,7 +25,9 @@ using Samples = std::vector<StoredSample>;
 constexpr u16 kA = 1;
 constexpr u16 kB = 2;
 
-std::vector<u64> offsets(const ErrorList& list) { return list.elements(); }
+std::vector<u64> offsets(const ErrorList& list) {
+  return list.elements();
+}
 
 TEST(DataStream, DecodesEveryKindOfFrame) {
   const Bytes table = cnf({{kA, "a"}, {kB, "b", 5, 1}}, test::acd(7, 103, {kA, 99, kB}) + test::grp(9, {kB, kA}));
@@ -185,8 +187,8 @@ TEST(DataStream, MixedFilesOfRandomBytesEndAndLeaveNothingBehind) {
   const Bytes head = cnf({{kA, "a"}, {kB, "b", 5, 1}}, test::acd(7, 103, {kA, kB}) + test::grp(9, {kB, kA}));
   Bytes healthy = head;
   for (u32 i = 0; i < 200; ++i) {
-    healthy = healthy + frame_s(10 * i + 1, kA, 1) + frame_m(10 * i, kB, {1}) + frame('G', 10 * i + 2, 9, Bytes{1, 2, 3}) +
-              test::chunk(0, kA, 0, true, Bytes{1, 0, 0, 0, 1, 0});
+    healthy = healthy + frame_s(10 * i + 1, kA, 1) + frame_m(10 * i, kB, {1}) +
+              frame('G', 10 * i + 2, 9, Bytes{1, 2, 3}) + test::chunk(0, kA, 0, true, Bytes{1, 0, 0, 0, 1, 0});
   }
   for (int round = 0; round < 60; ++round) {
     Bytes bytes = healthy;

@@ -64,7 +64,10 @@ TEST_P(Laps, MarksBecomeLaps) {
   // The data runs from 100 to 50,000 ms.
   const Case cases[] = {
       {"no mark: one lap of all the data", {}, {{0, 1, 100, 50000, 49900}}, 0},
-      {"in order", {mark(1, 10000, 9900), mark(2, 20000, 9800)}, {{0, 1, 100, 10000, 9900}, {0, 2, 10000, 20000, 9800}}, 0},
+      {"in order",
+       {mark(1, 10000, 9900), mark(2, 20000, 9800)},
+       {{0, 1, 100, 10000, 9900}, {0, 2, 10000, 20000, 9800}},
+       0},
       {"a repeated mark changes nothing",
        {mark(1, 10000, 9900), mark(2, 20000, 9800), mark(2, 30000, 1)},
        {{0, 1, 100, 10000, 9900}, {0, 2, 10000, 20000, 9800}},
@@ -73,10 +76,7 @@ TEST_P(Laps, MarksBecomeLaps) {
        {mark(1, 10000, 9900), mark(2, 20000, 9800), mark(1, 25000, 4000, 1), mark(2, 30000, 5000)},
        {{0, 1, 100, 25000, 4000}, {0, 2, 25000, 30000, 5000}},
        0},
-      {"a closing lap is due",
-       {mark(1, 10000, 9900, 2)},
-       {{0, 1, 100, 10000, 9900}, {0, 2, 10000, 50000, 40000}},
-       0},
+      {"a closing lap is due", {mark(1, 10000, 9900, 2)}, {{0, 1, 100, 10000, 9900}, {0, 2, 10000, 50000, 40000}}, 0},
       {"sessions",
        {mark(1, 10000, 9900), mark(2, 20000, 9800), mark(1, 30000, 8000, 0, 1)},
        {{0, 1, 100, 10000, 9900}, {0, 2, 10000, 20000, 9800}, {1, 1, 20000, 30000, 8000}},
@@ -146,8 +146,8 @@ TEST(Splits, StandInTheLapThatIsDrivenAndTheLineAddsTheLast) {
 }
 
 TEST(Splits, AloneMakeASessionThatStillGetsItsClosingLap) {
-  ParsedSession session(cnf({{1, "a"}}) + frame_s(100, 1, 1) + split(0, 1, 5000, 3000).tagged() +
-                        frame_s(9000, 1, 1) + tail());
+  ParsedSession session(cnf({{1, "a"}}) + frame_s(100, 1, 1) + split(0, 1, 5000, 3000).tagged() + frame_s(9000, 1, 1) +
+                        tail());
   // Lap 1 exists from the split on, and the closing lap is that same lap.
   EXPECT_EQ(laps_of(&session.reader()), (std::vector<Want>{{0, 1, 100, 9000, 8900}}));
   EXPECT_EQ(session.reader().GetSessioni().at(0)->laps.at(1)->splits.at(1)->start, 2'000'000U);

@@ -49,7 +49,9 @@ Bytes with_dictionary() {
 TEST(Lz77, GivesACodeForEveryKindOfStream) {
   const Bytes plain = noise(100000);
   const Bytes whole = compressed(plain);
-  const auto cut = [&](std::size_t size) { return Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)); };
+  const auto cut = [&](std::size_t size) {
+    return Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+  };
   Bytes damaged = whole;
   damaged[damaged.size() / 2] ^= 0xFF;
   Bytes trailed = whole;

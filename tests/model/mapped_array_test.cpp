@@ -21,8 +21,8 @@ void append(MemoryMappedArray* store, u64 value) {
 
 TEST(MemoryMappedArray, WritesAndReadsBackAcrossBuffersAndWindows) {
   const TempFolder folder;
-  for (const u64 count : {u64{0}, u64{1}, u64{5}, u64{31}, u64{48}, u64{4096}, u64{kWindow}, u64{kWindow} + 1,
-                          u64{3} * kWindow + 7}) {
+  for (const u64 count :
+       {u64{0}, u64{1}, u64{5}, u64{31}, u64{48}, u64{4096}, u64{kWindow}, u64{kWindow} + 1, u64{3} * kWindow + 7}) {
     MemoryMappedArray store(folder.wide("store"), 12, Modo::kAggiunta, true);
     ASSERT_TRUE(store.IsValido());
     int new_windows = 0;

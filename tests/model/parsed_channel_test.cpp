@@ -66,9 +66,8 @@ TEST_F(ParsedChannel, RefusesTimesThatDoNotRiseAndMergesOnlyWhenAsked) {
       EXPECT_EQ(channel.AddValore(step.time, step.value), keep ? step.keeping : step.plain) << step.time;
     }
     channel.ChiudiStore();
-    const std::vector<Sample> want =
-        keep ? std::vector<Sample>{{1000, 5}, {4000, 5}, {5000, 6}}
-             : std::vector<Sample>{{1000, 5}, {2000, 5}, {3000, 5}, {4000, 5}, {5000, 6}};
+    const std::vector<Sample> want = keep ? std::vector<Sample>{{1000, 5}, {4000, 5}, {5000, 6}}
+                                          : std::vector<Sample>{{1000, 5}, {2000, 5}, {3000, 5}, {4000, 5}, {5000, 6}};
     EXPECT_EQ(records_of(&channel), want);
     EXPECT_EQ(channel.GetMinimo(), 5.0F);
     EXPECT_EQ(channel.GetMassimo(), 6.0F);

@@ -54,8 +54,8 @@ class File {
 
   bool size(u64* bytes) const;
   bool resize(u64 bytes);
-  // Makes the file at least this long and reserves its disk blocks, so that no later write to a mapping of it can meet a
-  // full disk.
+  // Makes the file at least this long and reserves its disk blocks, so that no later write to a mapping of it can meet
+  // a full disk.
   bool reserve(u64 bytes);
   // Reads up to `count` bytes; the number read, short at the end of the file or on an error.
   std::size_t read_at(u64 offset, void* out, std::size_t count) const;

@@ -40,9 +40,13 @@ bool is_folder(const std::string& path) {
 
 }  // namespace
 
-std::wstring path_from_host_bytes(std::string_view bytes) { return widen_bytes(bytes); }
+std::wstring path_from_host_bytes(std::string_view bytes) {
+  return widen_bytes(bytes);
+}
 
-std::string host_bytes_from_path(std::wstring_view path) { return narrow_low_bytes(path); }
+std::string host_bytes_from_path(std::wstring_view path) {
+  return narrow_low_bytes(path);
+}
 
 std::wstring path_in_folder(std::wstring_view folder, std::wstring_view name) {
   while (!name.empty() && (name.front() == L'\\' || name.front() == L'/')) name.remove_prefix(1);
@@ -63,7 +67,9 @@ std::wstring executable_path() {
   }
 }
 
-u32 last_error() { return static_cast<u32>(t_last_error); }
+u32 last_error() {
+  return static_cast<u32>(t_last_error);
+}
 
 File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kNone)) {}
 
@@ -75,7 +81,9 @@ File& File::operator=(File&& other) noexcept {
   return *this;
 }
 
-File::~File() { close(); }
+File::~File() {
+  close();
+}
 
 File File::open(const std::wstring& path, Access access, Share, Creation creation) {
   // Sharing between readers and writers is no concept of this system; try_mark_in_use stands in where data is at stake.
@@ -166,12 +174,14 @@ bool File::write_at(u64 offset, const void* bytes, std::size_t count) {
 }
 
 bool File::flush() {
-  // Nothing to do: what was written is seen by every later reader. Stores are temporary, so no crash of the machine needs
-  // to find them on the disk.
+  // Nothing to do: what was written is seen by every later reader. Stores are temporary, so no crash of the machine
+  // needs to find them on the disk.
   return true;
 }
 
-bool File::try_mark_in_use() { return ::flock(static_cast<int>(handle_), LOCK_EX | LOCK_NB) == 0 || failed(); }
+bool File::try_mark_in_use() {
+  return ::flock(static_cast<int>(handle_), LOCK_EX | LOCK_NB) == 0 || failed();
+}
 
 bool File::close() {
   if (handle_ == kNone) return true;
@@ -190,7 +200,9 @@ Mapping& Mapping::operator=(Mapping&& other) noexcept {
   return *this;
 }
 
-Mapping::~Mapping() { unmap(); }
+Mapping::~Mapping() {
+  unmap();
+}
 
 Mapping Mapping::map(const File& file, u64 offset, std::size_t length, bool writable) {
   Mapping mapping;
@@ -219,7 +231,9 @@ bool file_exists(const std::wstring& path) {
   return ::stat(host_bytes_from_path(path).c_str(), &info) == 0;
 }
 
-bool delete_file(const std::wstring& path) { return ::unlink(host_bytes_from_path(path).c_str()) == 0 || failed(); }
+bool delete_file(const std::wstring& path) {
+  return ::unlink(host_bytes_from_path(path).c_str()) == 0 || failed();
+}
 
 bool copy_file(const std::wstring& from, const std::wstring& to) {
   const File source = File::open(from, Access::kRead, Share::kRead, Creation::kMustExist);
@@ -294,15 +308,21 @@ bool append_text(const std::wstring& path, std::string_view text) {
   return file && file.size(&size) && file.write_at(size, text.data(), text.size());
 }
 
-bool local_time(std::time_t when, std::tm* out) { return ::localtime_r(&when, out) != nullptr; }
+bool local_time(std::time_t when, std::tm* out) {
+  return ::localtime_r(&when, out) != nullptr;
+}
 
 std::string unique_token() {
   static std::atomic<unsigned> counter{0};
   return std::to_string(::getpid()) + "-" + std::to_string(++counter);
 }
 
-void* heap_allocate(HeapHandle, std::size_t bytes) noexcept { return std::malloc(bytes == 0 ? 1 : bytes); }
+void* heap_allocate(HeapHandle, std::size_t bytes) noexcept {
+  return std::malloc(bytes == 0 ? 1 : bytes);
+}
 
-void heap_free(HeapHandle, void* block) noexcept { std::free(block); }
+void heap_free(HeapHandle, void* block) noexcept {
+  std::free(block);
+}
 
 }  // namespace traguardo::platform

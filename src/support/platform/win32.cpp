@@ -17,7 +17,9 @@ bool failed() {
   return false;
 }
 
-HANDLE as_handle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
+HANDLE as_handle(std::intptr_t handle) {
+  return reinterpret_cast<HANDLE>(handle);
+}
 
 std::wstring decoded(std::string_view bytes, UINT code_page, DWORD flags) {
   if (bytes.empty()) return {};
@@ -28,19 +30,24 @@ std::wstring decoded(std::string_view bytes, UINT code_page, DWORD flags) {
   return wide;
 }
 
-bool is_separator(wchar_t c) { return c == L'\\' || c == L'/'; }
+bool is_separator(wchar_t c) {
+  return c == L'\\' || c == L'/';
+}
 
 bool is_folder(const std::wstring& path) {
   const DWORD attributes = GetFileAttributesW(path.c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-wchar_t lower(wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c; }
+wchar_t lower(wchar_t c) {
+  return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
+}
 
 bool ends_with_ignoring_case(std::wstring_view text, std::wstring_view suffix) {
   if (text.size() < suffix.size()) return false;
   text.remove_prefix(text.size() - suffix.size());
-  return std::equal(text.begin(), text.end(), suffix.begin(), [](wchar_t a, wchar_t b) { return lower(a) == lower(b); });
+  return std::equal(text.begin(), text.end(), suffix.begin(),
+                    [](wchar_t a, wchar_t b) { return lower(a) == lower(b); });
 }
 
 OVERLAPPED position(u64 offset) {
@@ -90,7 +97,9 @@ std::wstring executable_path() {
   }
 }
 
-u32 last_error() { return t_last_error; }
+u32 last_error() {
+  return t_last_error;
+}
 
 File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kNone)) {}
 
@@ -102,7 +111,9 @@ File& File::operator=(File&& other) noexcept {
   return *this;
 }
 
-File::~File() { close(); }
+File::~File() {
+  close();
+}
 
 File File::open(const std::wstring& path, Access access, Share share, Creation creation) {
   const DWORD wanted = access == Access::kRead ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
@@ -181,9 +192,11 @@ bool File::write_at(u64 offset, const void* bytes, std::size_t count) {
   return true;
 }
 
-// What was written is seen by every later reader. Stores are temporary, so no crash of the machine needs to find them on
-// the disk.
-bool File::flush() { return true; }
+// What was written is seen by every later reader. Stores are temporary, so no crash of the machine needs to find them
+// on the disk.
+bool File::flush() {
+  return true;
+}
 
 bool File::try_mark_in_use() {
   OVERLAPPED at = position(kMarkOffset);
@@ -207,7 +220,9 @@ Mapping& Mapping::operator=(Mapping&& other) noexcept {
   return *this;
 }
 
-Mapping::~Mapping() { unmap(); }
+Mapping::~Mapping() {
+  unmap();
+}
 
 Mapping Mapping::map(const File& file, u64 offset, std::size_t length, bool writable) {
   Mapping mapping;
@@ -238,9 +253,13 @@ bool Mapping::unmap() {
   return UnmapViewOfFile(std::exchange(data_, nullptr)) || failed();
 }
 
-bool file_exists(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+bool file_exists(const std::wstring& path) {
+  return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
 
-bool delete_file(const std::wstring& path) { return DeleteFileW(path.c_str()) || failed(); }
+bool delete_file(const std::wstring& path) {
+  return DeleteFileW(path.c_str()) || failed();
+}
 
 bool copy_file(const std::wstring& from, const std::wstring& to) {
   return CopyFileW(from.c_str(), to.c_str(), FALSE) || failed();
@@ -305,7 +324,9 @@ bool append_text(const std::wstring& path, std::string_view text) {
   return file.write_at(size, lines.data(), lines.size());
 }
 
-bool local_time(std::time_t when, std::tm* out) { return ::localtime_s(out, &when) == 0; }
+bool local_time(std::time_t when, std::tm* out) {
+  return ::localtime_s(out, &when) == 0;
+}
 
 std::string unique_token() {
   static std::atomic<unsigned> counter{0};
