@@ -1,6 +1,7 @@
 // The rows of the channel table and the areas that their samples lie in; the spans of runs.
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <unordered_map>
 
 #include "legacy/sample_rate.h"
@@ -90,15 +91,25 @@ bool CWMP::append_channel(const WmpChannelRecord& record, const WmpChannelExtens
   const u32 frequency = sample_rate_of(record.rate_index()).frequency_hz;
   const u64 count = std::min<u64>(derived_sample_count(frequency), derived_budget_left());
 
-  channels_.push_back(record);
+  const std::size_t row = channels_.size();
+  try {
+    value_area_.resize(first_sample_.back() + static_cast<std::size_t>(count), 0.0F);
+    channels_.push_back(record);
+    extensions_.push_back(extension);
+    statistics_.emplace_back();
+    first_sample_.push_back(value_area_.size());
+  } catch (const std::bad_alloc&) {
+    channels_.resize(row);
+    extensions_.resize(row);
+    statistics_.resize(row);
+    first_sample_.resize(row + 1);
+    value_area_.resize(first_sample_.back());
+    return false;
+  }
   channels_.back().set_sample_count(static_cast<u32>(count));
-  extensions_.push_back(extension);
-  statistics_.emplace_back();
-  update_rate(channels_.size() - 1);
+  update_rate(row);
   statistics_.back().display_minimum = record.display_minimum();
   statistics_.back().display_maximum = record.display_maximum();
-  first_sample_.push_back(first_sample_.back() + static_cast<std::size_t>(count));
-  value_area_.resize(first_sample_.back(), 0.0F);
 
   header_.set_channel_count(static_cast<i16>(channels_.size()));
   header_.set_derived_count(static_cast<i16>(channels_.size() - logged_count_));

@@ -46,6 +46,11 @@ class PackedRecord {
   void clear_bytes(std::size_t offset, std::size_t count) { std::memset(&bytes_[offset], 0, count); }
 
   std::string get_text(std::size_t offset, std::size_t width) const { return text_field(&bytes_[offset], width); }
+  // The same without a copy; lives as long as the record and its text.
+  std::string_view get_text_view(std::size_t offset, std::size_t width) const {
+    const std::string_view field(reinterpret_cast<const char*>(&bytes_[offset]), width);
+    return field.substr(0, field.find('\0'));
+  }
   // The field is padded with zeros; a text that fills it has no NUL behind it.
   void put_text(std::size_t offset, std::size_t width, std::string_view text) {
     clear_bytes(offset, width);
@@ -206,7 +211,8 @@ class WmpChannelRecord : public PackedRecord<668> {
   static constexpr u16 kClassSpeed = 3;
   static constexpr u16 kClassEngineSpeed = 4;
 
-  std::string name() const { return get_text(0, kNameWidth); }
+  std::string_view name_view() const { return get_text_view(0, kNameWidth); }
+  std::string name() const { return std::string(name_view()); }
   void set_name(std::string_view text) { put_text(0, kNameWidth, text); }
   // The unit field as bytes: a text or a descriptor.
   const u8* unit_bytes() const { return bytes() + 20; }
@@ -258,7 +264,8 @@ class WmpChannelRecord : public PackedRecord<668> {
   void set_user_gain(float value) { put_f32(132, value); }
   float user_offset() const { return get_f32(136); }
   void set_user_offset(float value) { put_f32(136, value); }
-  std::string formula() const { return get_text(140, kFormulaWidth); }
+  std::string_view formula_view() const { return get_text_view(140, kFormulaWidth); }
+  std::string formula() const { return std::string(formula_view()); }
   void set_formula(std::string_view text) { put_text(140, kFormulaWidth, text); }
   std::string second_formula() const { return get_text(396, kFormulaWidth); }
   void set_second_formula(std::string_view text) { put_text(396, kFormulaWidth, text); }

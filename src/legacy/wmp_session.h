@@ -3,8 +3,9 @@
 //
 // Cut by theme: open_file.cpp (ApriFile), version_*.cpp (one reader per layout), normalisation.cpp (counts, tables,
 // laps, runs), channel_tables.cpp (rows, areas and spans), channel_conversion.cpp (raw words to values),
-// synthesised_channels.cpp (derived channels), distance_table.cpp (distance over time, lap rows), dump_rebuild.cpp
-// (samples of version 500).
+// derived_channels.cpp (channels without raw words, and what computes them), synthesised_channels.cpp (those that the
+// reader adds), reference_speed.cpp (which speed distances are made of), distance_table.cpp (distance over time, lap
+// rows), dump_rebuild.cpp (samples of version 500).
 #pragma once
 
 #include <ctime>
@@ -120,23 +121,34 @@ class CWMP : public CFileWMP, public CFiltri {
   // passes, statistics. The result is that of the first step; a derived channel that can't be computed reads 0.0.
   bool ConvertiCanale(std::size_t index, bool raw_only);
 
-  // --- Derived channels (synthesised_channels.cpp)
-  // Makes sure that the table holds the channel of that kind; a missing input is a log line and no channel.
-  void AssicuraPresenzaCanaleMatematico(u16 kind, bool compute_now);
-  // What the file's own record says of channel `index`; false if that can't be computed.
+  // --- Derived channels (derived_channels.cpp)
+  // Fills channel `index` by the computation kind of its record. False, and a channel of 0.0, if that can't be done.
+  // Kinds that are filled by another one keep what they hold.
   bool compute_derived_channel(std::size_t index);
   // Every enabled definition of the math manager becomes a channel.
   void enter_math_channels();
-  // The channels of the device, then those of the configuration files in the application folder, then the exporter.
-  void assure_device_channels();
+  // A new channel behind the last one; all derived channels are then computed, in table order. kind: 0 for a definition
+  // of the math manager. False, with nothing changed, if the table can't take it.
   bool add_definition(const SMathChannel& definition, u16 kind);
+  // REQUIRES: a derived channel.
   void update_channel(std::size_t index, const SMathChannel& definition);
+  // False for a logged channel. Formulas that name the channel keep their values until they are computed again.
   bool delete_derived_channel(std::size_t index);
   // The first derived channel of that name, case apart; channel_count() for none.
   std::size_t find_derived_channel(std::string_view name) const;
-  // 'Y' the reference moves, 'd' one other candidate, 'D' several, 'G' the GPS speed was chosen, 'N' none.
+
+  // --- Channels that the reader adds (synthesised_channels.cpp)
+  // Makes sure that the table holds the channel of that kind; a missing input is a log line and no channel.
+  void AssicuraPresenzaCanaleMatematico(u16 kind, bool compute_now);
+  // The channels of the device, then those of the configuration files in the application folder, then the exporter.
+  void assure_device_channels();
+
+  // --- Reference speed (reference_speed.cpp)
+  // 'Y' the reference moves, 'd' one other candidate, 'D' several, 'G' the GPS speed was chosen, 'N' none. select: the
+  // candidate becomes the reference.
   char find_reference_speed(bool select);
   bool positions_are_accurate() const;
+  // False, with the old reference in its place, for a channel that isn't a speed or doesn't move far enough.
   bool set_reference_speed(i32 index);
 
   // --- Distance (distance_table.cpp)

@@ -1,0 +1,35 @@
+// A legacy session as the formula language sees it.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+
+#include "math/session_view.h"
+
+namespace traguardo {
+
+class CWMP;
+
+class WmpMathSession : public IMathSession {
+ public:
+  // Borrowed; its channel table must not change while a formula is computed.
+  explicit WmpMathSession(CWMP* session) : session_(session) {}
+
+  std::size_t ChannelCount() const override;
+  std::string_view ChannelName(std::size_t index) const override;
+  std::string_view Formula(std::size_t target) const override;
+  double PeriodMs(std::size_t target) const override;
+  u32 FrequencyHz(std::size_t target) const override;
+  std::span<float> Samples(std::size_t target) override;
+  std::size_t LapCount() const override;
+  // Ends with the lap time, which a host doesn't see where there is a true one.
+  SMathLap Lap(std::size_t index) const override;
+  // A channel of steps stays on its earlier sample between two.
+  void FillInput(std::size_t source, std::size_t target, std::span<float> out) override;
+
+ private:
+  CWMP* session_;
+};
+
+}  // namespace traguardo

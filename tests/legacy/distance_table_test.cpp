@@ -1,0 +1,275 @@
+// Distance over time from a speed, against sums in double; lap rows; which speed it is made of.
+#include "legacy/distance_table.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "opened_session.h"
+
+namespace traguardo::test {
+namespace {
+
+// Two user units of speed to the metre per second, two user units of length to the metre.
+SpeedTrace trace_of(const std::vector<float>& speeds, u32 period_ms, u32 frequency_hz) {
+  SpeedTrace trace;
+  trace.speeds = speeds;
+  trace.period_ms = period_ms;
+  trace.frequency_hz = frequency_hz;
+  trace.metres_per_second = 0.5F;
+  trace.units_per_metre = 2.0F;
+  return trace;
+}
+
+std::vector<float> random_speeds(std::size_t count) {
+  std::mt19937 random(66);
+  std::vector<float> speeds(count);
+  for (float& speed : speeds) speed = static_cast<float>(10 + random() % 90);
+  return speeds;
+}
+
+// The distance in user units after each tenth of a second, `speed_at` giving user units of speed at a time in ms.
+std::vector<double> summed(std::size_t entries, u32 step_ms, const std::function<double(u32)>& speed_at) {
+  std::vector<double> distances{0.0};
+  double metres = 0.0;
+  for (u32 time_ms = 0; distances.size() < entries; time_ms += step_ms) {
+    metres += 0.5 * speed_at(time_ms) * step_ms / 1000.0;
+    if ((time_ms + step_ms) % 100 == 0) distances.push_back(2.0 * metres);
+  }
+  return distances;
+}
+
+TEST(DistanceTable, SumsUpTheSpeedAtEveryRate) {
+  struct Rate {
+    u32 period_ms;
+    u32 frequency_hz;
+  };
+  const Rate rates[] = {{1000, 1}, {500, 2}, {250, 4},  {200, 5}, {125, 8}, {100, 10},
+                        {50, 20},  {20, 50}, {10, 100}, {5, 200}, {2, 500}, {1, 1000}};
+  for (const Rate& rate : rates) {
+    SCOPED_TRACE(rate.frequency_hz);
+    // 40 seconds and a little: the last samples fill no entry.
+    const std::vector<float> speeds = random_speeds(40 * rate.frequency_hz + 1);
+    const std::vector<float> table = make_distance_table(trace_of(speeds, rate.period_ms, rate.frequency_hz));
+    const std::size_t entries = speeds.size() * rate.period_ms / 100;
+    ASSERT_EQ(table.size(), entries + 2);
+    // Slower than the table, each entry takes one sample; else all samples of a tenth of a second count.
+    const u32 step_ms = rate.frequency_hz < 10 ? 100 : rate.period_ms;
+    const std::vector<double> wanted = summed(
+        entries + 1, step_ms, [&](u32 time_ms) { return static_cast<double>(speeds[time_ms / rate.period_ms]); });
+    for (std::size_t i = 0; i <= entries; ++i) ASSERT_NEAR(table[i], wanted[i], 1e-4 * wanted[i]) << i;
+    // The entry behind the last: on in a straight line, or hardly further at all.
+    const double last_step = static_cast<double>(table[entries]) - static_cast<double>(table[entries - 1]);
+    const double rise = rate.frequency_hz < 10 ? 0.001 : last_step;
+    EXPECT_NEAR(table[entries + 1], static_cast<double>(table[entries]) + rise, 0.01);
+  }
+}
+
+TEST(DistanceTable, AStandingVehicleCreeps) {
+  // Ten seconds of nothing, then enough to make a table of it.
+  for (const u32 frequency_hz : {5U, 100U}) {
+    std::vector<float> speeds(10 * frequency_hz, 0.0F);
+    speeds.front() = -3.0F;
+    speeds.resize(20 * frequency_hz, 100.0F);
+    SpeedTrace trace = trace_of(speeds, 1000 / frequency_hz, frequency_hz);
+    // 0.001 m/s over ten seconds.
+    EXPECT_NEAR(make_distance_table(trace)[100], 2 * 0.01, 1e-5) << frequency_hz;
+    trace.from_receiver_logger = true;
+    const double creep = frequency_hz < 10 ? 1e-6 : 0.001;
+    EXPECT_NEAR(make_distance_table(trace)[100], 2 * creep * 10, 1e-2 * creep) << frequency_hz;
+  }
+}
+
+TEST(DistanceTable, AReceiversSpeedCountsOnceASecond) {
+  // 5 Hz over 20 s: the samples of whole seconds say 40, those between are old.
+  std::vector<float> speeds(100, 1000.0F);
+  for (std::size_t i = 0; i < speeds.size(); i += 5) speeds[i] = 40.0F;
+  speeds[5] = 0.0F;
+  SpeedTrace trace = trace_of(speeds, 200, 5);
+  trace.from_receiver_logger = true;
+  trace.is_receiver_speed = true;
+  const std::vector<float> table = make_distance_table(trace);
+  ASSERT_EQ(table.size(), 202U);
+  // 20 m/s; entries in metres, and only what is left of the table in the user's unit.
+  EXPECT_NEAR(table[10], 20.0, 1e-3);
+  EXPECT_NEAR(table[20], 20.0, 1e-3);
+  EXPECT_NEAR(table[25], 30.0, 1e-3);
+  EXPECT_NEAR(table[200], 380.0, 1e-2);
+  EXPECT_NEAR(table[201], 760.0, 2e-2);
+  // At 10 Hz and more the receiver's speed is like any other.
+  const std::vector<float> fast(200, 40.0F);
+  trace.speeds = fast;
+  trace.period_ms = 100;
+  trace.frequency_hz = 10;
+  EXPECT_NEAR(make_distance_table(trace)[100], 400.0, 1e-2);
+}
+
+TEST(DistanceTable, NoTableOfTooLittle) {
+  // One user unit of distance per user unit of speed and second.
+  EXPECT_TRUE(make_distance_table(trace_of(std::vector<float>(20, 49.0F), 100, 10)).empty());
+  EXPECT_FALSE(make_distance_table(trace_of(std::vector<float>(20, 51.0F), 100, 10)).empty());
+  EXPECT_TRUE(make_distance_table(trace_of({1e6F}, 100, 10)).empty());
+  EXPECT_TRUE(make_distance_table(trace_of({}, 100, 10)).empty());
+  EXPECT_TRUE(make_distance_table(trace_of(std::vector<float>(20, 1e6F), 32000, 0)).empty());
+  // Two samples that fill no entry, and still go far.
+  EXPECT_EQ(make_distance_table(trace_of({1e6F, 1e6F}, 1, 1000)).size(), 2U);
+}
+
+TEST(DistanceTable, DistancesBetweenEntries) {
+  const std::vector<float> table = {0.0F, 10.0F, 30.0F, 40.0F};
+  EXPECT_EQ(distance_in_table(table, 0), 0.0F);
+  EXPECT_EQ(distance_in_table(table, 50), 5.0F);
+  EXPECT_EQ(distance_in_table(table, 100), 10.0F);
+  EXPECT_EQ(distance_in_table(table, 175), 25.0F);
+  EXPECT_EQ(distance_in_table(table, 250), 35.0F);
+  EXPECT_EQ(distance_in_table(table, 0xFFFFFFFF), distance_in_table(table, 295));
+  EXPECT_EQ(distance_in_table({}, 50), 0.0F);
+}
+
+// --- In a session
+
+constexpr u16 k10Hz = 2;
+constexpr u16 kSpeedClass = 3;
+
+// Samples of one speed over 20 seconds.
+wmp::Channel speed_channel(const std::string& name, u16 speed_kmh) {
+  wmp::Channel channel = plain_channel(name, std::vector<u16>(200, speed_kmh), k10Hz);
+  channel.measure_class = kSpeedClass;
+  return channel;
+}
+
+wmp::File file_with_speeds(std::vector<wmp::Channel> logged, i16 reference) {
+  wmp::File file;
+  file.logged = std::move(logged);
+  file.reference = reference;
+  file.laps = {wmp::Lap{5000}, wmp::Lap{15000, 1, 2}};
+  return file;
+}
+
+void expect_lap_rows(CWMP& session, double metres_per_second) {
+  ASSERT_EQ(session.lap_rows().size(), 2U);
+  const WmpLapRow& first = session.lap_rows()[0];
+  const WmpLapRow& second = session.lap_rows()[1];
+  EXPECT_EQ(first.length_ms, 5000U);
+  EXPECT_EQ(second.start_ms, 5000U);
+  EXPECT_EQ(second.length_ms, 15000U);
+  EXPECT_EQ(first.distance_at_start, 0.0F);
+  EXPECT_NEAR(first.distance_covered, 5 * metres_per_second, 0.01);
+  EXPECT_NEAR(second.distance_at_start, 5 * metres_per_second, 0.01);
+  EXPECT_NEAR(second.distance_covered, 15 * metres_per_second, 0.05);
+}
+
+TEST(LapRows, FollowTheReferenceSpeed) {
+  OpenedSession logged(wmp::build(file_with_speeds({speed_channel("Wheel", 72), speed_channel("Other", 36)}, 1)));
+  expect_lap_rows(logged.session(), 10.0);
+  EXPECT_TRUE(logged.session().set_reference_speed(0));
+  expect_lap_rows(logged.session(), 20.0);
+
+  wmp::File file = file_with_speeds({speed_channel("Wheel", 72)}, 1);
+  file.derived = {plain_channel("Half", {}, k10Hz)};
+  file.derived[0].measure_class = kSpeedClass;
+  file.derived[0].formula = "Wheel / 2";
+  OpenedSession derived(wmp::build(file));
+  expect_lap_rows(derived.session(), 10.0);
+
+  OpenedSession none(wmp::build(file_with_speeds({speed_channel("Wheel", 72)}, -1)));
+  expect_lap_rows(none.session(), 0.0);
+  OpenedSession standing(wmp::build(file_with_speeds({speed_channel("Wheel", 0)}, 0)));
+  EXPECT_TRUE(standing.session().distance_table().empty());
+  expect_lap_rows(standing.session(), 0.0);
+}
+
+TEST(ReferenceSpeed, IsSearchedAmongTheSpeedsThatMove) {
+  struct Candidate {
+    const char* name;
+    u16 speed_kmh;
+    u16 measure_class;
+    u32 function;
+  };
+  struct Case {
+    const char* what;
+    std::vector<Candidate> channels;
+    bool select;
+    char wanted;
+    i16 reference;  // afterwards; 0 before
+  };
+  const Candidate moving{"A", 36, kSpeedClass, 0};
+  const Candidate standing{"B", 1, kSpeedClass, 0};
+  const Candidate gps{"GPS_Speed", 36, kSpeedClass, 0};
+  const Candidate never{"C", 36, kSpeedClass, 97};
+  const Candidate no_speed{"D", 36, 1, 0};
+  const Case cases[] = {
+      {"the reference moves", {moving, moving}, true, 'Y', 0},
+      {"nothing moves", {standing, standing}, true, 'N', 0},
+      {"no other speed", {standing, never, no_speed}, true, 'N', 0},
+      {"one candidate, asked only", {standing, moving}, false, 'd', 0},
+      {"one candidate, taken", {standing, moving}, true, 'd', 1},
+      {"two candidates, asked only", {standing, moving, moving}, false, 'D', 0},
+      {"two candidates: the first is taken", {standing, moving, moving}, true, 'D', 1},
+      {"the receiver's is the better one", {standing, moving, moving, gps, moving}, true, 'G', 3},
+      {"which isn't found where nobody goes on", {standing, moving, moving, gps}, false, 'D', 0},
+      {"the receiver's as the only one", {standing, gps}, true, 'd', 1},
+      {"a reference that never may be one", {never, moving}, true, 'd', 1},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.what);
+    std::vector<wmp::Channel> channels;
+    for (const Candidate& candidate : one.channels) {
+      channels.push_back(speed_channel(candidate.name, candidate.speed_kmh));
+      channels.back().measure_class = candidate.measure_class;
+      channels.back().function_id = candidate.function;
+    }
+    OpenedSession opened(wmp::build(file_with_speeds(channels, 0)));
+    ASSERT_TRUE(opened.opened());
+    EXPECT_EQ(opened.session().find_reference_speed(one.select), one.wanted);
+    EXPECT_EQ(opened.session().reference_speed(), one.reference);
+  }
+}
+
+TEST(ReferenceSpeed, IsSetOnlyToASpeedWithATable) {
+  std::vector<wmp::Channel> channels = {speed_channel("Wheel", 72), speed_channel("Other", 36),
+                                        speed_channel("Standing", 0), speed_channel("No speed", 36)};
+  channels[3].measure_class = 1;
+  OpenedSession opened(wmp::build(file_with_speeds(channels, 0)));
+  CWMP& session = opened.session();
+  EXPECT_TRUE(session.set_reference_speed(0));
+  for (const i32 refused : {-1, 2, 3, 4}) {
+    EXPECT_FALSE(session.set_reference_speed(refused)) << refused;
+    EXPECT_EQ(session.reference_speed(), 0);
+    expect_lap_rows(session, 20.0);
+  }
+  EXPECT_TRUE(session.set_reference_speed(1));
+  EXPECT_EQ(session.reference_speed(), 1);
+  EXPECT_NEAR(session.distance_at(10000), 100.0, 0.01);
+}
+
+TEST(ReferenceSpeed, PositionsAreAccurateUntilSixAreFarOff) {
+  struct Case {
+    const char* what;
+    std::vector<u16> accuracies;
+    bool wanted;
+  };
+  const Case cases[] = {
+      {"exactly at the limit", std::vector<u16>(20, 4), true},
+      {"five far off", {5, 5, 5, 5, 5}, true},
+      {"six far off", {5, 5, 5, 5, 5, 5}, false},
+      {"six far off, too few good ones between", {5, 5, 5, 1, 1, 1, 1, 1, 5, 5, 5}, false},
+      {"six good ones in a row between", {5, 5, 5, 1, 1, 1, 1, 1, 1, 5, 5, 5}, true},
+      {"six good ones, not in a row", {5, 5, 1, 1, 1, 5, 1, 1, 1, 5, 5, 5}, false},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.what);
+    wmp::File file;
+    file.logged = {plain_channel("GPS_PosAccuracy", one.accuracies)};
+    EXPECT_EQ(OpenedSession(wmp::build(file)).session().positions_are_accurate(), one.wanted);
+    file.logged[0].name = "Another";
+    EXPECT_TRUE(OpenedSession(wmp::build(file)).session().positions_are_accurate());
+  }
+}
+
+}  // namespace
+}  // namespace traguardo::test

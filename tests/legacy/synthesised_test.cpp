@@ -1,0 +1,603 @@
+// Channels that no logger recorded: which ones a session gains, how they are computed, and when they are computed
+// again.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "opened_session.h"
+#include "support/event_log.h"
+
+namespace traguardo::test {
+namespace {
+
+constexpr u16 k10Hz = 2;
+constexpr u16 k100Hz = 5;
+constexpr u16 kSpeedClass = 3;
+constexpr u32 kGearedDevice = 48;
+constexpr u32 kScaledDevice = 18;
+
+using Names = std::vector<std::string>;
+
+Names names_of(const CWMP& session) {
+  Names names;
+  for (std::size_t i = 0; i < session.channel_count(); ++i) names.push_back(session.channel(i).name());
+  return names;
+}
+
+std::size_t place_of(const CWMP& session, const std::string& name) {
+  const Names names = names_of(session);
+  return static_cast<std::size_t>(std::find(names.begin(), names.end(), name) - names.begin());
+}
+
+std::vector<float> values_of(OpenedSession& opened, const std::string& name) {
+  return opened.values(place_of(opened.session(), name));
+}
+
+// A second of engine and shaft at 100 Hz, in two runs that leave its last tenth uncovered.
+wmp::File shaft_file(u32 device) {
+  std::vector<u16> engine;
+  std::vector<u16> shaft;
+  for (u16 i = 0; i < 100; ++i) {
+    engine.push_back(static_cast<u16>(3000 + 10 * i));
+    shaft.push_back(static_cast<u16>(1000 + 7 * i + 3 * (i % 5)));
+  }
+  wmp::File file;
+  file.version = 600;
+  file.device_code = device;
+  file.logged = {plain_channel("Engine", engine, k100Hz), plain_channel("Shaft", shaft, k100Hz)};
+  file.logged[0].sensor = 0;
+  file.logged[1].sensor = 77;
+  file.laps = {wmp::Lap{400, 1, 1}, wmp::Lap{200, 1, 2}, wmp::Lap{300, 2, 1}};
+  file.runs = {wmp::Run{1, 30, 12, 2000.75F, ""}, wmp::Run{2, 11, 99, 1800.5F, ""}};
+  return file;
+}
+
+wmp::Channel formula_channel(const std::string& name, const std::string& formula, u16 rate = k100Hz) {
+  wmp::Channel channel = plain_channel(name, {}, rate);
+  channel.formula = formula;
+  channel.origin = 0;
+  return channel;
+}
+
+wmp::Channel kind_channel(const std::string& name, u16 kind, u16 rate = k100Hz) {
+  wmp::Channel channel = plain_channel(name, {}, rate);
+  channel.kind = kind;
+  return channel;
+}
+
+// Opens the session again with one more file in the application folder.
+bool open_with(OpenedSession& opened, const std::string& name, const std::string& text) {
+  opened.folder().write(name, text);
+  return opened.open("session.wmp", Load::kEverything);
+}
+
+std::size_t count_of(const std::string& text, const std::string& part) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+// The log of the process, for the length of a test.
+class LogFile {
+ public:
+  explicit LogFile(std::wstring path) : path_(std::move(path)) { g_percorso_log = path_.c_str(); }
+  ~LogFile() { g_percorso_log = nullptr; }
+  LogFile(const LogFile&) = delete;
+  LogFile& operator=(const LogFile&) = delete;
+
+ private:
+  std::wstring path_;
+};
+
+// --- Which channels a session gains
+
+TEST(SynthesisedChannels, FollowTheDevice) {
+  const Names logged = {"Engine", "Shaft"};
+  const Names geared = {"Engine", "Shaft", "Speed", "CVT", "Drive", "Linear"};
+  const Names scaled = {"Engine", "Shaft", "SpeedCalc"};
+  const std::pair<u32, Names> devices[] = {{48, geared}, {56, geared},  {59, geared},  {60, geared}, {18, scaled},
+                                           {70, scaled}, {317, scaled}, {318, scaled}, {47, logged}, {0, logged}};
+  for (const auto& [device, wanted] : devices) {
+    OpenedSession opened(wmp::build(shaft_file(device)));
+    ASSERT_TRUE(opened.opened()) << device;
+    EXPECT_EQ(names_of(opened.session()), wanted) << device;
+    EXPECT_EQ(opened.session().logged_count(), 2U);
+    EXPECT_EQ(opened.session().measures().size(), wanted.size());
+    EXPECT_EQ(opened.session().header().channel_count(), static_cast<i16>(wanted.size()));
+    EXPECT_EQ(opened.session().header().derived_count(), static_cast<i16>(wanted.size() - 2));
+    EXPECT_EQ(opened.session().changed(), wanted.size() > 2);
+  }
+}
+
+TEST(SynthesisedChannels, RecordsOfTheAddedChannels) {
+  struct Row {
+    const char* name;
+    const char* unit;
+    u16 kind;
+    u16 measure_class;
+    float low;
+    float high;
+    u32 function;
+    u32 sub_function;
+    const char* formula;
+  };
+  const Row geared[] = {
+      {"Speed", "km/h", 1, 3, 0, 85, 19, 0, "(Shaft / 60000) * 12 * 2000 * 3.6000 / 30"},
+      {"CVT", "", 2, 1, 0, 6, 70, 0, "Engine / Shaft"},
+      {"Drive", "%", 3, 1, 0, 130, 71, 0, "(1 - ((Engine - Shaft) / Engine)) * 100"},
+      {"Linear", "g", 4, 1, -1, 3, 2, 11, "(deriv((((Shaft / 60000) * 12) * 2000) / 30) * 0.1020)"},
+  };
+  wmp::File file = shaft_file(kGearedDevice);
+  file.function_ids = false;
+  OpenedSession opened(wmp::build(file));
+  ASSERT_EQ(opened.session().channel_count(), 6U);
+  EXPECT_TRUE(opened.session().configuration().has_function_ids());
+  for (std::size_t i = 0; i < 4; ++i) {
+    const Row& wanted = geared[i];
+    SCOPED_TRACE(wanted.name);
+    const WmpChannelRecord& record = opened.session().channel(2 + i);
+    const WmpChannelExtension& extension = opened.session().extension(2 + i);
+    EXPECT_EQ(record.name(), wanted.name);
+    EXPECT_EQ(record.unit_text(), wanted.unit);
+    EXPECT_EQ(record.computation_kind(), wanted.kind);
+    EXPECT_EQ(record.measure_class(), wanted.measure_class);
+    EXPECT_EQ(record.rate_index(), k100Hz);
+    EXPECT_EQ(record.sample_count(), 100U);
+    EXPECT_EQ(record.display_minimum(), wanted.low);
+    EXPECT_EQ(record.display_maximum(), wanted.high);
+    EXPECT_EQ(opened.session().statistics(2 + i).display_maximum, wanted.high);
+    EXPECT_EQ(record.formula(), wanted.formula);
+    EXPECT_EQ(record.first_word(), 1U);
+    EXPECT_EQ(record.second_word(), 1U);
+    EXPECT_EQ(record.origin(), 2U);
+    EXPECT_EQ(record.sensor_id(), 71);
+    EXPECT_EQ(record.filter_word(), 0);
+    EXPECT_EQ(record.user_gain(), 1.0F);
+    EXPECT_EQ(record.user_offset(), 0.0F);
+    EXPECT_EQ(record.math_generation(), 1U);
+    EXPECT_EQ(record.descriptor_form(), 255);
+    EXPECT_EQ(record.statistics_word(), 0U);
+    EXPECT_EQ(extension.function_id(), wanted.function);
+    EXPECT_EQ(extension.second_function_id(), wanted.sub_function);
+    EXPECT_TRUE(extension.decimals_by_name());
+    EXPECT_EQ(extension.decimals(), 2);
+  }
+  // The last candidate isn't a speed, so the first speed of the table stands.
+  EXPECT_EQ(opened.session().reference_speed(), 2);
+}
+
+TEST(SynthesisedChannels, AnUnknownDriveIsTheUsualOne) {
+  wmp::File file = shaft_file(kGearedDevice);
+  file.runs = {wmp::Run{}, wmp::Run{2, 0, 0, 0.0F, ""}};
+  OpenedSession opened(wmp::build(file));
+  EXPECT_EQ(opened.session().channel(2).formula(), "(Shaft / 60000) * 18 * 1524 * 3.6000 / 80");
+  // Linear has no usual drive: nothing to divide by.
+  EXPECT_EQ(values_of(opened, "Linear"), std::vector<float>(100, 0.0F));
+  // The smaller count is the missing one.
+  file.runs[0] = wmp::Run{1, 60, 0, 1000.0F, ""};
+  OpenedSession half(wmp::build(file));
+  EXPECT_EQ(half.session().channel(2).formula(), "(Shaft / 60000) * 18 * 1000 * 3.6000 / 60");
+}
+
+TEST(SynthesisedChannels, AnUntouchedShaftIsSetUp) {
+  struct Case {
+    u32 device;
+    std::array<float, 2> stored;
+    std::array<float, 2> wanted;
+  };
+  const Case cases[] = {{kGearedDevice, {0, 0}, {0, 4}},
+                        {kGearedDevice, {2000, 3}, {2000, 3}},
+                        {kScaledDevice, {1500, 0}, {40, 0}},
+                        {kScaledDevice, {1000, 0}, {1000, 0}},
+                        {kScaledDevice, {62.5F, 0}, {62.5F, 0}}};
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.device);
+    wmp::File file = shaft_file(one.device);
+    file.logged[1].parameters[0] = one.stored[0];
+    file.logged[1].parameters[1] = one.stored[1];
+    OpenedSession opened(wmp::build(file));
+    EXPECT_EQ(opened.session().channel(1).parameter(0), one.wanted[0]);
+    EXPECT_EQ(opened.session().channel(1).parameter(1), one.wanted[1]);
+  }
+}
+
+TEST(SynthesisedChannels, AStoredSpeedStays) {
+  wmp::File file = shaft_file(kGearedDevice);
+  file.derived = {formula_channel("Speed", "Shaft * 2")};
+  OpenedSession opened(wmp::build(file));
+  EXPECT_EQ(names_of(opened.session()), (Names{"Engine", "Shaft", "Speed", "CVT", "Drive", "Linear"}));
+  EXPECT_EQ(opened.session().channel(2).formula(), "Shaft * 2");
+  EXPECT_EQ(opened.session().channel(1).parameter(1), 0.0F);
+  // A stored channel of another kind's name gets the formula of that kind.
+  file.derived = {formula_channel("cvt", "Shaft * 2")};
+  OpenedSession renamed(wmp::build(file));
+  EXPECT_EQ(names_of(renamed.session()), (Names{"Engine", "Shaft", "cvt", "Speed", "Drive", "Linear"}));
+  EXPECT_EQ(renamed.values(2)[50], 3500.0F / 1350.0F);
+}
+
+TEST(SynthesisedChannels, AMissingInputIsALineInTheLog) {
+  struct Case {
+    const char* what;
+    u32 device;
+    std::size_t keep;  // logged channels, of engine and shaft
+    const char* configuration;
+    std::vector<std::string> lines;
+  };
+  const Case cases[] = {
+      {"no shaft", kGearedDevice, 1, "", {"4605", "4655", "4678", "4701"}},
+      {"no shaft for the scaled one", kScaledDevice, 1, "", {"4743"}},
+      {"no channel of that name", 0, 1, "FMI-limiter.txt", {"4887"}},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.what);
+    wmp::File file = shaft_file(one.device);
+    file.logged.resize(one.keep);
+    file.logged[0].name = "Revs";
+    const wmp::Bytes bytes = wmp::build(file);
+    OpenedSession opened(bytes, Load::kTablesOnly);
+    if (*one.configuration != 0) opened.folder().write(one.configuration, std::string());
+    const TempFolder folder;
+    std::string log;
+    {
+      const LogFile on(folder.wide("log"));
+      ASSERT_TRUE(opened.open("session.wmp", Load::kEverything));
+      log = folder.read("log");
+    }
+    EXPECT_EQ(names_of(opened.session()), (Names{"Revs"}));
+    EXPECT_EQ(count_of(log, "Wrong math channel insertion attempt!"), one.lines.size()) << log;
+    for (const std::string& line : one.lines) {
+      const std::string wanted =
+          "CWMP::AssicuraPresenzaCanaleMatematico [" + line + "] INFO = ZEP: Wrong math channel insertion attempt!";
+      EXPECT_EQ(count_of(log, wanted), 1U) << log;
+    }
+  }
+  OpenedSession opened(wmp::build(shaft_file(0)));
+  const TempFolder folder;
+  const LogFile on(folder.wide("log"));
+  opened.session().AssicuraPresenzaCanaleMatematico(0, true);
+  opened.session().AssicuraPresenzaCanaleMatematico(13, true);
+  EXPECT_EQ(count_of(folder.read("log"), "[4910]"), 2U);
+  EXPECT_EQ(opened.session().channel_count(), 2U);
+}
+
+// --- Run by run
+
+TEST(RunCalculations, SpeedHasTheFirstRunsGearsAndEachRunsWheel) {
+  OpenedSession opened(wmp::build(shaft_file(kGearedDevice)));
+  const std::vector<float> shaft = values_of(opened, "Shaft");
+  const std::vector<float> speed = values_of(opened, "Speed");
+  const float scale = opened.session().speed_scale();
+  ASSERT_EQ(speed.size(), 100U);
+  for (std::size_t i = 0; i < 100; ++i) {
+    const float wheel = i < 60 ? 2000.0F : 1800.0F;
+    const float wanted = i < 90 ? shaft[i] / 60000.0F * 12.0F * wheel * (1.0F / scale) / 30.0F : 0.0F;
+    EXPECT_EQ(speed[i], wanted) << i;
+  }
+}
+
+TEST(RunCalculations, LinearIsTheSmoothedRiseOfEachRun) {
+  OpenedSession opened(wmp::build(shaft_file(kGearedDevice)));
+  const std::vector<float> shaft = values_of(opened, "Shaft");
+  std::vector<float> wanted(100, 0.0F);
+  struct Run {
+    std::size_t first;
+    std::size_t end;
+    float low;
+    float high;
+    float wheel;
+  };
+  const Run runs[] = {{0, 60, 12, 30, 2000}, {60, 90, 11, 99, 1800}};
+  for (const Run& run : runs) {
+    const float factor = run.low * 0.016666668F * run.wheel * 0.101973176F / (run.high * 10.0F);
+    std::vector<float> rise(run.end - run.first, 0.0F);
+    for (std::size_t i = 1; i < rise.size(); ++i) {
+      rise[i] = (shaft[run.first + i] - shaft[run.first + i - 1]) * factor;
+    }
+    for (std::size_t i = 0; i < rise.size(); ++i) {
+      float mean = rise[i];
+      if (i >= 3 && i + 3 < rise.size()) {
+        mean = 0.0F;
+        for (std::size_t j = i - 3; j <= i + 3; ++j) mean += rise[j];
+        mean /= 7.0F;
+      }
+      wanted[run.first + i] = mean;
+    }
+  }
+  EXPECT_EQ(values_of(opened, "Linear"), wanted);
+}
+
+TEST(RunCalculations, OthersAreRatiosOfEngineAndShaft) {
+  OpenedSession geared(wmp::build(shaft_file(kGearedDevice)));
+  wmp::File file = shaft_file(kScaledDevice);
+  file.logged[1].parameters[0] = 62.5F;
+  OpenedSession scaled(wmp::build(file));
+  EXPECT_EQ(scaled.session().channel(2).formula(), "Shaft / 62.5000");
+  const std::vector<float> engine = values_of(geared, "Engine");
+  const std::vector<float> shaft = values_of(geared, "Shaft");
+  const std::vector<float> cvt = values_of(geared, "CVT");
+  const std::vector<float> drive = values_of(geared, "Drive");
+  const std::vector<float> speed = values_of(scaled, "SpeedCalc");
+  ASSERT_EQ(speed.size(), 100U);
+  for (std::size_t i = 0; i < 100; ++i) {
+    // Formulas know no runs.
+    EXPECT_EQ(cvt[i], engine[i] / shaft[i]) << i;
+    EXPECT_EQ(drive[i], (1.0F - ((engine[i] - shaft[i]) / engine[i])) * 100.0F) << i;
+    EXPECT_EQ(speed[i], i < 90 ? shaft[i] / 62.5F : 0.0F) << i;
+  }
+}
+
+TEST(RunCalculations, WithoutALoggedShaftAChannelIsZero) {
+  wmp::File file = shaft_file(0);
+  file.logged.pop_back();
+  file.derived = {kind_channel("One", 1), kind_channel("Four", 4), kind_channel("Five", 5),
+                  formula_channel("Shaft", "Engine")};
+  // A shaft that isn't logged is none.
+  file.derived[3].sensor = 77;
+  OpenedSession opened(wmp::build(file));
+  for (std::size_t i = 1; i < 4; ++i) {
+    EXPECT_EQ(opened.values(i), std::vector<float>(100, 0.0F)) << i;
+    EXPECT_FALSE(opened.session().compute_derived_channel(i)) << i;
+  }
+}
+
+TEST(RunCalculations, RunsBeyondTheSamplesEndWithThem) {
+  wmp::File file = shaft_file(kGearedDevice);
+  file.laps = {wmp::Lap{950, 1, 1}, wmp::Lap{0xFFFFFF00, 2, 1}, wmp::Lap{70000, 3, 1}};
+  OpenedSession opened(wmp::build(file));
+  ASSERT_TRUE(opened.opened());
+  const std::vector<float> speed = values_of(opened, "Speed");
+  EXPECT_GT(speed[94], 0.0F);
+  EXPECT_GT(speed[99], 0.0F);
+}
+
+// --- Configuration files
+
+TEST(ConfiguredChannels, BoostLimitBringsSixChannels) {
+  OpenedSession opened(wmp::build(shaft_file(0)), Load::kTablesOnly);
+  ASSERT_TRUE(open_with(opened, "FIA.txt", "{\nracer=Somebody else\n}\n"));
+  EXPECT_EQ(names_of(opened.session()),
+            (Names{"Engine", "Shaft", "FlagFIA", "LimitFIA", "ValFIA", "IntegFIA", "Ctr30FIA", "Ctr100FIA"}));
+  for (std::size_t i = 2; i < 8; ++i) {
+    EXPECT_EQ(opened.session().channel(i).computation_kind(), 4 + i);
+    EXPECT_EQ(opened.session().channel(i).formula(), opened.session().channel(i).name());
+    EXPECT_EQ(opened.session().channel(i).measure_class(), 8);
+    EXPECT_EQ(opened.values(i), std::vector<float>(100, 0.0F));
+  }
+  EXPECT_EQ(count_of(opened.folder().read("FIA_comp_output.txt"), "No matching vehicle"), 2U) << "one line a run";
+}
+
+TEST(ConfiguredChannels, AStoredChannelOfAnotherRateIsMadeAnew) {
+  wmp::File file = shaft_file(0);
+  file.derived = {kind_channel("ValFIA", 8, k10Hz), kind_channel("Ctr30FIA", 10)};
+  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+  ASSERT_TRUE(open_with(opened, "FIA.txt", ""));
+  EXPECT_EQ(names_of(opened.session()),
+            (Names{"Engine", "Shaft", "Ctr30FIA", "FlagFIA", "LimitFIA", "ValFIA", "IntegFIA", "Ctr100FIA"}));
+  EXPECT_EQ(opened.session().channel(5).rate_index(), k100Hz);
+  EXPECT_EQ(opened.session().channel(5).sample_count(), 100U);
+  EXPECT_EQ(opened.values(5).size(), 100U);
+}
+
+TEST(ConfiguredChannels, EachOutputOfTheBoostLimitHasItsChannel) {
+  wmp::File file = shaft_file(0);
+  file.laps = {wmp::Lap{1000}};
+  file.runs = {wmp::Run{}};
+  file.logged.push_back(plain_channel("Boost", std::vector<u16>(100, 2005), k100Hz));
+  file.logged.push_back(plain_channel("Throttle", std::vector<u16>(100, 100), k100Hz));
+  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+  opened.folder().write("limits.txt", std::string("1000=1\n9000=1\n"));
+  ASSERT_TRUE(
+      open_with(opened, "FIA.txt",
+                "BarometricPressure=1.01\nRPM=Engine\nPboost=Boost\nThrottle=Throttle\nMaxPboost=limits.txt\n"));
+  // 1005 mbar above the limit add 10.05 a sample, so that the triggers of 30 and 100 are crossed once each.
+  EXPECT_NEAR(values_of(opened, "LimitFIA")[50], 1000.0F, 0.01F);
+  EXPECT_NEAR(values_of(opened, "ValFIA")[50], 2005.0F, 0.01F);
+  EXPECT_NEAR(values_of(opened, "IntegFIA")[49], 502.5F, 0.1F);
+  EXPECT_EQ(values_of(opened, "Ctr30FIA")[99], 1.0F);
+  EXPECT_EQ(values_of(opened, "Ctr100FIA")[99], 1.0F);
+  EXPECT_EQ(values_of(opened, "FlagFIA")[5], 0.0F);
+  EXPECT_EQ(values_of(opened, "FlagFIA")[99], 1.0F);
+}
+
+TEST(ConfiguredChannels, TheLimiterIsComputedWhenAddedAndWhenAssured) {
+  std::vector<u16> engine(100, 4000);
+  std::fill_n(engine.begin(), 50, u16{2000});
+  wmp::File file = shaft_file(0);
+  file.device_id = 77;
+  file.logged = {plain_channel("Engine", engine, k100Hz)};
+  file.laps = {wmp::Lap{1000}};
+  file.runs = {wmp::Run{}};
+  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+  ASSERT_TRUE(open_with(opened, "FMI-limiter.txt", "{\nid=77\nlimiter=3000\npts_number=3\nthreshold=5000\n}\n"));
+  EXPECT_EQ(names_of(opened.session()), (Names{"Engine", "FMI_Limiter"}));
+  EXPECT_EQ(opened.session().channel(1).formula(), "LimiterFMI");
+  EXPECT_EQ(opened.session().extension(1).decimals(), 3);
+  // From the third sample above the limit on, ten milliseconds each.
+  EXPECT_EQ(opened.values(1)[51], 0.0F);
+  EXPECT_NEAR(opened.values(1)[99], 0.48F, 1e-4F);
+  EXPECT_EQ(count_of(opened.folder().read("FMI-output.txt"), "seconds over limiter for logger id 77"), 2U);
+}
+
+TEST(ConfiguredChannels, TheExporterRunsBehindThem) {
+  OpenedSession opened(wmp::build(shaft_file(kScaledDevice)), Load::kTablesOnly);
+  ASSERT_TRUE(open_with(opened, "Exporter.txt", "ch=SpeedCalc\nch=Engine\n"));
+  EXPECT_EQ(opened.session().channel_count(), 3U);
+  EXPECT_EQ(opened.folder().read("session.wmp.export.csv").substr(0, 19), "SpeedCalc, Engine, ");
+}
+
+TEST(ConfiguredChannels, StoredOnesWithoutTheirFileAreZero) {
+  wmp::File file = shaft_file(0);
+  for (u16 kind = 6; kind <= 12; ++kind) file.derived.push_back(kind_channel("K" + std::to_string(kind), kind));
+  OpenedSession opened(wmp::build(file));
+  ASSERT_TRUE(opened.opened());
+  for (std::size_t i = 2; i < 9; ++i) EXPECT_EQ(opened.values(i), std::vector<float>(100, 0.0F)) << i;
+  EXPECT_EQ(opened.folder().names(), (Names{"session.bak", "session.wmp"}));
+}
+
+// --- Formulas
+
+TEST(FormulaChannels, SeeWhatStandsBehindThem) {
+  wmp::File file = shaft_file(0);
+  file.derived = {formula_channel("Early", "Late + 1"), formula_channel("Late", "Engine * 2")};
+  OpenedSession alone(wmp::build(file));
+  EXPECT_EQ(alone.values(2), std::vector<float>(100, 1.0F));
+  EXPECT_EQ(alone.values(3)[7], 6140.0F);
+  // Each channel that is added computes all of them again.
+  file.device_code = kGearedDevice;
+  OpenedSession again(wmp::build(file));
+  EXPECT_EQ(again.values(2)[7], 6141.0F);
+}
+
+TEST(FormulaChannels, AreComputedAgainWhenAnInputAppears) {
+  wmp::File file = shaft_file(0);
+  file.derived = {formula_channel("Uses", "CVT * 2")};
+  file.derived[0].gain = 2;
+  file.derived[0].offset = 1;
+  OpenedSession missing(wmp::build(file));
+  EXPECT_EQ(missing.values(2), std::vector<float>(100, 1.0F)) << "0.0, and the channel's own offset";
+  file.device_code = kGearedDevice;
+  OpenedSession there(wmp::build(file));
+  EXPECT_EQ(there.values(2)[50], (3500.0F / 1350.0F * 2.0F) * 2.0F + 1.0F) << "gain and offset count once";
+}
+
+TEST(FormulaChannels, InputsAreBroughtToTheirRate) {
+  wmp::File file;
+  file.logged = {plain_channel("Slow", {0, 10, 20}, k10Hz), plain_channel("Long", std::vector<u16>(40, 1), k100Hz),
+                 plain_channel("Steps", {0, 10, 20}, k10Hz)};
+  file.derived = {formula_channel("Linear", "Slow + 0"), formula_channel("Held", "Steps + 0")};
+  wmp::Bytes bytes = wmp::build(file);
+  bytes[wmp::first_channel_at(600) + 2 * 1056 + 668 + 110] = 1;
+  wmp::reseal_channel(&bytes, 2);
+  OpenedSession opened(bytes);
+  ASSERT_TRUE(opened.opened()) << opened.error();
+  const std::vector<float> line = opened.values(3);
+  const std::vector<float> held = opened.values(4);
+  ASSERT_EQ(line.size(), 40U);
+  ASSERT_EQ(held.size(), 40U);
+  EXPECT_FLOAT_EQ(line[5], 5.0F);
+  EXPECT_FLOAT_EQ(line[19], 19.0F);
+  EXPECT_EQ(line[20], 20.0F);
+  EXPECT_EQ(line[21], 0.0F) << "behind the last sample";
+  EXPECT_EQ(held[9], 0.0F);
+  EXPECT_EQ(held[10], 10.0F);
+  EXPECT_EQ(held[19], 10.0F);
+  EXPECT_EQ(held[20], 20.0F);
+  EXPECT_EQ(held[21], 0.0F);
+}
+
+TEST(FormulaChannels, LapsEndWithTheirLapTime) {
+  wmp::File file;
+  file.logged = {plain_channel("A", std::vector<u16>(12, 1), k10Hz)};
+  file.derived = {formula_channel("Time", "time()", k10Hz)};
+  file.laps = {wmp::Lap{500, 1, 1, 300}, wmp::Lap{700, 1, 2}};
+  OpenedSession opened(wmp::build(file));
+  const std::vector<float> time = opened.values(1);
+  ASSERT_EQ(time.size(), 12U);
+  for (std::size_t i = 1; i < time.size(); ++i) EXPECT_EQ(time[i] > time[i - 1], i != 5) << i;
+}
+
+TEST(FormulaChannels, WhatCannotBeComputedIsZero) {
+  wmp::File file = shaft_file(0);
+  file.derived = {formula_channel("Empty", ""), formula_channel("Broken", "Engine +"),
+                  formula_channel("Unknown", "KMH2MS * 2"), formula_channel("Kind", "Engine")};
+  file.derived[3].kind = 99;
+  OpenedSession opened(wmp::build(file));
+  for (std::size_t i = 2; i < 5; ++i) EXPECT_EQ(opened.values(i), std::vector<float>(100, 0.0F)) << i;
+  EXPECT_EQ(opened.values(5), opened.values(0)) << "a kind that nobody knows is a formula";
+}
+
+// --- Definitions of the math manager
+
+TEST(Definitions, AreEnteredUpdatedOrLeftAlone) {
+  wmp::File file = shaft_file(0);
+  file.derived = {kind_channel("EXISTS", 5), formula_channel("kept", "Shaft")};
+  file.derived[0].parameters = {1, 2, 3, 4, 5};
+  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+  std::filesystem::create_directory(opened.folder().path() / "MATHCHANNELS");
+  const std::string name = (std::filesystem::path("MATHCHANNELS") / "ZEP_TWMATH_2.ZMC").string();
+  ASSERT_TRUE(open_with(opened, name,
+                        "traguardo math channels 1\n"
+                        "channel Sum\nunit x\nenabled 1\nfrequency 5\nrange -1 5\nformula Engine + Shaft\n"
+                        "description both\ndecimals 3\nfunction 7 8\nfilter 1024\n"
+                        "channel Off\nenabled 0\nformula Engine\n"
+                        "channel exists\nenabled 1\nupdate 1\nfrequency 2\nformula Engine / 2\n"
+                        "channel Kept\nenabled 1\nformula Engine\n"));
+  CWMP& session = opened.session();
+  EXPECT_EQ(names_of(session), (Names{"Engine", "Shaft", "exists", "kept", "Sum"}));
+
+  EXPECT_EQ(session.channel(2).formula(), "Engine / 2");
+  EXPECT_EQ(session.channel(2).computation_kind(), 0);
+  EXPECT_EQ(session.channel(2).parameters(), (std::array<float, 5>{}));
+  EXPECT_EQ(session.statistics(2).period_ms, 100U);
+  const std::vector<float> updated = opened.values(2);
+  ASSERT_EQ(updated.size(), 10U);
+  for (std::size_t i = 0; i < 10; ++i) EXPECT_EQ(updated[i], 1500.0F + 50.0F * static_cast<float>(i));
+
+  EXPECT_EQ(session.channel(3).formula(), "Shaft");
+  EXPECT_EQ(opened.values(3), opened.values(1));
+
+  const WmpChannelRecord& sum = session.channel(4);
+  EXPECT_EQ(sum.unit_text(), "x");
+  EXPECT_EQ(sum.origin(), 0U);
+  EXPECT_EQ(sum.sensor_id(), 71);
+  EXPECT_EQ(sum.descriptor_form(), 255);
+  EXPECT_EQ(sum.filter_word(), 1024);
+  EXPECT_EQ(sum.second_formula(), "both");
+  EXPECT_EQ(sum.display_minimum(), -1.0F);
+  EXPECT_EQ(session.extension(4).decimals(), 3);
+  EXPECT_EQ(session.function_id(4), 7U);
+  EXPECT_EQ(session.second_function_id(4), 8U);
+  EXPECT_EQ(opened.values(4)[10], 3100.0F + 1070.0F);
+}
+
+SMathChannel definition_of(const std::string& name, u16 channel_class, bool candidate) {
+  SMathChannel definition;
+  definition.name = name;
+  definition.formula = "Engine";
+  definition.channel_class = channel_class;
+  definition.frequency_code = k100Hz;
+  definition.flags[0] = candidate ? 1 : 0;
+  return definition;
+}
+
+TEST(Definitions, CandidatesBecomeTheReference) {
+  OpenedSession opened(wmp::build(shaft_file(0)));
+  CWMP& session = opened.session();
+  ASSERT_EQ(session.reference_speed(), -1);
+  ASSERT_TRUE(session.add_definition(definition_of("Plain", kSpeedClass, false), 0));
+  EXPECT_EQ(session.reference_speed(), -1) << "no candidate";
+  ASSERT_TRUE(session.add_definition(definition_of("Fast", kSpeedClass, true), 0));
+  EXPECT_EQ(session.reference_speed(), 3);
+  // About 3500 km/h for a second; the table was made again when the values had come.
+  EXPECT_NEAR(session.distance_at(1000), 970.0F, 10.0F);
+  ASSERT_TRUE(session.add_definition(definition_of("Other", 1, true), 0));
+  EXPECT_EQ(session.reference_speed(), 2) << "the first speed of the table";
+
+  EXPECT_FALSE(session.delete_derived_channel(1));
+  EXPECT_FALSE(session.delete_derived_channel(9));
+  ASSERT_TRUE(session.delete_derived_channel(2));
+  EXPECT_EQ(session.reference_speed(), -1);
+  EXPECT_TRUE(session.distance_table().empty());
+  EXPECT_EQ(names_of(session), (Names{"Engine", "Shaft", "Fast", "Other"}));
+  EXPECT_EQ(opened.values(3), opened.values(0));
+  EXPECT_EQ(session.measures().size(), 4U);
+  EXPECT_EQ(session.find_derived_channel("oTHER"), 3U);
+  EXPECT_EQ(session.find_derived_channel("Engine"), 4U) << "logged";
+}
+
+TEST(Definitions, NothingIsAddedToASessionWithoutSamples) {
+  wmp::File file = shaft_file(kGearedDevice);
+  file.logged.clear();
+  OpenedSession opened(wmp::build(file));
+  ASSERT_TRUE(opened.opened()) << opened.error();
+  EXPECT_FALSE(opened.session().add_definition(definition_of("Any", 1, true), 0));
+  EXPECT_EQ(opened.session().channel_count(), 0U);
+}
+
+}  // namespace
+}  // namespace traguardo::test
