@@ -14,9 +14,8 @@ enum class GpsTimeUnit { kMilliseconds, kSeconds };
 
 // Times and values are bit for bit those of IRkGpsTrace::GetChannels with the same arguments:
 // - A grid over no rows, or one that starts after the highest time of its records, has no points.
-// - Else its points stand at start, start + step, ... up to the highest time of the records. With start 0, end 1 and
-// step
-//   10000 these are all: one every 10 ms from 0 on.
+// - Else its points stand at start, start + step, ... up to the highest time of the records. With start 0, end 1 and a
+//   step of 10000 these are all: one every 10 ms from 0 on.
 // - If they are fewer than end / step, points at `end` follow up to that number, with the values of the last one.
 class GpsGrid {
  public:

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "logger/channel_entry.h"
@@ -12,13 +13,14 @@ namespace traguardo {
 
 class ChannelDescriptor {
  public:
+  // A place of the list that has a channel. Kept small: a file may name a channel in two bytes as often as it likes.
   struct Place {
-    const ChannelEntry* entry;
-    u32 number;  // place in the list, counting those without a channel
+    u16 channel;
+    u16 number;  // place in the list, counting those without a channel
   };
 
   // Null if the bytes are no descriptor: index, time base, count (groups: index, count), then exactly `count` channel
-  // indexes, at least one.
+  // indexes, at least one. The bytes stay where they are and must outlive the descriptor.
   static std::unique_ptr<ChannelDescriptor> Acquisition(std::span<const u8> payload) {
     return Make(payload, kAcquisitionHead, 4);
   }
@@ -45,22 +47,32 @@ class ChannelDescriptor {
   // channel table has changed, so that a descriptor never points to an object that is gone.
   template <typename ByIndex>
   void Resolve(ByIndex&& by_index) {
-    places_.clear();
+    std::vector<Place> with_bytes;
+    std::vector<Place> all;
     data_length_ = 0;
-    empty_places_ = 0;
     for (u32 i = 0; i < count(); ++i) {
-      const ChannelEntry* entry = by_index(channel_index(i));
+      const u16 channel = channel_index(i);
+      const ChannelEntry* entry = by_index(channel);
       if (entry == nullptr) continue;
-      places_.push_back({entry, i});
+      all.push_back({channel, static_cast<u16>(i)});
       data_length_ += entry->sample_size;
-      if (entry->sample_size == 0) ++empty_places_;
+      if (entry->sample_size != 0) with_bytes.push_back(all.back());
+    }
+    all.shrink_to_fit();
+    places_ = std::move(all);
+    has_empty_places_ = with_bytes.size() != places_.size();
+    with_bytes_.clear();
+    if (has_empty_places_) {
+      with_bytes.shrink_to_fit();
+      with_bytes_ = std::move(with_bytes);
     }
   }
   const std::vector<Place>& places() const { return places_; }
+  // The places whose samples take bytes.
+  const std::vector<Place>& places_with_bytes() const { return has_empty_places_ ? with_bytes_ : places_; }
   u32 missing() const { return count() - static_cast<u32>(places_.size()); }
   u64 data_length() const { return data_length_; }
-  // Places whose samples take no bytes.
-  u32 empty_places() const { return empty_places_; }
+  u64 empty_places() const { return has_empty_places_ ? places_.size() - with_bytes_.size() : 0; }
 
   // The state of the channel table that it was resolved against.
   u64 generation = 0;
@@ -74,16 +86,17 @@ class ChannelDescriptor {
     const u32 stated = load_u16(payload.data() + count_offset);
     if (stated == 0 || payload.size() != std::size_t{2} * stated + head) return nullptr;
     auto descriptor = std::make_unique<ChannelDescriptor>();
-    descriptor->bytes_.assign(payload.begin(), payload.end());
+    descriptor->bytes_ = payload;
     descriptor->head_ = head;
     return descriptor;
   }
 
-  std::vector<u8> bytes_;
+  std::span<const u8> bytes_;
   u32 head_ = 0;
   std::vector<Place> places_;
+  std::vector<Place> with_bytes_;  // only where some places have none
+  bool has_empty_places_ = false;
   u64 data_length_ = 0;
-  u32 empty_places_ = 0;
 };
 
 // Descriptors by their index. The first under an index stays.

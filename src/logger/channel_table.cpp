@@ -32,31 +32,28 @@ constexpr int kTimeWidth = 15;
 bool CParserZep_2Gv4::TakeConfiguration(const SAtomTag& tag) {
   const std::unique_ptr<IAtomTagDecoderBin> decoder = CreaAtomTagDecoder();
   if (decoder == nullptr) return true;
-  std::list<SAtomTag> inner_tags;
-  decoder->ListAllTags(tag.payload, tag.payloadSize, inner_tags);
-  std::map<std::string, std::vector<SAtomTag>> by_name;
-  for (const SAtomTag& inner : inner_tags) by_name[inner.name].push_back(inner);
-
-  if (!GeneraMappeSCanale(by_name["CHS"])) return false;
-  TakeExtras(by_name["CDE"], by_name["FT1"]);
+  std::vector<SAtomTag> inner_tags;
+  decoder->VectorTagsNamed(tag.payload, tag.payloadSize, {"CHS", "CDE", "FT1", "ACD", "GRP"}, inner_tags);
+  if (!GeneraMappeSCanale(inner_tags)) return false;
+  TakeExtras(inner_tags);
   // The first descriptor of an index stays.
-  for (const SAtomTag& inner : by_name["ACD"]) {
-    auto descriptor = ChannelDescriptor::Acquisition({inner.payload, inner.payloadSize});
-    if (descriptor != nullptr) acquisitions_.Enter(std::move(descriptor));
-  }
-  for (const SAtomTag& inner : by_name["GRP"]) {
-    auto descriptor = ChannelDescriptor::Group({inner.payload, inner.payloadSize});
-    if (descriptor != nullptr) groups_.Enter(std::move(descriptor));
+  for (const SAtomTag& inner : inner_tags) {
+    const std::span<const u8> payload(inner.payload, inner.payloadSize);
+    if (inner.name == "ACD") {
+      if (auto descriptor = ChannelDescriptor::Acquisition(payload)) acquisitions_.Enter(std::move(descriptor));
+    } else if (inner.name == "GRP") {
+      if (auto descriptor = ChannelDescriptor::Group(payload)) groups_.Enter(std::move(descriptor));
+    }
   }
   AssignConverters();
   return true;
 }
 
-bool CParserZep_2Gv4::GeneraMappeSCanale(const std::vector<SAtomTag>& channel_tags) {
+bool CParserZep_2Gv4::GeneraMappeSCanale(const std::vector<SAtomTag>& tags) {
   // Of several records with one index the last counts.
   std::map<u16, ChannelRecord> records;
-  for (const SAtomTag& tag : channel_tags) {
-    if (tag.payloadSize != ChannelRecord::kSize) continue;
+  for (const SAtomTag& tag : tags) {
+    if (tag.name != "CHS" || tag.payloadSize != ChannelRecord::kSize) continue;
     const ChannelRecord record(std::span<const u8>(tag.payload, tag.payloadSize));
     records.insert_or_assign(record.id(), record);
   }
@@ -199,14 +196,13 @@ void CParserZep_2Gv4::Enter(u16 index, std::unique_ptr<CCanaleQLT> object) {
   ++table_generation_;
 }
 
-void CParserZep_2Gv4::TakeExtras(const std::vector<SAtomTag>& cde, const std::vector<SAtomTag>& ft1) {
-  for (const SAtomTag& tag : cde) {
-    if (tag.payloadSize < kExtraCdeSize) continue;
-    if (CCanaleQLT* channel = ChannelAt(load_u16(tag.payload))) channel->SetExtraCde(tag.payload);
-  }
-  for (const SAtomTag& tag : ft1) {
-    if (tag.payloadSize < kExtraFt1Size) continue;
-    if (CCanaleQLT* channel = ChannelAt(load_u16(tag.payload))) channel->SetExtraFt1(tag.payload);
+void CParserZep_2Gv4::TakeExtras(const std::vector<SAtomTag>& tags) {
+  for (const SAtomTag& tag : tags) {
+    if (tag.name == "CDE" && tag.payloadSize >= kExtraCdeSize) {
+      if (CCanaleQLT* channel = ChannelAt(load_u16(tag.payload))) channel->SetExtraCde(tag.payload);
+    } else if (tag.name == "FT1" && tag.payloadSize >= kExtraFt1Size) {
+      if (CCanaleQLT* channel = ChannelAt(load_u16(tag.payload))) channel->SetExtraFt1(tag.payload);
+    }
   }
 }
 
@@ -223,15 +219,22 @@ void CParserZep_2Gv4::AssignConverter(CCanaleQLT* object) {
   const ChannelRecord& record = object->record();
   if (record.format() == kSMPL_FMT_BITFIELD_8) {
     object->SetConverter(std::make_unique<CConverterWMP>(&record, true), {});
+    // Bits have no unit, also where the channel had one under an earlier record.
+    if (CParsedChannel* channel = object->channel()) channel->SetUnita(std::string_view());
     return;
   }
   const CFunzioni functions;
-  CUserUnitsOfMeasureMgr* manager = CUserUnitsOfMeasureMgr::GetInstance();
-  CUserUnitsAndNDecPerFID* choice = manager->AssicuraPresenzaIniFunzione(record.fp_code());
-  const std::string unit = choice != nullptr ? choice->GetChosenUnit() : functions.GetUnitName(record.fp_code());
+  CUserUnitsAndNDecPerFID* choice =
+      CUserUnitsOfMeasureMgr::GetInstance()->AssicuraPresenzaIniFunzione(record.fp_code());
+  // The user's choice belongs to the function's catalogue word; it counts where this function has that unit, too.
+  std::set<std::string> units;
+  functions.FillUnitSet(record.fp_code(), &units);
+  const bool is_chosen = choice != nullptr && units.contains(choice->GetChosenUnit());
+  const std::string unit = is_chosen ? choice->GetChosenUnit() : functions.GetUnitName(record.fp_code());
   if (CParsedChannel* channel = object->channel()) {
     channel->SetUnita(std::string_view(unit));
-    if (choice != nullptr && !unit.empty()) channel->SetNumDecimali(choice->GetNumDecimaliDefault(unit));
+    channel->SetNumDecimali(is_chosen ? choice->GetNumDecimaliDefault(unit)
+                                      : functions.DefaultDecimals(record.fp_code(), unit));
   }
   const UnitOfMeasure row = functions.GetUnitRow(record.fp_code(), unit);
   std::unique_ptr<IConverter> converter =

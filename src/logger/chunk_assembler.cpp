@@ -34,9 +34,9 @@ void CanMsgAssembler::RebuildSingle(char letter, u16 index) {
 }
 
 bool CanMsgAssembler::GroupIndex(u16* index) const {
-  const std::span<const u8> first = chunks_.begin()->second;
-  if (first.size() < kTimeStampSize + 2) return false;
-  *index = load_u16(first.data() + kTimeStampSize);
+  constexpr std::size_t kIndexOffset = 6;
+  if (rebuilt_.size() < kIndexOffset + 3) return false;
+  *index = load_u16(rebuilt_.data() + kIndexOffset);
   return true;
 }
 

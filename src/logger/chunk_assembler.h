@@ -45,7 +45,7 @@ class CanMsgAssembler {
   void RebuildSingle(char letter, u16 index);
   void RebuildMultiple(u16 index, u32 sample_size);
   void RebuildGroup();
-  // The group index of a kG packet, which stands inside it; false if the first chunk is too short to hold it.
+  // The group index of a rebuilt kG packet, which stands inside it; false if the packet is too short to hold it.
   bool GroupIndex(u16* index) const;
   std::span<const u8> rebuilt() const { return rebuilt_; }
 

@@ -38,11 +38,7 @@ u32 CParserZep_2Gv4::DecodeChunk(const Frame& frame, bool has_length) {
     const u8* begin = frame.at + data_offset;
     const u8* end = begin + std::min(kMostData + 1, frame.left - data_offset);
     length = static_cast<u64>(std::find(begin, end, static_cast<u8>(')')) - begin);
-    // The file ends before any parenthesis could stand there.
-    if (begin + length == end && frame.left - data_offset <= kMostData && length >= 1) {
-      assembler.m_err_lun_residua.Append(frame.position);
-      return kRejected;
-    }
+    if (begin + length == end) length = kMostData + 1;
   }
   if (length < 1 || length > kMostData) {
     assembler.m_err_dim_trama.Append(frame.position);
@@ -102,12 +98,12 @@ bool CParserZep_2Gv4::Rebuild(const ChunkHeader& header, CanMsgAssembler* assemb
       assembler->RebuildSingle('A', index);
       return true;
     case PacketKind::kG: {
-      u16 group = 0;
-      if (!assembler->GroupIndex(&group)) return false;
-      *failed_index = group;
-      if (groups_.Find(group) == nullptr) return false;
+      // The index stands in the packet; one too short to hold it is a malformed frame, which the decoder rejects.
       assembler->RebuildGroup();
-      return true;
+      u16 group = 0;
+      if (!assembler->GroupIndex(&group)) return true;
+      *failed_index = group;
+      return groups_.Find(group) != nullptr;
     }
   }
   return false;

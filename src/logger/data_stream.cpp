@@ -73,11 +73,15 @@ bool CParserZep_2Gv4::IsPlausible(u64 time) const {
   return time <= highest_time_ + kOneMinute && time + kOneMinute >= highest_time_;
 }
 
-// A sample without bytes is a claim without cover: a frame of 11 bytes could ask for 65,535 of them. As many are
-// believed as the file has bytes.
+// A sample without bytes is a claim without cover: a frame of 11 bytes could ask for 65,535 of them. A file is believed
+// a few for each of its bytes; beyond that they are left out, and nothing else.
 bool CParserZep_2Gv4::CoversEmptySamples(u64 samples) {
+  constexpr u64 kPerByte = 4;
+  constexpr u64 kAnyway = 65536;
+  if (samples == 0) return true;
+  if (empty_samples_ + samples > kPerByte * size_ + kAnyway) return false;
   empty_samples_ += samples;
-  return empty_samples_ <= size_;
+  return true;
 }
 
 u32 CParserZep_2Gv4::StoreFailed() {
@@ -160,10 +164,15 @@ u32 CParserZep_2Gv4::DecodeM(const Frame& frame) {
   return static_cast<u32>(length);
 }
 
-// The descriptor under an index, looked up against the channel table as it stands now; null if there is none.
+// The descriptor under an index, looked up against the channel table as it stands now; null if there is none. A file
+// that changes its table again and again under long descriptors gets so much work out of the reader and no more.
 ChannelDescriptor* CParserZep_2Gv4::FindDescriptor(const DescriptorTable& table, u16 index) {
+  constexpr u64 kPlacesPerByte = 64;
+  constexpr u64 kAnyway = 1U << 24;
   ChannelDescriptor* descriptor = table.Find(index);
   if (descriptor != nullptr && descriptor->generation != table_generation_) {
+    resolved_places_ += descriptor->count();
+    if (resolved_places_ > kPlacesPerByte * size_ + kAnyway) return nullptr;
     descriptor->Resolve([this](u16 channel) { return EntryAt(channel); });
     descriptor->generation = table_generation_;
   }
@@ -179,7 +188,7 @@ u32 CParserZep_2Gv4::DecodeG(const Frame& frame) {
     return kRejected;
   }
   const u64 length = kFrameHead + group->data_length() + 1;
-  if (length > frame.left || frame.at[length - 1] != ')' || !CoversEmptySamples(group->empty_places())) {
+  if (length > frame.left || frame.at[length - 1] != ')') {
     errors_g_.Append(frame.position);
     return kRejected;
   }
@@ -191,8 +200,8 @@ u32 CParserZep_2Gv4::DecodeG(const Frame& frame) {
   Raise(time);
   errors_g_.Append(frame.position, group->missing());
   const u8* data = frame.at + kFrameHead;
-  for (const ChannelDescriptor::Place& place : group->places()) {
-    const ChannelEntry* channel = place.entry;
+  for (const ChannelDescriptor::Place& place : BelievedPlaces(*group)) {
+    const ChannelEntry* channel = &by_index_[place.channel];
     SStatMisura* statistics = channel->statistics;
     if (statistics != nullptr) statistics->ContaG();
     const CCanaleQLT::Esito outcome = channel->Add(time, data, frame.offset_of(data));
@@ -212,7 +221,7 @@ u32 CParserZep_2Gv4::DecodeA(const Frame& frame) {
     return kRejected;
   }
   const u64 length = kFrameHead + acquisition->data_length() + 1;
-  if (length > frame.left || frame.at[length - 1] != ')' || !CoversEmptySamples(acquisition->empty_places())) {
+  if (length > frame.left || frame.at[length - 1] != ')') {
     errors_a_.Append(frame.position);
     return kRejected;
   }
@@ -225,8 +234,8 @@ u32 CParserZep_2Gv4::DecodeA(const Frame& frame) {
   errors_a_.Append(frame.position, acquisition->missing());
   const u64 step = acquisition->step_us();
   const u8* data = frame.at + kFrameHead;
-  for (const ChannelDescriptor::Place& place : acquisition->places()) {
-    const ChannelEntry* channel = place.entry;
+  for (const ChannelDescriptor::Place& place : BelievedPlaces(*acquisition)) {
+    const ChannelEntry* channel = &by_index_[place.channel];
     const u64 sample_time = time + place.number * step;
     Raise(sample_time);
     SStatMisura* statistics = channel->statistics;

@@ -178,8 +178,8 @@ void CParserZep_2Gv4::ExtractEcuInfo() {
   const std::unique_ptr<IAtomTagDecoderBin> decoder = CreaAtomTagDecoder();
   if (decoder == nullptr) return;
   for (const SAtomTag& tag : ecu_tags_) {
-    std::list<SAtomTag> inner_tags;
-    decoder->ListAllTags(tag.payload, tag.payloadSize, inner_tags);
+    std::vector<SAtomTag> inner_tags;
+    decoder->VectorTagsNamed(tag.payload, tag.payloadSize, {"MAN", "MOD"}, inner_tags);
     std::pair<std::string, std::string> info;
     for (const SAtomTag& inner : inner_tags) {
       const std::string_view bytes(reinterpret_cast<const char*>(inner.payload), inner.payloadSize);

@@ -28,15 +28,20 @@ void CParserZep_2Gv4::TakeLapTag(const SAtomTag& tag) {
   } else if (tag.payloadSize == LapRecord::kSizeV1) {
     RegistraLap(LapRecord(tag.payload, LapRecord::kSizeV1), offset);
   } else {
-    lap_statistics_->bad_size_offsets.push_back(offset);
+    NoteBadSize(offset);
   }
+}
+
+// Kept only where it will be printed, so that memory doesn't grow with damage.
+void CParserZep_2Gv4::NoteBadSize(u64 offset) {
+  if (options_.lap_statistics) lap_statistics_->bad_size_offsets.push_back(offset);
 }
 
 void CParserZep_2Gv4::LapRecord32(const u8* record, u32 size, u64 offset) {
   if (size == LapRecord::kSizeV2) {
     RegistraLap(LapRecord(record, size), offset);
   } else {
-    lap_statistics_->bad_size_offsets.push_back(offset);
+    NoteBadSize(offset);
   }
 }
 
@@ -44,7 +49,7 @@ void CParserZep_2Gv4::LapRecord20(const u8* record, u32 size, u64 offset) {
   if (size == LapRecord::kSizeV3) {
     RegistraLap(LapRecord(record, size), offset);
   } else {
-    lap_statistics_->bad_size_offsets.push_back(offset);
+    NoteBadSize(offset);
   }
 }
 

@@ -16,8 +16,9 @@ CParserZep_2Gv4::CParserZep_2Gv4(const std::wstring& path, const LoggerReportOpt
     : CParser(path),
       file_(path, 1, MemoryMappedArray::Modo::kLetturaIntera, false),
       base_(file_.GetVista()),
-      // Offsets inside a file of this family are 32-bit numbers; what lies behind 4 GiB can't be named.
-      size_(static_cast<u32>(std::min<u64>(file_.GetDimensioneFile(), std::numeric_limits<u32>::max()))),
+      // Offsets inside a file of this family are 32-bit numbers, the highest of which ends a walk; what lies behind
+      // can't be named.
+      size_(static_cast<u32>(std::min<u64>(file_.GetDimensioneFile(), kStopWalk - 1))),
       options_(options) {}
 
 CParserZep_2Gv4::~CParserZep_2Gv4() {
@@ -83,7 +84,10 @@ bool CParserZep_2Gv4::Walk() {
     RunAfterWalkSteps();
     HandOverChannels();
     // Samples that never reached the disk are no session: a full disk is a failed open.
-    if (!FinishStores()) return false;
+    if (!FinishStores()) {
+      TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Bad something\n");
+      return false;
+    }
     if (highest_time_ > 0) AddClosingLap();
     RicalcolaInizioGiri();
     RimuoviTracceVuote();

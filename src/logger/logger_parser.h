@@ -90,7 +90,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
 
   // --- channel_table.cpp
   bool TakeConfiguration(const SAtomTag& tag);
-  bool GeneraMappeSCanale(const std::vector<SAtomTag>& channel_tags);
+  bool GeneraMappeSCanale(const std::vector<SAtomTag>& tags);
   enum class Entry { kTaken, kSkipped, kFailed };
   Entry TakeChannelRecord(const ChannelRecord& record, std::map<std::string, u32>* name_count,
                           std::map<std::string, u32>* next_duplicate);
@@ -99,7 +99,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   bool GiveChannel(CCanaleQLT* object, const std::string& name);
   void SetProperties(CCanaleQLT* object, const std::string& name);
   void Enter(u16 index, std::unique_ptr<CCanaleQLT> object);
-  void TakeExtras(const std::vector<SAtomTag>& cde, const std::vector<SAtomTag>& ft1);
+  void TakeExtras(const std::vector<SAtomTag>& tags);
   void AssignConverters();
   void AssignConverter(CCanaleQLT* object);
 
@@ -120,6 +120,9 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   bool IsPlausible(u64 time) const;
   void Raise(u64 time) { highest_time_ = std::max(highest_time_, time); }
   bool CoversEmptySamples(u64 samples);
+  const std::vector<ChannelDescriptor::Place>& BelievedPlaces(const ChannelDescriptor& descriptor) {
+    return CoversEmptySamples(descriptor.empty_places()) ? descriptor.places() : descriptor.places_with_bytes();
+  }
   u32 StoreFailed();
   CCanaleQLT* ChannelAt(u16 index) const { return index < by_index_.size() ? by_index_[index].object : nullptr; }
   ChannelEntry* EntryAt(u16 index) {
@@ -132,6 +135,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
 
   // --- laps.cpp
   void TakeLapTag(const SAtomTag& tag);
+  void NoteBadSize(u64 offset);
   void RegistraLap(const LapRecord& record, u64 offset);
   void RegisterLapMark(const LapRecord& record, u64 mark_time, u64 offset);
   void GestioneSplit(SRkLap* lap, const LapRecord& record, u64 mark_time, u64 offset);
@@ -170,8 +174,9 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
 
   u64 highest_time_ = 0;  // microseconds
   u64 first_time_ = 0;
-  // Samples without bytes that were taken so far; a file is believed as many as it has bytes.
+  // What was taken so far of claims that cost a file nothing: samples without bytes, places of descriptors looked up.
   u64 empty_samples_ = 0;
+  u64 resolved_places_ = 0;
   ErrorList errors_s_, errors_m_, errors_a_, errors_g_, errors_c_, errors_file_;
 
   u8 last_session_ = 0;

@@ -81,11 +81,14 @@ i32 CLz77::Decomprimi(const char* source_path, const char* target_path) {
   if (!source) return 0;
   // Into a file of its own first, which then takes the target's name: a reader that has the old target mapped keeps it.
   const std::wstring target = platform::path_from_host_bytes(target_path);
-  const std::wstring fresh = target + L"." + widen_bytes(platform::unique_token()) + L".tmp";
+  const std::size_t folder_end = target.find_last_of(L"/\\");
+  const std::wstring folder = folder_end == std::wstring::npos ? std::wstring() : target.substr(0, folder_end + 1);
+  const std::wstring fresh = folder + widen_bytes(platform::unique_token()) + L".qlt.tmp";
   File file = File::open(fresh, Access::kReadWrite, Share::kRead, Creation::kCreateOrTruncate);
   if (!file) return 0;
-  const i32 result = expand(source, &file, &inflater);
-  if (!file.close() || !platform::rename_file(fresh, target)) {
+  i32 result = expand(source, &file, &inflater);
+  if (!file.close()) result = kFailedIo;
+  if (!platform::rename_file(fresh, target)) {
     platform::delete_file(fresh);
     return 0;
   }

@@ -71,8 +71,13 @@ CCanaleQLT::Esito CCanaleQLT::ConvertiAndAddValori(u64 time, u32 count, const u8
 }
 
 CCanaleQLT::Esito CCanaleQLT_GPS::ConvertiAndAddValore(u64 time, const u8* sample, u64 offset) {
-  constexpr u32 kRecordSize = 56;
-  trace_->AddRecord(time, Covered(sample, kRecordSize), kRecordSize, offset);
+  // A sample that ends before its fix type tells no position, and may not become a record many times its size.
+  constexpr u32 kEndOfFixType = 15;
+  if (sample_size() < kEndOfFixType) {
+    trace_->AddRecord(time, sample, sample_size(), offset);
+  } else {
+    trace_->AddRecord(time, Covered(sample, SGpsRecord::kSize), SGpsRecord::kSize, offset);
+  }
   return kBuono;
 }
 

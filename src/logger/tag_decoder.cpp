@@ -27,14 +27,15 @@ u16 sum_of(const u8* bytes, u64 count) {
 // opening marks which all lead to one closing mark costs no more than its size.
 class PayloadSums {
  public:
-  PayloadSums(const u8* buffer, u64 size) : buffer_(buffer), size_(size) {}
+  // Payloads begin at `from` or behind.
+  PayloadSums(const u8* buffer, u64 size, u64 from = 0) : buffer_(buffer), size_(size), first_(from / kBlock) {}
 
   u16 operator()(u64 from, u64 to) {
     if (to - from <= kDirect) return sum_of(buffer_ + from, to - from);
     const u64 first_block = from / kBlock + 1;
     const u64 last_block = to / kBlock;
     Reach(last_block);
-    const u32 whole = static_cast<u32>(before_[last_block]) - before_[first_block];
+    const u32 whole = static_cast<u32>(before_[last_block - first_]) - before_[first_block - first_];
     return static_cast<u16>(whole + sum_of(buffer_ + from, first_block * kBlock - from) +
                             sum_of(buffer_ + last_block * kBlock, to - last_block * kBlock));
   }
@@ -45,14 +46,15 @@ class PayloadSums {
 
   void Reach(u64 block) {
     if (before_.empty()) before_.push_back(0);
-    while (before_.size() <= block) {
-      const u64 at = (before_.size() - 1) * kBlock;
+    while (first_ + before_.size() <= block) {
+      const u64 at = (first_ + before_.size() - 1) * kBlock;
       before_.push_back(static_cast<u16>(before_.back() + sum_of(buffer_ + at, std::min(kBlock, size_ - at))));
     }
   }
 
   const u8* buffer_;
   u64 size_;
+  u64 first_;                // block that the sums begin with
   std::vector<u16> before_;  // sum of all bytes before each block
 };
 
@@ -189,12 +191,12 @@ bool CAtomTagDecoder::ParseAll(const u8* buffer, u32 size, IExternalHelper& help
 }
 
 u32 CAtomTagDecoder::NextTag(const u8* buffer, u32 size, SAtomTag& out, u32 offset) {
-  PayloadSums sums(buffer, size);
+  PayloadSums sums(buffer, size, offset);
   return next_tag(buffer, size, out, offset, &sums, any);
 }
 
 u32 CAtomTagDecoder::NextTagOrBytes(const u8* buffer, u32 size, u32 offset, IExternalHelper& helper) {
-  PayloadSums sums(buffer, size);
+  PayloadSums sums(buffer, size, offset);
   return step(buffer, size, offset, helper, &sums);
 }
 

@@ -118,8 +118,17 @@ bool MemoryMappedArray::MapWindow() {
   const bool writable = mode_ == Modo::kAggiornamento;
   const File file =
       File::open(file_name_, writable ? Access::kReadWrite : Access::kRead, Share::kRead, Creation::kMustExist);
+  // What was known of the file is held against what it is now: a window beyond its end would be a fault of the host.
+  u64 present = 0;
+  if (!file || !file.size(&present)) {
+    TRAGUARDO_LOG("MemoryMappedArray::MapFileIntoMemoryRead",
+                  "%s [%d] ERROR = Could not Open File %s for Memory Mapping. System Error Code : 0x%x\n", file_name_,
+                  platform::last_error());
+    return false;
+  }
+  file_size_ = std::min(file_size_, present);
   const u64 offset = u64{window_number_} * WindowSize();
-  if (!file || offset >= file_size_) return false;
+  if (offset >= file_size_) return false;
   view_ =
       Mapping::map(file, offset, static_cast<std::size_t>(std::min<u64>(file_size_ - offset, WindowSize())), writable);
   if (!view_) {
@@ -259,7 +268,7 @@ u8* MemoryMappedArray::Prossimo() {
   const u64 end_of_next = u64{window_number_} * WindowSize() + (u64{used_} + 1) * record_size_;
   if (end_of_next > file_size_) return nullptr;
   if (used_ == kRecordsPerWindow) NextWindow();
-  if ((used_ == 0 || !view_) && !MapWindow()) {
+  if ((used_ == 0 || !view_) && (!MapWindow() || view_.size() < record_size_)) {
     valid_ = false;
     return nullptr;
   }

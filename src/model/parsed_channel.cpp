@@ -283,11 +283,12 @@ u64 CParsedChannel::GetRecord(SChannelRecord* out, u64 capacity) {
   const u64 samples = store_.Numero();
   if (capacity < samples) return 0;
   RecordCursor cursor(&store_, time_shift_);
-  for (u64 i = 0; i < samples && cursor.more(); ++i, cursor.Advance()) {
-    store_u64(out[i].bytes.data(), cursor.time());
-    store_f32(out[i].bytes.data() + kValueOffset, cursor.value());
+  u64 copied = 0;
+  for (; copied < samples && cursor.more(); ++copied, cursor.Advance()) {
+    store_u64(out[copied].bytes.data(), cursor.time());
+    store_f32(out[copied].bytes.data() + kValueOffset, cursor.value());
   }
-  return samples;
+  return copied;
 }
 
 void CParsedChannel::TraslaTempi(u64 from, u64 to) {

@@ -101,6 +101,9 @@ class alignas(64) CParsedChannel final : public IRkChannel {
   void SetDeviceSerial(u32 serial) { device_serial_ = serial; }
   void SetTieniUltimoValore(bool hold) { hold_last_value_ = hold; }
   bool GetTieniUltimoValore() const { return hold_last_value_; }
+  // Of a channel that its reader computed from others, instead of finding it in the file.
+  void mark_derived() { is_derived_ = true; }
+  bool is_derived() const { return is_derived_; }
 
  private:
   static constexpr u32 kValueOffset = 8;
@@ -168,6 +171,7 @@ class alignas(64) CParsedChannel final : public IRkChannel {
   u16 device_code_ = 0;
   u32 device_serial_ = 0;
   bool hold_last_value_ = false;
+  bool is_derived_ = false;
   i32 decimals_ = 0;
 };
 

@@ -127,6 +127,7 @@ void CParser::GetLimitiTemporali(u64* first, u64* last, i16* week, u32* time_of_
     *period = std::max(*period, channel->GetPeriodo());
   }
   for (const auto& [name, trace] : traces_) {
+    if (!trace->HasSamples()) continue;
     *first = std::min(*first, trace->GetFirstTime());
     *last = std::max(*last, trace->GetLastTime());
     i16 trace_week = 0;
@@ -220,10 +221,17 @@ void CParser::RiallineaGps(u32 reference, u16 week, u32 time_of_week) {
 
 const std::wstring& CParser::GetPercorsoStore() {
   if (store_path_.empty()) {
-    store_path_ = path_;
-    claim_ =
-        platform::File::open(path_, platform::Access::kRead, platform::Share::kRead, platform::Creation::kMustExist);
-    if (claim_ && !claim_.try_mark_in_use()) store_path_ += L"." + widen_bytes(platform::unique_token());
+    // Seen from any working folder, as the host may change its own while the file is open.
+    const std::wstring plain = platform::absolute_path(path_);
+    // The names belong to one reader at a time, whatever file stands under the path by now. Where the claim can't be
+    // had, the names are this reader's own; where nothing can be made at all, the stores say so.
+    constexpr int kTries = 16;
+    store_path_ = plain;
+    store_claim_ = platform::Claim::take(store_path_ + L".tmp");
+    for (int i = 0; i < kTries && !store_claim_; ++i) {
+      store_path_ = plain + L"." + widen_bytes(platform::unique_token());
+      store_claim_ = platform::Claim::take(store_path_ + L".tmp");
+    }
   }
   return store_path_;
 }

@@ -111,8 +111,8 @@ class CParser : public IRkParser {
   SRkSession* current_session_ = nullptr;
   std::unique_ptr<SRkSession> session_outside_map_;
   std::list<std::wstring> temporary_files_;
-  // Marks the session file as in use, so that a second reader of it keeps away from this one's stores.
-  platform::File claim_;
+  // Holds the plain store names of the session file for this reader, so that a second one keeps away from them.
+  platform::Claim store_claim_;
   std::wstring store_path_;
 };
 

@@ -104,7 +104,9 @@ TEST(LapRecords, OfTheWrongSizeAreCountedAndDropped) {
   Bytes bytes = cnf({{1, "a"}, {2, "laps", 22, 30, 0x1A | 1 << 7 | 2 << 15}}) + frame_s(100, 1, 1);
   bytes = bytes + test::tag("LAP", lap.record(2), 0) + test::tag("LAP", lap.record(1), 2) +
           test::tag("LAP", lap.record(2), 3) + test::frame('S', 110, 2, Bytes(30));
-  ParsedSession session(bytes + tail());
+  LoggerReportOptions options;
+  options.lap_statistics = true;
+  ParsedSession session(bytes + tail(), options);
   EXPECT_EQ(session.reader().lap_statistics().bad_size_offsets.size(), 4U);
   EXPECT_EQ(laps_of(&session.reader()), (std::vector<Want>{{0, 1, 100, 110, 10}}));
 }

@@ -33,6 +33,9 @@ def host(library, path, mode):
     lib = load(library)
     handle = lib.open_file(path.encode())
     samples = 0
+    if handle > 0 and mode == "pause":
+        print("open", flush=True)
+        sys.stdin.readline()
     if handle > 0 and mode != "memory":
         for _ in range(2):
             for channel in range(lib.get_channels_count(handle)):
@@ -41,9 +44,6 @@ def host(library, path, mode):
                 if lib.get_channel_samples(handle, channel, times, values, count) != count:
                     raise SystemExit("a channel was not read whole")
                 samples += count
-    if handle > 0 and mode == "pause":
-        print("open", flush=True)
-        sys.stdin.readline()
     if handle > 0:
         lib.close_file_i(handle)
     print(handle, samples, flush=True)
@@ -105,6 +105,22 @@ class Limits(unittest.TestCase):
         out, _ = first.communicate("\n")
         self.assertEqual(int(out.split()[1]), alone[1])
         self.assertEqual([p.name for p in self.path.iterdir()], ["a.qlt"])
+
+
+    def test_an_expansion_leaves_the_readers_of_its_target_alone(self):
+        session = self.simulate(self.path / "a.qlt", "--laps", "2")
+        alone = run_host(session)[1]
+        short = self.simulate(self.path / "a.qlc", "--laps", "1", "--seed", "9")
+        first = subprocess.Popen([sys.executable, __file__, "--host", LIBRARY, str(session), "pause"],
+                                 stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.assertEqual(first.stdout.readline(), "open\n")
+        self.assertNotEqual(run_host(short)[1], alone)
+        out, _ = first.communicate("\n")
+        self.assertEqual((first.returncode, int(out.split()[1])), (0, alone))
+
+    def test_a_pipe_is_no_session(self):
+        os.mkfifo(self.path / "a.qlt")
+        self.assertEqual(run_host(self.path / "a.qlt")[0], 0)
 
 
 if __name__ == "__main__":

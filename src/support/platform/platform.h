@@ -29,6 +29,8 @@ std::string host_bytes_from_path(std::wstring_view path);
 // `name` in `folder`, with one separator between them. A leading backslash or slash of the name, and a trailing one of
 // the folder, stand for that separator.
 std::wstring path_in_folder(std::wstring_view folder, std::wstring_view name);
+// The same place as seen from any working folder.
+std::wstring absolute_path(const std::wstring& path);
 // The executable of this process as the system spells it; empty if it can't be had.
 std::wstring executable_path();
 
@@ -62,15 +64,31 @@ class File {
   // All or nothing: false if not every byte was written.
   bool write_at(u64 offset, const void* bytes, std::size_t count);
   bool flush();
-  // Marks the file as in use until this object is closed. False if another open of the same file, in this process or in
-  // another, holds the mark; also where the file system has no locks.
-  bool try_mark_in_use();
   bool close();
 
  private:
   friend class Mapping;
+  friend class Claim;
   static constexpr std::intptr_t kNone = -1;
   std::intptr_t handle_ = kNone;
+};
+
+// A name that one holder at a time has, in this process and in all others: an empty file, gone when it is given back.
+class Claim {
+ public:
+  Claim() = default;
+  Claim(Claim&& other) noexcept;
+  Claim& operator=(Claim&& other) noexcept;
+  ~Claim();
+
+  // An empty Claim if somebody else has the name, or if the file can't be made.
+  static Claim take(const std::wstring& path);
+  explicit operator bool() const { return static_cast<bool>(file_); }
+  void release();
+
+ private:
+  File file_;
+  std::wstring path_;
 };
 
 // A mapped stretch of a file. Outlives the File that it was made from.

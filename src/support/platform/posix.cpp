@@ -55,6 +55,16 @@ std::wstring path_in_folder(std::wstring_view folder, std::wstring_view name) {
   return path.append(name);
 }
 
+std::wstring absolute_path(const std::wstring& path) {
+  if (path.empty() || path.front() == L'/') return path;
+  std::string folder(256, '\0');
+  while (::getcwd(folder.data(), folder.size()) == nullptr) {
+    if (errno != ERANGE) return path;
+    folder.resize(folder.size() * 2);
+  }
+  return path_in_folder(widen_bytes(folder.c_str()), path);
+}
+
 std::wstring executable_path() {
   std::string buffer(128, '\0');
   for (;;) {
@@ -86,8 +96,9 @@ File::~File() {
 }
 
 File File::open(const std::wstring& path, Access access, Share, Creation creation) {
-  // Sharing between readers and writers is no concept of this system; try_mark_in_use stands in where data is at stake.
-  int flags = O_CLOEXEC | (access == Access::kRead ? O_RDONLY : O_RDWR);
+  // Sharing between readers and writers is no concept of this system; a Claim stands in where data is at stake.
+  // Opening a pipe must not wait for its other end.
+  int flags = O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (access == Access::kRead ? O_RDONLY : O_RDWR);
   if (creation == Creation::kOpenOrCreate) flags |= O_CREAT;
   if (creation == Creation::kCreateOrTruncate) flags |= O_CREAT | O_TRUNC;
   File file;
@@ -179,8 +190,47 @@ bool File::flush() {
   return true;
 }
 
-bool File::try_mark_in_use() {
-  return ::flock(static_cast<int>(handle_), LOCK_EX | LOCK_NB) == 0 || failed();
+Claim::Claim(Claim&& other) noexcept : file_(std::move(other.file_)), path_(std::exchange(other.path_, {})) {}
+
+Claim& Claim::operator=(Claim&& other) noexcept {
+  if (this != &other) {
+    release();
+    file_ = std::move(other.file_);
+    path_ = std::exchange(other.path_, {});
+  }
+  return *this;
+}
+
+Claim::~Claim() {
+  release();
+}
+
+Claim Claim::take(const std::wstring& path) {
+  Claim claim;
+  for (;;) {
+    File file = File::open(path, Access::kReadWrite, Share::kRead, Creation::kOpenOrCreate);
+    if (!file) return claim;
+    if (::flock(static_cast<int>(file.handle_), LOCK_EX | LOCK_NB) != 0) {
+      failed();
+      return claim;
+    }
+    // Its last holder may have removed the file between the opening and the lock: then the lock is worth nothing.
+    struct stat locked;
+    struct stat named;
+    if (::fstat(static_cast<int>(file.handle_), &locked) != 0) return claim;
+    if (::stat(host_bytes_from_path(path).c_str(), &named) != 0) continue;
+    if (named.st_ino != locked.st_ino || named.st_dev != locked.st_dev) continue;
+    claim.file_ = std::move(file);
+    claim.path_ = path;
+    return claim;
+  }
+}
+
+// The name goes before the lock, so that nobody gets a lock on a file that is about to go.
+void Claim::release() {
+  if (!file_) return;
+  delete_file(path_);
+  file_.close();
 }
 
 bool File::close() {
@@ -252,7 +302,12 @@ bool copy_file(const std::wstring& from, const std::wstring& to) {
     }
     offset += got;
   }
-  return true;
+  // A read error looks like an early end.
+  u64 size = 0;
+  if (source.size(&size) && offset >= size) return true;
+  target.close();
+  delete_file(to);
+  return false;
 }
 
 bool rename_file(const std::wstring& from, const std::wstring& to) {

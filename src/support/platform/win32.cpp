@@ -57,10 +57,6 @@ OVERLAPPED position(u64 offset) {
   return at;
 }
 
-// Where the mark of try_mark_in_use lies: far behind every byte that a file of this family can have, since a lock keeps
-// other programs from reading what it covers.
-constexpr u64 kMarkOffset = u64{1} << 62;
-
 }  // namespace
 
 std::wstring path_from_host_bytes(std::string_view bytes) {
@@ -82,6 +78,14 @@ std::wstring path_in_folder(std::wstring_view folder, std::wstring_view name) {
   std::wstring path(folder);
   if (!path.empty() && !is_separator(path.back())) path.push_back(L'\\');
   return path.append(name);
+}
+
+std::wstring absolute_path(const std::wstring& path) {
+  const DWORD length = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+  if (path.empty() || length == 0) return path;
+  std::wstring whole(length, L'\0');
+  whole.resize(GetFullPathNameW(path.c_str(), length, whole.data(), nullptr));
+  return whole.empty() ? path : whole;
 }
 
 std::wstring executable_path() {
@@ -119,7 +123,7 @@ File File::open(const std::wstring& path, Access access, Share share, Creation c
   const DWORD wanted = access == Access::kRead ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
   // Readers let others delete, so that a session can be moved away while a host looks at it.
   DWORD shared = FILE_SHARE_READ | FILE_SHARE_DELETE;
-  if (share == Share::kReadWrite || access == Access::kRead) shared |= FILE_SHARE_WRITE;
+  if (share == Share::kReadWrite) shared |= FILE_SHARE_WRITE;
   DWORD how = OPEN_EXISTING;
   if (creation == Creation::kOpenOrCreate) how = OPEN_ALWAYS;
   if (creation == Creation::kCreateOrTruncate) how = CREATE_ALWAYS;
@@ -198,9 +202,37 @@ bool File::flush() {
   return true;
 }
 
-bool File::try_mark_in_use() {
-  OVERLAPPED at = position(kMarkOffset);
-  return LockFileEx(as_handle(handle_), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &at) || failed();
+Claim::Claim(Claim&& other) noexcept : file_(std::move(other.file_)), path_(std::exchange(other.path_, {})) {}
+
+Claim& Claim::operator=(Claim&& other) noexcept {
+  if (this != &other) {
+    release();
+    file_ = std::move(other.file_);
+    path_ = std::exchange(other.path_, {});
+  }
+  return *this;
+}
+
+Claim::~Claim() {
+  release();
+}
+
+// Shared with nobody, and gone with its handle.
+Claim Claim::take(const std::wstring& path) {
+  Claim claim;
+  const HANDLE handle = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr, OPEN_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) {
+    failed();
+    return claim;
+  }
+  claim.file_.handle_ = reinterpret_cast<std::intptr_t>(handle);
+  claim.path_ = path;
+  return claim;
+}
+
+void Claim::release() {
+  file_.close();
 }
 
 bool File::close() {
@@ -274,7 +306,8 @@ bool create_folders(const std::wstring& folder) {
     if (i < folder.size() && !is_separator(folder[i])) continue;
     const std::wstring part = folder.substr(0, i);
     if (part.back() == L':' || is_separator(part.back()) || is_folder(part)) continue;
-    if (!CreateDirectoryW(part.c_str(), nullptr) && GetLastError() != ERROR_ALREADY_EXISTS) return failed();
+    // A server or a volume can't be made and need not be: whether the whole folder exists decides.
+    if (!CreateDirectoryW(part.c_str(), nullptr)) failed();
   }
   std::wstring whole = folder;
   while (whole.size() > 1 && is_separator(whole.back())) whole.pop_back();
