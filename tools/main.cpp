@@ -2,6 +2,7 @@
 //
 // Exit status: 0 done; 1 the command could not do its work, with one line on standard error; 2 wrong command line.
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -75,23 +76,61 @@ simulator::FrameMix frame_mix(const std::string& name) {
   return simulator::FrameMix::mixed;
 }
 
+// What only the session of an older logger has, and which of it was given.
+struct LegacyOptions {
+  std::string format;
+  int version = 0;
+  const CLI::Option* version_given = nullptr;
+  std::uint32_t device_code = 0;
+  const CLI::Option* device_given = nullptr;
+  std::string dump;
+};
+
+void add_legacy_options(CLI::App& command, LegacyOptions& options) {
+  command.add_option("--format", options.format, "Kind of session (default: by the name of the file)")
+      ->check(CLI::IsMember({"qlt", "wmp"}));
+  options.version_given =
+      command.add_option("--version", options.version,
+                         "Version of a .wmp file: 100, 200, 320, 400, 450, 451, 500, 550, 600 (default) or 700");
+  options.device_given =
+      command.add_option("--device-code", options.device_code,
+                         "Device that wrote a .wmp file, from version 600 on; 48 and 18 make a reader add channels");
+  command.add_option("--dump", options.dump, "Form of the dump in a .wmp file of version 500 (default: new)")
+      ->check(CLI::IsMember({"old", "new"}));
+}
+
+void take_legacy_options(const LegacyOptions& options, simulator::SimulationOptions& session) {
+  if (options.format == "qlt") session.format = simulator::SessionFormat::qlt;
+  if (options.format == "wmp") session.format = simulator::SessionFormat::wmp;
+  if (options.version_given->count() > 0) session.wmp_version = options.version;
+  if (options.device_given->count() > 0) session.device_code = options.device_code;
+  if (options.dump == "old") session.dump = simulator::DumpForm::older;
+  if (options.dump == "new") session.dump = simulator::DumpForm::newer;
+}
+
 void add_simulate_command(CLI::App& app) {
   CLI::App* const command = app.add_subcommand("simulate", "Write a session of a simulated car on a circuit");
   const auto options = std::make_shared<SimulateOptions>();
   const auto frames = std::make_shared<std::string>("mixed");
   simulator::SimulationOptions& session = options->session;
-  command->add_option("-o,--output", options->output, "File to write; a name in .qlc is compressed")->required();
+  command
+      ->add_option("-o,--output", options->output,
+                   "File to write; a name in .qlc is compressed, one in .wmp an older logger's")
+      ->required();
   command->add_option("--laps", session.laps, "Number of laps")->capture_default_str();
   command->add_option("--channels", session.channels, "Number of channels (default: the usual set)");
   command->add_option("--seed", session.seed, "The same seed gives the same file")->capture_default_str();
   command->add_option("--minutes", session.minutes, "Length of the session, instead of a number of laps");
-  command->add_option("--damage", session.damage, "Places where a byte is changed, lost or added");
+  command->add_option("--damage", session.damage, "Places where a byte is changed, lost or added (.wmp: changed)");
   command->add_option("--rate", session.rate_hz, "One rate in Hz for all channels, a divisor of 1000");
   command->add_option("--frames", *frames, "Which frames carry the samples")
       ->check(CLI::IsMember({"mixed", "single", "block", "group"}))
       ->capture_default_str();
-  command->callback([options, frames] {
+  const auto legacy = std::make_shared<LegacyOptions>();
+  add_legacy_options(*command, *legacy);
+  command->callback([options, frames, legacy] {
     options->session.frames = frame_mix(*frames);
+    take_legacy_options(*legacy, options->session);
     simulate_session(*options);
   });
 }

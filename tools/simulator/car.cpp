@@ -185,6 +185,8 @@ void Car::drive_engine() {
   const double geared_rpm = speed * kRpmPerSpeed[state_.gear - 1];
   state_.rpm = follow(state_.rpm, std::max(geared_rpm, kIdleRpm + 20 * state_.throttle_pct), 0.03);
 
+  state_.shaft_rpm = speed * 60000.0 / kWheelCircumferenceMm * kAxleTeeth / kShaftTeeth;
+
   const double wanted = (state_.inline_mps2 + drag(speed)) / full_throttle(speed);
   state_.throttle_pct = follow(state_.throttle_pct, 100 * std::clamp(wanted, 0.0, 1.0), 0.08);
   const double braking = std::clamp(-(state_.inline_mps2 + drag(speed)) / kBraking, 0.0, 1.0);

@@ -10,6 +10,11 @@
 
 namespace traguardo::simulator {
 
+// The shaft turns the axle by two gears.
+inline constexpr int kShaftTeeth = 17;
+inline constexpr int kAxleTeeth = 53;
+inline constexpr double kWheelCircumferenceMm = 1985.0;
+
 struct CarState {
   double time_s = 0;
   double lap_time_s = 0;
@@ -24,6 +29,7 @@ struct CarState {
   double brake_bar = 0;
   int gear = 1;
   double rpm = 0;
+  double shaft_rpm = 0;            // behind the gearbox
   double gap_to_best_s = 0;        // of the running lap, scaled from the laps so far
   double warmth = 0;               // 0 with everything cold, towards 1 as the session goes on
   double waves[4] = {0, 0, 0, 0};  // slow and fast oscillations between -1 and 1, for whatever trembles

@@ -64,12 +64,6 @@ constexpr int kFirstAuxiliarySet = 100;  // one set per rate, at set 100 + rate
 constexpr std::size_t kLargestGroup = 48;
 constexpr double kGravity = 9.80665;
 
-std::string auxiliary_name(std::size_t number) {
-  std::string digits = std::to_string(number);
-  if (digits.size() < 4) digits.insert(0, 4 - digits.size(), '0');
-  return "Aux " + digits;
-}
-
 PlannedChannel auxiliary_channel(std::size_t number, std::size_t i) {
   const int rate = kAuxiliaryRates[i % std::size(kAuxiliaryRates)];
   return {auxiliary_name(number),
@@ -99,7 +93,21 @@ void split_large_groups(std::vector<PlannedChannel>& channels) {
   }
 }
 
+double junction_temperature(const CarState& car) {
+  return 27 + 9 * car.warmth;
+}
+
+double exhaust_temperature(const CarState& car, double tremble) {
+  return 380 + 3.5 * car.throttle_pct + 120 * car.warmth + 4 * tremble;
+}
+
 }  // namespace
+
+std::string auxiliary_name(std::size_t number) {
+  std::string digits = std::to_string(number);
+  if (digits.size() < 4) digits.insert(0, 4 - digits.size(), '0');
+  return "Aux " + digits;
+}
 
 std::vector<PlannedChannel> plan_channels(const SimulationOptions& options) {
   const std::size_t count =
@@ -127,10 +135,10 @@ std::vector<PlannedChannel> plan_channels(const SimulationOptions& options) {
   return channels;
 }
 
-double measure(const PlannedChannel& channel, std::size_t number, const CarState& car, Random& noise) {
+double measure(Signal signal, std::size_t number, const CarState& car, Random& noise) {
   const double tremble = noise.between(-1.0, 1.0);
   const double* const waves = car.waves;
-  switch (channel.signal) {
+  switch (signal) {
     case Signal::rpm:
       return car.rpm + 12 * tremble;
     case Signal::gear:
@@ -156,7 +164,7 @@ double measure(const PlannedChannel& channel, std::size_t number, const CarState
     case Signal::oil_c:
       return 30 + 75 * car.warmth + 3 * waves[0];
     case Signal::exhaust_c:
-      return 380 + 3.5 * car.throttle_pct + 120 * car.warmth + 4 * tremble;
+      return exhaust_temperature(car, tremble);
     case Signal::air_c:
       return 24 + 6 * car.warmth + waves[0];
     case Signal::oil_bar:
@@ -183,15 +191,27 @@ double measure(const PlannedChannel& channel, std::size_t number, const CarState
       return car.warmth < 0.3 ? 1 : 2;
     case Signal::torque_nm:
       return 420 * car.throttle_pct / 100 - 40 + 3 * tremble;
+    case Signal::shaft_rpm:
+      return car.shaft_rpm;
+    case Signal::junction_c:
+      return junction_temperature(car);
+    case Signal::exhaust_over_junction_c:
+      return exhaust_temperature(car, tremble) - junction_temperature(car);
+    case Signal::airbox_mbar:
+      return 985 + 0.004 * car.speed_mps * car.speed_mps + 2 * waves[1] + 0.5 * tremble;
     case Signal::auxiliary:
       break;
   }
   const double size = static_cast<double>(number % 7 + 1) / 7;
-  const double value = size * (60 * waves[number % 3] + 30 * waves[3] + 20 * tremble);
-  return channel.format == Format::unsigned_8 || channel.format == Format::unsigned_16 ||
-                 channel.format == Format::unsigned_32
-             ? value + 110
-             : value;
+  return size * (60 * waves[number % 3] + 30 * waves[3] + 20 * tremble);
+}
+
+double measure(const PlannedChannel& channel, std::size_t number, const CarState& car, Random& noise) {
+  const double value = measure(channel.signal, number, car, noise);
+  if (channel.signal != Signal::auxiliary) return value;
+  const bool has_sign = channel.format != Format::unsigned_8 && channel.format != Format::unsigned_16 &&
+                        channel.format != Format::unsigned_32;
+  return has_sign ? value : value + kAuxiliaryReach;
 }
 
 }  // namespace traguardo::simulator

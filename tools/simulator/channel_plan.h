@@ -40,6 +40,10 @@ enum class Signal {
   switches,
   status_code,
   torque_nm,
+  shaft_rpm,
+  junction_c,               // where the thermocouple ends in the logger
+  exhaust_over_junction_c,  // what a thermocouple feels
+  airbox_mbar,
   auxiliary,  // any further channel: an oscillation of its own
 };
 
@@ -62,7 +66,14 @@ struct PlannedChannel {
 // The usual set, cut or filled up to the number that the options ask for, with their frames and rate.
 std::vector<PlannedChannel> plan_channels(const SimulationOptions& options);
 
-// The value of channel number `number` in its stored unit, with the noise of its sensor.
+// An auxiliary channel swings so far to both sides of zero.
+inline constexpr double kAuxiliaryReach = 110;
+// The name of channel number `number` beyond the usual set.
+std::string auxiliary_name(std::size_t number);
+
+// The value of a signal on channel number `number`, with the noise of its sensor.
+double measure(Signal signal, std::size_t number, const CarState& car, Random& noise);
+// The same in the channel's stored unit.
 double measure(const PlannedChannel& channel, std::size_t number, const CarState& car, Random& noise);
 
 }  // namespace traguardo::simulator

@@ -102,7 +102,12 @@ ChannelSets sets_of(const std::vector<PlannedChannel>& channels, Carrier carrier
   return sets;
 }
 
+SessionTexts session_texts(std::uint64_t seed) {
+  return {pick(kRacers, seed), pick(kVehicles, seed), pick(kTracks, seed), "Club Trophy"};
+}
+
 Bytes session_tags(const SimulationOptions& options) {
+  const SessionTexts texts = session_texts(options.seed);
   Bytes out;
   Bytes logger;
   append_ident(logger, kLoggerCode, kLoggerSerial, 21);
@@ -112,9 +117,9 @@ Bytes session_tags(const SimulationOptions& options) {
   append_ident(devices, kSensorBoxCode, kSensorBoxSerial, 4);
   append_tag(out, "iSLV", 1, devices);
 
-  append_text_tag(out, "RCR", pick(kRacers, options.seed));
-  append_text_tag(out, "VEH", pick(kVehicles, options.seed));
-  append_text_tag(out, "CMP", "Club Trophy");
+  append_text_tag(out, "RCR", texts.racer);
+  append_text_tag(out, "VEH", texts.vehicle);
+  append_text_tag(out, "CMP", texts.championship);
   append_text_tag(out, "VTY", "Practice");
   append_tag(out, "TRK ", 1, track_record(options));
   append_text_tag(out, "RACM", "speed");

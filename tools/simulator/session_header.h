@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <string_view>
 #include <vector>
 
 #include "simulator/channel_plan.h"
@@ -20,6 +21,15 @@ inline std::uint16_t odometer_index(const std::vector<PlannedChannel>& channels)
 }
 
 ChannelSets sets_of(const std::vector<PlannedChannel>& channels, Carrier carrier);
+
+struct SessionTexts {
+  std::string_view racer;
+  std::string_view vehicle;
+  std::string_view track;
+  std::string_view championship;
+};
+// Who drives what where.
+SessionTexts session_texts(std::uint64_t seed);
 
 Bytes session_tags(const SimulationOptions& options);
 // Channel number i of the plan has the index i + 1.

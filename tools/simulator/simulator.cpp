@@ -16,11 +16,12 @@
 #include "simulator/car.h"
 #include "simulator/channel_plan.h"
 #include "simulator/circuit.h"
-#include "simulator/place_on_earth.h"
+#include "simulator/gps_receiver.h"
 #include "simulator/random.h"
 #include "simulator/session_header.h"
 #include "simulator/stream_writer.h"
 #include "simulator/wire.h"
+#include "simulator/wmp_writer.h"
 
 namespace traguardo::simulator {
 
@@ -29,11 +30,7 @@ namespace {
 constexpr std::uint32_t kFirstClockMs = 500;       // what the logger's clock shows when the session begins
 constexpr std::uint64_t kCooldownMs = 2000;        // recorded behind the last mark
 constexpr std::uint64_t kLongestMs = 3600000000u;  // the clock has 32 bits
-constexpr std::uint64_t kGpsPeriodMs = 100;
 constexpr std::uint64_t kOdometerPeriodMs = 5000;
-constexpr std::uint64_t kGpsColdStartMs = 2000;  // until the receiver has a fix
-constexpr std::uint32_t kWeekMs = 7u * 24 * 3600 * 1000;
-constexpr std::size_t kGpsRecordSize = 56;
 constexpr std::size_t kLargestSample = 32;
 constexpr std::size_t kChunkSize = 8;
 constexpr std::size_t kLapRecordV2Size = 32;
@@ -99,8 +96,7 @@ class SessionWriter {
   StreamWriter& stream_;
   Car car_;
   const CarState* state_ = nullptr;
-  PlaceOnEarth ground_;
-  Random random_;
+  GpsReceiver receiver_;
   std::vector<RunningChannel> channels_;
   ChannelSets groups_;
   ChannelSets staggered_;
@@ -118,8 +114,7 @@ SessionWriter::SessionWriter(const SimulationOptions& options, const Circuit& ci
     : options_(options),
       stream_(stream),
       car_(circuit, options.seed, options.circle_radius_m > 0 ? options.circle_speed_mps : 0),
-      ground_(options.latitude_deg, options.longitude_deg, options.altitude_m),
-      random_(options.seed ^ 0x6B5u) {
+      receiver_(options) {
   for (PlannedChannel& plan : plan_channels(options)) {
     RunningChannel channel;
     channel.index = static_cast<std::uint16_t>(channels_.size() + 1);
@@ -181,7 +176,7 @@ void SessionWriter::write() {
     for (const Beat& beat : beats_) {
       if (tick % beat.period_ms == 0) write_beat(beat, clock_ms);
     }
-    if (tick % kGpsPeriodMs == 0) write_gps(tick, clock_ms);
+    if (tick % GpsReceiver::kPeriodMs == 0) write_gps(tick, clock_ms);
     if (tick % kOdometerPeriodMs == 0) write_odometer(clock_ms);
     // One piece at a time, among the other frames, as it comes over a bus.
     if (!chunks_.empty()) write_chunk();
@@ -301,52 +296,9 @@ void SessionWriter::write_odometer(std::uint32_t clock_ms) {
   close_frame(at + sample_size(kFormat));
 }
 
-std::int32_t in_hundredths(double value) {
-  return static_cast<std::int32_t>(std::floor(value * 100 + 0.5));
-}
-
-// The navigation solution of the receiver with the logger's clock in front.
 void SessionWriter::write_gps(std::uint64_t tick, std::uint32_t clock_ms) {
-  const CarState& car = *state_;
-  const bool exact = options_.circle_radius_m > 0;
-  const bool has_fix = exact || tick >= kGpsColdStartMs;
-  // The position wanders by some decimetres, the velocity trembles by some centimetres per second.
-  const double wander = exact ? 0 : 0.3;
-  const double tremble = exact ? 0 : 0.02;
-  const double heading = car.place.heading_rad;
-  const Vector3 position =
-      ground_.position(car.place.east_m + wander * car.waves[0], car.place.north_m + wander * car.waves[1] * 0.5,
-                       car.place.up_m + wander * (car.waves[0] + car.waves[1]));
-  const double east_error = tremble * random_.between(-1, 1);
-  const double north_error = tremble * random_.between(-1, 1);
-  const double up_error = tremble * random_.between(-1, 1);
-  const Vector3 velocity =
-      ground_.direction(car.speed_mps * std::cos(heading) + east_error, car.speed_mps * std::sin(heading) + north_error,
-                        car.speed_mps * car.place.slope + up_error);
-  const std::uint64_t gps_ms = kGpsTimeOfWeekMs + tick;
-
-  scratch_.assign(kGpsRecordSize, 0);
-  Byte* const at = scratch_.data();
-  put_u32(at, clock_ms);
-  put_u32(at + 4, static_cast<std::uint32_t>(gps_ms % kWeekMs));
-  put_u16(at + 12, kGpsWeek + static_cast<std::uint32_t>(gps_ms / kWeekMs));
-  put_u8(at + 14, has_fix ? 3u : 0u);
-  put_u8(at + 15, has_fix ? 0x0Du : 0u);
-  if (has_fix) {
-    put_i32(at + 16, in_hundredths(position.x));
-    put_i32(at + 20, in_hundredths(position.y));
-    put_i32(at + 24, in_hundredths(position.z));
-    put_u32(at + 28, static_cast<std::uint32_t>(120 + 30 * car.waves[1]));
-    put_i32(at + 32, in_hundredths(velocity.x));
-    put_i32(at + 36, in_hundredths(velocity.y));
-    put_i32(at + 40, in_hundredths(velocity.z));
-    put_u32(at + 44, static_cast<std::uint32_t>(20 + 5 * car.waves[2]));
-    put_u16(at + 48, static_cast<std::uint32_t>(150 + 20 * car.waves[0]));
-  }
-  put_u8(at + 51, has_fix ? static_cast<std::uint32_t>(11 + 2 * car.waves[0]) : 2u);
-
   Bytes tag;
-  append_tag(tag, "GPS", 1, scratch_);
+  append_tag(tag, "GPS", 1, receiver_.solution(*state_, tick, clock_ms));
   stream_.put(tag);
   ++summary_.gps_records;
 }
@@ -406,11 +358,17 @@ void check(const SimulationOptions& options) {
   }
 }
 
-bool is_compressed(const std::string& path) {
-  if (path.size() < 4) return false;
+// The last four characters of a path, in lower case.
+std::string ending_of(const std::string& path) {
+  if (path.size() < 4) return {};
   std::string ending = path.substr(path.size() - 4);
   for (char& c : ending) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return ending == ".qlc";
+  return ending;
+}
+
+bool is_legacy(const SimulationOptions& options, const std::string& path) {
+  if (options.format == SessionFormat::by_name) return ending_of(path) == ".wmp";
+  return options.format == SessionFormat::wmp;
 }
 
 // Distinct places of [begin, end), in ascending order.
@@ -433,6 +391,14 @@ void simulate(const SimulationOptions& options, const std::string& path, Simulat
   check(options);
   const Circuit circuit =
       options.circle_radius_m > 0 ? Circuit::circle(options.circle_radius_m) : Circuit::winding(options.seed);
+  if (is_legacy(options, path)) {
+    const SimulationSummary written = write_wmp_session(options, circuit, path);
+    if (summary != nullptr) *summary = written;
+    return;
+  }
+  if (options.wmp_version || options.device_code || options.dump) {
+    throw tool::Failure("a version, a device code and a dump belong to .wmp sessions");
+  }
   std::vector<Damage> damage;
   if (options.damage > 0) {
     // Once without a file, to learn how long it gets.
@@ -443,7 +409,7 @@ void simulate(const SimulationOptions& options, const std::string& path, Simulat
         choose_damage(static_cast<std::uint64_t>(options.damage), session.data_offset(), counter.size(), options.seed);
   }
   tool::OutputFile file(path);
-  StreamWriter stream(&file, is_compressed(path), std::move(damage));
+  StreamWriter stream(&file, ending_of(path) == ".qlc", std::move(damage));
   SessionWriter session(options, circuit, stream);
   session.write();
   stream.finish();

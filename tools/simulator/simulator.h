@@ -1,9 +1,10 @@
-// The session simulator: writes .qlt and .qlc files of a car on a closed circuit. It is the opposite number of the
-// reader and shares no code with it, so that an error of one doesn't hide in the other. The command-line host, the
+// The session simulator: writes .qlt, .qlc and .wmp files of a car on a closed circuit. It is the opposite number of
+// the reader and shares no code with it, so that an error of one doesn't hide in the other. The command-line host, the
 // benchmarks and the tests call it.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,12 +18,22 @@ enum class FrameMix {
   group,   // one sample of several channels per frame
 };
 
+enum class SessionFormat {
+  by_name,  // .wmp where the path ends so, else .qlt
+  qlt,      // and .qlc
+  wmp,
+};
+
+// Where a logger's memory dump begins its stream of samples, and how it marks laps.
+enum class DumpForm { newer, older };
+
 struct SimulationOptions {
+  SessionFormat format = SessionFormat::by_name;
   int laps = 5;            // marks that close a lap, 1 to 30,000
   int channels = 0;        // channels that a host sees, up to 60,000; 0 for the usual set
   std::uint64_t seed = 1;  // the same seed gives the same file
   double minutes = 0;      // length of the session, up to 60,000; 0: as long as the laps take. Above 0 laps don't count
-  int damage = 0;          // places behind the channel table where a byte is changed, lost or added
+  int damage = 0;          // places behind the channel table where a byte is changed, lost or added; in a .wmp changed
   FrameMix frames = FrameMix::mixed;
   int rate_hz = 0;             // one rate for every channel, a divisor of 1000; 0: each channel its own
   double latitude_deg = 44.5;  // the start line
@@ -32,6 +43,10 @@ struct SimulationOptions {
   // heading and accelerations are known in closed form.
   double circle_radius_m = 0;
   double circle_speed_mps = 30;
+  // Of a .wmp session alone.
+  std::optional<int> wmp_version;            // 100, 200, 320, 400, 450, 451, 500, 550, 600 (the usual one) or 700
+  std::optional<std::uint32_t> device_code;  // from version 600 on; devices with derived channels get their sensors
+  std::optional<DumpForm> dump;              // version 500; usually the newer form
 };
 
 struct SimulatedChannel {
@@ -51,8 +66,8 @@ struct SimulationSummary {
   double duration_s = 0;
 };
 
-// Writes a session to `path`, compressed where the path ends in .qlc. On failure gives false and a line for a person in
-// `error`, and leaves nothing behind.
+// Writes a session to `path`, compressed where the path ends in .qlc; beside a .wmp its .jts, the GPS trace. On failure
+// gives false and a line for a person in `error`, and leaves nothing behind.
 bool simulate_to_file(const SimulationOptions& options, const std::string& path, std::string& error,
                       SimulationSummary* summary = nullptr);
 

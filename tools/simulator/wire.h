@@ -1,7 +1,8 @@
-// The bytes of a logger file: little-endian numbers, sample formats, tags. Written from the writer's side; nothing here
+// The bytes of session files: little-endian numbers, sample formats, tags. Written from the writer's side; nothing here
 // is shared with the reader.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -25,6 +26,10 @@ inline Byte* put_u32(Byte* at, std::uint32_t value) {
 }
 inline Byte* put_i32(Byte* at, std::int32_t value) {
   return put_u32(at, static_cast<std::uint32_t>(value));
+}
+
+inline Byte* put_f32(Byte* at, double value) {
+  return put_u32(at, std::bit_cast<std::uint32_t>(static_cast<float>(value)));
 }
 
 // Sample formats by their numbers in a channel record.
