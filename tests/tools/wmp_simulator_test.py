@@ -134,9 +134,8 @@ class WmpFile:
         return piece
 
     def group(self, *sizes):
-        version, total = struct.unpack_from("<HI", self.take(32), 2)
+        total, = struct.unpack_from("<I", self.take(32), 4)
         records = [self.take(size) for size in sizes]
-        assert version == self.version
         assert total == sum(map(sum, records)), f"sum of group {self.groups}"
         self.groups += 1
         return records

@@ -204,12 +204,11 @@ WmpFile file_with_two_areas(const WmpSession& session) {
 }
 
 // One or two records under a head with the sum of their bytes.
-void append_group(const WmpForm& form, const Bytes& first, const Bytes& second, Bytes& out) {
+void append_group(const Bytes& first, const Bytes& second, Bytes& out) {
   std::uint32_t sum = 0;
   for (const Byte byte : first) sum += byte;
   for (const Byte byte : second) sum += byte;
   Bytes head(kBlockHeadSize, 0);
-  put_u16(head.data() + 2, static_cast<std::uint32_t>(form.version));
   put_u32(head.data() + 4, sum);
   append(out, head);
   append(out, first);
@@ -225,21 +224,22 @@ WmpFile file_of_groups(const WmpSession& session) {
                              (kBlockHeadSize + kLapSize + kLapExtensionSize) * session.recording.laps.size() +
                              (kBlockHeadSize + kRunSize) * session.run_count() +
                              (kBlockHeadSize + kExtraSize) * kExtraRecords + 2 * session.logged_samples();
-  const WmpForm& form = session.form;
   const Bytes none;
   WmpFile file;
   Bytes& out = file.bytes;
-  append_group(form, main_header(session, stored_length(length)), configuration_block(session, 0), out);
-  append_group(form, names_block(session), extended_names_block(session), out);
-  append_group(form, identity_block(session), none, out);
+  append_group(main_header(session, stored_length(length)), configuration_block(session, 0), out);
+  // The first head alone says what follows.
+  put_u16(out.data() + 2, static_cast<std::uint32_t>(session.form.version));
+  append_group(names_block(session), extended_names_block(session), out);
+  append_group(identity_block(session), none, out);
   for (std::size_t i = 0; i < session.channels.size(); ++i) {
-    append_group(form, channel_record(session, i), channel_extension(session, i), out);
+    append_group(channel_record(session, i), channel_extension(session, i), out);
   }
   for (const WmpLap& lap : session.recording.laps) {
-    append_group(form, lap_record(session, lap), Bytes(kLapExtensionSize, 0), out);
+    append_group(lap_record(session, lap), Bytes(kLapExtensionSize, 0), out);
   }
-  for (std::uint32_t run = 1; run <= session.run_count(); ++run) append_group(form, run_record(run), none, out);
-  for (std::size_t i = 0; i < kExtraRecords; ++i) append_group(form, extra_record(i), none, out);
+  for (std::uint32_t run = 1; run <= session.run_count(); ++run) append_group(run_record(run), none, out);
+  for (std::size_t i = 0; i < kExtraRecords; ++i) append_group(extra_record(i), none, out);
   append_raw_area(session, file);
   return file;
 }
