@@ -1,5 +1,6 @@
 // The commands of the command-line host, each in a source file of its name. A command prints to standard output and
-// throws Failure where it can't do its work. main.cpp gives them their options.
+// throws Failure where it can't do its work; one that has something to say with its exit status returns that. main.cpp
+// gives them their options.
 #pragma once
 
 #include <string>
@@ -13,6 +14,7 @@ namespace traguardo::tool {
 struct InfoOptions {
   std::string file;
   bool json = false;
+  bool verbose = false;  // name the derived channels as such
 };
 void show_info(const InfoOptions& options);
 
@@ -55,6 +57,53 @@ struct GpsOptions {
   bool json = false;
 };
 void show_gps(const GpsOptions& options);
+
+struct ReportOptions {
+  std::string file;
+  // Parts of the report; none set: all.
+  bool channels = false;
+  bool laps = false;
+  bool gps = false;
+  bool gps_samples = false;
+  std::vector<std::string> tags;  // NAME=SUFFIX
+};
+void print_report(const ReportOptions& options);
+// Empty for a text that can stand in ReportOptions::tags.
+std::string reason_not_a_tag_request(const std::string& text);
+
+struct UnpackOptions {
+  std::string file;
+  std::string output;  // empty: the file's name, ending in .qlt
+};
+void unpack_session(const UnpackOptions& options);
+
+struct EvalOptions {
+  std::string formula;
+  std::string file;
+  double rate_hz = 0;  // 0: the highest one among the channels
+  bool json = false;
+  std::string output;  // empty: standard output
+};
+// 0, or 1 for a formula that can't be used.
+int evaluate_formula(const EvalOptions& options);
+
+struct CheckOptions {
+  std::string file;
+  // One of them: the configuration file of the boost limit, or of the limiter.
+  std::string fia;
+  std::string fmi;
+};
+// 0, or 3 for a session that broke the rule.
+int check_session(const CheckOptions& options);
+
+struct PredictOptions {
+  std::string file;
+  unsigned length_ft = 660;
+  int run = 0;          // by its number; 0: the first one
+  std::string channel;  // empty: the speed of the session
+  std::string tables;   // folder above user/et_prediction/; empty: the executable's
+};
+void predict_run(const PredictOptions& options);
 
 struct SimulateOptions {
   std::string output;

@@ -1,8 +1,12 @@
 // traguardo info: who, where, when, and how much there is.
 #include <algorithm>
 #include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "commands.h"
+#include "inside.h"
 #include "json_output.h"
 #include "session.h"
 #include "table.h"
@@ -30,6 +34,22 @@ double duration_of(Session& session) {
   return end;
 }
 
+// What was not logged but computed from logged channels while the file was read.
+std::vector<std::string> derived_channels_of(const Session& session) {
+  std::vector<std::string> names;
+  for (const auto& channel : inside_of(session).reader->GetCanali()) {
+    const auto* const parsed = dynamic_cast<const CParsedChannel*>(channel.get());
+    if (parsed != nullptr && parsed->is_derived()) names.push_back(to_utf8(parsed->GetNome()));
+  }
+  return names;
+}
+
+std::string listed(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
+  return text.empty() ? "none" : text;
+}
+
 }  // namespace
 
 void show_info(const InfoOptions& options) {
@@ -55,21 +75,24 @@ void show_info(const InfoOptions& options) {
     json["channels"] = channels;
     json["gps_channels"] = gps_channels;
     json["gps_raw_samples"] = gps_raw_samples;
+    if (options.verbose) json["derived_channels"] = derived_channels_of(session);
     print_out(to_document(json));
     return;
   }
-  print_out(pairs_to_text({{"File", to_utf8(session.path())},
-                           {"Vehicle", to_utf8(session.vehicle())},
-                           {"Track", to_utf8(session.track())},
-                           {"Racer", to_utf8(session.racer())},
-                           {"Championship", to_utf8(session.championship())},
-                           {"Venue type", to_utf8(session.venue_type())},
-                           {"Date", iso_date(session.date())},
-                           {"Duration", lap_clock(duration_s) + " (min:s)"},
-                           {"Laps", std::to_string(laps)},
-                           {"Channels", std::to_string(channels)},
-                           {"GPS channels", std::to_string(gps_channels)},
-                           {"GPS solutions", std::to_string(gps_raw_samples)}}));
+  std::vector<std::pair<std::string, std::string>> pairs{{"File", to_utf8(session.path())},
+                                                         {"Vehicle", to_utf8(session.vehicle())},
+                                                         {"Track", to_utf8(session.track())},
+                                                         {"Racer", to_utf8(session.racer())},
+                                                         {"Championship", to_utf8(session.championship())},
+                                                         {"Venue type", to_utf8(session.venue_type())},
+                                                         {"Date", iso_date(session.date())},
+                                                         {"Duration", lap_clock(duration_s) + " (min:s)"},
+                                                         {"Laps", std::to_string(laps)},
+                                                         {"Channels", std::to_string(channels)},
+                                                         {"GPS channels", std::to_string(gps_channels)},
+                                                         {"GPS solutions", std::to_string(gps_raw_samples)}};
+  if (options.verbose) pairs.emplace_back("Derived channels", listed(derived_channels_of(session)));
+  print_out(pairs_to_text(pairs));
 }
 
 }  // namespace traguardo::tool

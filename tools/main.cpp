@@ -1,6 +1,7 @@
 // traguardo, the command-line host: command lines in, the commands of commands.h out.
 //
-// Exit status: 0 done; 1 the command could not do its work, with one line on standard error; 2 wrong command line.
+// Exit status: 0 done; 1 the command could not do its work, which standard error says in one line (a formula that can't
+// be used takes three); 2 wrong command line; 3 a checked session broke its rule.
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <cstdio>
@@ -28,6 +29,15 @@ void add_plain_command(CLI::App& app, const char* name, const char* help, void (
   command->add_option("FILE", options->file, kFileHelp)->required();
   command->add_flag("--json", options->json, kJsonHelp);
   command->callback([options, show] { show(*options); });
+}
+
+void add_info_command(CLI::App& app) {
+  CLI::App* const command = app.add_subcommand("info", "Show texts, date, duration and counts of a session");
+  const auto options = std::make_shared<InfoOptions>();
+  command->add_option("FILE", options->file, kFileHelp)->required();
+  command->add_flag("--json", options->json, kJsonHelp);
+  command->add_flag("--verbose", options->verbose, "Name also the channels that were computed, not logged");
+  command->callback([options] { show_info(*options); });
 }
 
 void add_samples_command(CLI::App& app) {
@@ -58,7 +68,8 @@ void add_export_command(CLI::App& app) {
                        "Only this channel; may be repeated (default: all logged and all derived GPS channels)")
           ->allow_extra_args(false);
   const CLI::Option* const lap = command->add_option("--lap", options->lap, kLapHelp);
-  CLI::Option* const gpx = command->add_flag("--gpx")->description("Write the GPS track as GPX 1.1")->excludes(channels);
+  CLI::Option* const gpx =
+      command->add_flag("--gpx")->description("Write the GPS track as GPX 1.1")->excludes(channels);
   CLI::Option* const geojson =
       command->add_flag("--geojson")->description("Write the GPS track as GeoJSON")->excludes(channels)->excludes(gpx);
   command->callback([options, lap, gpx, geojson] {
@@ -67,6 +78,73 @@ void add_export_command(CLI::App& app) {
     if (geojson->count() > 0) options->format = ExportFormat::geojson;
     export_session(*options);
   });
+}
+
+void add_report_command(CLI::App& app) {
+  CLI::App* const command =
+      app.add_subcommand("report", "Report what the reader saw in a logger file, all of it without options");
+  const auto options = std::make_shared<ReportOptions>();
+  command->add_option("FILE", options->file, "Logger file (.qlt or .qlc)")->required();
+  command->add_flag("--channels", options->channels, "Rates, counters and errors of the channels");
+  command->add_flag("--laps", options->laps, "Lap marks");
+  command->add_flag("--gps", options->gps, "Counters and errors of the GPS");
+  command->add_flag("--gps-samples", options->gps_samples, "Every GPS solution");
+  command
+      ->add_option("--tag", options->tags,
+                   "NAME=SUFFIX: write the payloads of this tag to FILE with SUFFIX added; may be repeated")
+      ->allow_extra_args(false)
+      ->check([](const std::string& text) { return reason_not_a_tag_request(text); });
+  command->callback([options] { print_report(*options); });
+}
+
+void add_unpack_command(CLI::App& app) {
+  CLI::App* const command = app.add_subcommand("unpack", "Expand a compressed logger file");
+  const auto options = std::make_shared<UnpackOptions>();
+  command->add_option("FILE", options->file, "Compressed logger file (.qlc)")->required();
+  command->add_option("-o,--output", options->output,
+                      "File to write, - for standard output (default: FILE, ending in .qlt)");
+  command->callback([options] { unpack_session(*options); });
+}
+
+void add_eval_command(CLI::App& app, int& status) {
+  CLI::App* const command = app.add_subcommand("eval", "Compute a formula over the channels of a session");
+  const auto options = std::make_shared<EvalOptions>();
+  command->add_option("FORMULA", options->formula, "Formula, with channels by their names")->required();
+  command->add_option("FILE", options->file, kFileHelp)->required();
+  command->add_option("--rate", options->rate_hz, "Samples a second (default: as the fastest channel, or 100)")
+      ->check(CLI::Range(0.001, 1e6));
+  command->add_flag("--json", options->json, kJsonHelp);
+  command->add_option("-o,--output", options->output, "File to write as CSV, - for standard output");
+  command->callback([options, &status] { status = evaluate_formula(*options); });
+}
+
+void add_check_command(CLI::App& app, int& status) {
+  CLI::App* const command =
+      app.add_subcommand("check", "Check a session against a regulation; exit status 3 if it broke the rule");
+  const auto options = std::make_shared<CheckOptions>();
+  command->add_option("FILE", options->file, kFileHelp)->required();
+  CLI::Option* const fia = command->add_option("--fia", options->fia, "FIA.txt, the configuration of the boost limit");
+  const CLI::Option* const fmi =
+      command->add_option("--fmi", options->fmi, "FMI-limiter.txt, the configuration of the limiter")->excludes(fia);
+  command->callback([options, fia, fmi, &status] {
+    if (fia->count() + fmi->count() == 0) throw CLI::RequiredError("--fia or --fmi");
+    status = check_session(*options);
+  });
+}
+
+void add_predict_command(CLI::App& app) {
+  CLI::App* const command = app.add_subcommand("predict", "Predict the elapsed time of a run on a strip");
+  const auto options = std::make_shared<PredictOptions>();
+  command->add_option("FILE", options->file, kFileHelp)->required();
+  command->add_option("--length", options->length_ft, "Length of the strip in feet")
+      ->check(CLI::Range(1, 1'000'000))
+      ->capture_default_str();
+  command->add_option("--run", options->run, "Number of the run (default: the first one)")
+      ->check(CLI::Range(1, 1'000'000));
+  command->add_option("--channel", options->channel, "Speed to use (default: the first one of the session)");
+  command->add_option("--tables", options->tables,
+                      "Folder above user/et_prediction/ (default: that of the executable)");
+  command->callback([options] { predict_run(*options); });
 }
 
 simulator::FrameMix frame_mix(const std::string& name) {
@@ -143,20 +221,26 @@ int complain(const char* reason) {
 }  // namespace
 
 int run(int argument_count, char** arguments) {
+  int status = 0;
   CLI::App app("Reads and shows the sessions of motorsport data loggers", "traguardo");
   app.require_subcommand(1);
   app.set_version_flag("--version", std::string("traguardo " TRAGUARDO_VERSION ", library built ") +
                                         get_library_date() + " " + get_library_time());
-  add_plain_command<InfoOptions>(app, "info", "Show texts, date, duration and counts of a session", show_info);
+  add_info_command(app);
   add_plain_command<LapsOptions>(app, "laps", "Show the laps with their times and gaps", show_laps);
   add_plain_command<ChannelsOptions>(app, "channels", "Show the logged channels with rates and bounds", show_channels);
   add_samples_command(app);
   add_export_command(app);
   add_plain_command<GpsOptions>(app, "gps", "Show quality, distance and bounds of the GPS track", show_gps);
+  add_report_command(app);
+  add_unpack_command(app);
+  add_eval_command(app, status);
+  add_check_command(app, status);
+  add_predict_command(app);
   add_simulate_command(app);
   try {
     app.parse(argument_count, arguments);
-    return 0;
+    return status;
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
   } catch (const std::bad_alloc&) {

@@ -2,12 +2,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <iterator>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "commands.h"
 #include "json_output.h"
@@ -21,29 +19,12 @@ namespace {
 
 constexpr std::size_t kFlushAt = 1 << 16;
 
-// A JSON array of numbers, written as it goes: a channel may have millions of them.
-void write_array(OutputFile& out, const std::vector<double>& numbers) {
-  fmt::memory_buffer text;
-  text.push_back('[');
-  for (std::size_t i = 0; i < numbers.size(); ++i) {
-    const char* const comma = i == 0 ? "" : ", ";
-    const char* const quote = std::isfinite(numbers[i]) ? "" : "\"";
-    fmt::format_to(std::back_inserter(text), "{}{}{}{}", comma, quote, shortest(numbers[i]), quote);
-    if (text.size() >= kFlushAt) {
-      out.write(text.data(), text.size());
-      text.clear();
-    }
-  }
-  text.push_back(']');
-  out.write(text.data(), text.size());
-}
-
 void write_json(OutputFile& out, const Channel& channel, const Samples& samples) {
   out.write("{\"name\": " + json_text(channel.name).dump() + ", \"unit\": " + json_text(channel.unit).dump());
   out.write(", \"times_s\": ");
-  write_array(out, samples.times_s);
+  write_json_array(out, samples.times_s.size(), [&samples](std::size_t i) { return samples.times_s[i]; });
   out.write(", \"values\": ");
-  write_array(out, samples.values);
+  write_json_array(out, samples.values.size(), [&samples](std::size_t i) { return samples.values[i]; });
   out.write("}\n");
 }
 

@@ -3,15 +3,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
-#include <cstdio>
 #include <filesystem>
 #include <system_error>
 #include <utility>
 
 #include "api/exports.h"
 #include "failure.h"
+#include "input_file.h"
 #include "progress.h"
 #include "text.h"
 
@@ -19,33 +18,30 @@ namespace traguardo::tool {
 
 namespace {
 
-// Why a file can't even be looked at; empty if it can.
-std::string reason_not_readable(const std::string& path) {
-  std::error_code problem;
-  if (std::filesystem::is_directory(path, problem)) return "Is a directory";
-  errno = 0;
-  std::FILE* const file = std::fopen(path.c_str(), "rb");
-  if (file == nullptr) return std::generic_category().message(errno);
-  std::fclose(file);
-  return {};
+// Where the reader of the older family seeks the GPS trace of a session; empty for other files.
+std::string trace_file_of(const std::string& path) {
+  constexpr std::size_t kExtensionLength = 3;
+  std::string ending = path.substr(path.size() - std::min(path.size(), kExtensionLength + 1));
+  for (char& c : ending) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return ending == ".wmp" ? path.substr(0, path.size() - kExtensionLength) + "jts" : std::string();
 }
 
 std::string reason_not_opened(const std::string& path, int result) {
+  const std::string trace_file = trace_file_of(path);
+  std::error_code problem;
+  if (!trace_file.empty() && !std::filesystem::exists(trace_file, problem)) {
+    return fmt::format("its trace file is missing, which was sought as {}", trace_file);
+  }
   switch (result) {
     case 0:
-      break;
+      return "no session can be read from it, or its folder can't be written to";
     case -2:
       return "not a kind of session file that can be read (.qlt, .qlc, .wmp)";
     default:
       return fmt::format("the library gave up with code {}", result);
   }
-  const std::filesystem::path legacy_trace = std::filesystem::path(path).replace_extension(".jts");
-  const bool is_legacy = path.ends_with(".wmp") || path.ends_with(".WMP");
-  std::error_code problem;
-  if (is_legacy && !std::filesystem::exists(legacy_trace, problem)) {
-    return fmt::format("its GPS file {} is missing", legacy_trace.string());
-  }
-  return "no session can be read from it, or its folder can't be written to";
 }
 
 std::string owned(const char* text) {
@@ -97,8 +93,7 @@ const Channel* find_by_name(const std::vector<Channel>& channels, const std::str
 }  // namespace
 
 Session::Session(std::string path) : path_(std::move(path)) {
-  const std::string reason = reason_not_readable(path_);
-  if (!reason.empty()) throw Failure(fmt::format("cannot open {}: {}", path_, reason));
+  require_readable(path_);
   handle_ = open_with_progress(path_);
   if (handle_ <= 0) throw Failure(fmt::format("cannot open {}: {}", path_, reason_not_opened(path_, handle_)));
 }

@@ -45,6 +45,8 @@ class Session {
   Session& operator=(const Session&) = delete;
 
   const std::string& path() const { return path_; }
+  // In the table of open files, for the commands that look inside.
+  int handle() const { return handle_; }
   std::string vehicle() const;
   std::string track() const;
   std::string racer() const;

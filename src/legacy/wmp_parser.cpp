@@ -112,6 +112,7 @@ bool CParserWMP::copy_channels(const CWMP& session) {
                                                     static_cast<u32>(measure->index()), GetMantieniCostanti());
     if (!channel->IsStoreValido()) return false;
     channel->SetUnita(std::wstring_view(measure->unit_text()));
+    if (session.is_derived(measure->index())) channel->mark_derived();
     CParsedChannel* store = channel.get();
     channels_.push_back(std::move(channel));
     const u64 step = measure->period_ms() * kMicrosecondsPerMs;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "model/parsed_channel.h"
 #include "opened_session.h"
 
 namespace traguardo::test {
@@ -71,6 +72,19 @@ TEST(WmpReader, ChannelsReachTheHostWithEvenTimes) {
   // Stores are numbered by the place in the table: the hidden and the empty one leave gaps.
   EXPECT_TRUE(platform::file_exists(session.folder().wide("s.wmp.004.tmp")));
   EXPECT_FALSE(platform::file_exists(session.folder().wide("s.wmp.002.tmp")));
+}
+
+TEST(WmpReader, DerivedChannelsAreKnownAsSuch) {
+  wmp::File file = small_file(600);
+  file.derived = {plain_channel("Twice", {}, 5)};
+  file.derived[0].formula = "First * 2";
+  ReadSession session(wmp::build(file));
+  ASSERT_TRUE(session.reader().ParsaFile(nullptr));
+  std::vector<std::string> derived;
+  for (const auto& channel : session.reader().GetCanali()) {
+    if (dynamic_cast<const CParsedChannel&>(*channel).is_derived()) derived.push_back(channel->GetNome());
+  }
+  EXPECT_EQ(derived, (std::vector<std::string>{"Twice"}));
 }
 
 TEST(WmpReader, LapsStandUnderTheirRun) {

@@ -10,6 +10,8 @@ import csv
 import json
 import math
 import os
+import pty
+import re
 import shutil
 import struct
 import subprocess
@@ -40,6 +42,7 @@ class Channel:
         self.size, = struct.unpack_from("<I", record, 72)
         self.is_packet = self.function & 0x7F == PACKET_QUANTITY
         self.samples = []  # (microseconds, bytes)
+        self.places = []  # of the samples, in the file or in a rebuilt packet
 
 
 class SessionFile:
@@ -117,6 +120,7 @@ class SessionFile:
     def sample(self, data, at, index, time_us):
         channel = self.channels[index]
         channel.samples.append((time_us, data[at : at + channel.size]))
+        channel.places.append(at)
         return at + channel.size
 
     def chunk(self, data, at, kind):
@@ -145,12 +149,73 @@ class SessionFile:
     def first_us(self):
         return min(c.samples[0][0] for c in self.visible() if c.samples)
 
+    def named(self, name):
+        return next(c for c in self.visible() if c.name == name)
+
     def good_gps(self):
         return [g for g in self.gps if 3 <= g[14] <= 249]
 
 
+def tag(name, payload):
+    name = name.encode("ascii").ljust(4, b"\0")
+    return (b"<h" + name + struct.pack("<IBB", len(payload), 1, ord(">")) + payload +
+            b"<" + name + struct.pack("<H", sum(payload) & 0xFFFF) + b">")
+
+
+def on_grid(samples, step_us):
+    """Values at whole steps from 0 up to the last sample: straight lines between samples, the first one before it."""
+    values, k = [], 0
+    for t in range(0, samples[-1][0] + 1, step_us):
+        while samples[k][0] < t:
+            k += 1
+        if k == 0:
+            values.append(samples[0][1])
+            continue
+        (t0, v0), (t1, v1) = samples[k - 1], samples[k]
+        values.append(float32((t - t0) * (v1 - v0) / (t1 - t0) + v0))
+    return values
+
+
+def seconds_over(values, period_ms, start_ms, duration_ms, limit, points, threshold):
+    """The limiter's rule, sample by sample: a window that starts as zeros, armed by a believable crossing."""
+    window, armed, count = [0.0] * points, False, 0
+    for i in range(duration_ms // period_ms):
+        at, rest = divmod(start_ms + i * period_ms, period_ms)
+        here, there = (values[min(k, len(values) - 1)] for k in (at, at + 1))
+        window = [here + (there - here) * rest / period_ms] + window[:-1]
+        if window[0] > limit >= window[1] and threshold > window[0] - window[1]:
+            armed = True
+        if limit >= window[0]:
+            armed = False
+        elif armed and min(window) > limit:
+            count += 1
+    return count * period_ms / 1000
+
+
 def run(*arguments, **options):
     return subprocess.run([TOOL, *map(str, arguments)], capture_output=True, text=True, timeout=300, **options)
+
+
+def run_for_bytes(*arguments):
+    return subprocess.run([TOOL, *map(str, arguments)], capture_output=True, timeout=300)
+
+
+def run_in_terminal(*arguments):
+    """Gives what a terminal behind standard error got to see, and the exit status."""
+    master, slave = pty.openpty()
+    with subprocess.Popen([TOOL, *map(str, arguments)], stdout=subprocess.DEVNULL, stderr=slave) as process:
+        os.close(slave)
+        seen = b""
+        while True:
+            try:
+                piece = os.read(master, 4096)
+            except OSError:  # how Linux tells that the other side is closed
+                piece = b""
+            if not piece:
+                break
+            seen += piece
+    os.close(master)
+    return seen.decode("ascii"), process.returncode
 
 
 class CliTest(unittest.TestCase):
@@ -192,6 +257,17 @@ class CliTest(unittest.TestCase):
         self.assertEqual(done.returncode, 1, arguments)
         self.assertRegex(done.stderr, r"\Atraguardo: [^\n]+\n\Z", arguments)
         self.assertIn(saying, done.stderr)
+
+    def write(self, name, content):
+        path = self.path(name)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as file:
+            file.write(content if isinstance(content, bytes) else content.encode("utf-8"))
+        return path
+
+    def read(self, path):
+        with open(path, "rb") as file:
+            return file.read()
 
     # --- What the file says ---------------------------------------------------------------------------------------
 
@@ -264,14 +340,14 @@ class CliTest(unittest.TestCase):
         self.assertGreaterEqual(checked, 20)
 
     def test_stored_millivolts_are_shown_as_volts(self):
-        battery = next(c for c in self.expected.visible() if c.name == "Battery")
+        battery = self.expected.named("Battery")
         got = self.json("samples", self.session, "Battery")
         scale = float32(0.001)
         self.assertEqual(got["values"], [float32(float(struct.unpack("<H", b)[0]) * scale) for _, b in battery.samples])
 
     def test_codes_show_their_number(self):
         for name, digit_at in (("Gear Code", 2), ("ECU Status", None)):
-            channel = next(c for c in self.expected.visible() if c.name == name)
+            channel = self.expected.named(name)
             got = self.json("samples", self.session, name)
             want = [struct.unpack("<h", b[:2])[0] if digit_at is None else int(chr(b[digit_at]))
                     for _, b in channel.samples]
@@ -407,6 +483,312 @@ class CliTest(unittest.TestCase):
         self.assertEqual([c["name"] for c in channels], [c.name for c in self.expected.visible()])
         total = sum(len(c.samples) for c in self.expected.visible())
         self.assertTrue(0 < sum(c["samples"] for c in channels) <= total)
+
+    # --- The inside of a session ------------------------------------------------------------------------------------
+
+    def test_derived_channels_only_if_asked_for(self):
+        info = self.json("info", self.session, "--verbose")
+        self.assertEqual(info["derived_channels"], [])
+        self.assertIn("Derived channels", self.ok("info", self.session, "--verbose"))
+        self.assertNotIn("Derived channels", self.ok("info", self.session))
+        legacy = self.path("older.wmp")
+        self.ok("simulate", "--laps", 2, "-o", legacy)
+        derived = self.json("info", legacy, "--verbose")["derived_channels"]
+        self.assertTrue({"Speed ms", "Engine krpm", "Lap Clock"} <= set(derived), derived)
+        self.assertTrue({"Engine", "Speed #1"}.isdisjoint(derived), derived)
+        self.assertNotIn("derived_channels", self.json("info", legacy))
+
+    def test_missing_trace_file(self):
+        for name, trace in (("lonely.wmp", "lonely.jts"), ("LOUD.WMP", "LOUD.jts")):
+            self.fails("info", self.write(name, "anything"), saying="trace file is missing, which was sought as " +
+                       self.path(trace))
+
+    def test_bar_while_a_large_file_is_opened(self):
+        large = self.write("large.qlt", self.bytes)
+        os.truncate(large, 33 << 20)  # the rest is passed over
+        seen, status = run_in_terminal("info", large)
+        self.assertEqual(status, 0, seen)
+        self.assertRegex(seen, r"\r\[#+ +\] +\d+ %")
+        self.assertRegex(seen, r"\r {40,}\r\Z")  # nothing stays on the line
+        self.assertEqual(run_in_terminal("info", self.session), ("", 0))
+        self.ok("info", large)  # no terminal, no bar
+
+    # --- Report -----------------------------------------------------------------------------------------------------
+
+    SECTIONS = {"--channels": b"Tot Hz: ", "--laps": b"Laps in data stream",
+                "--gps": b"GPS samples in normal data stream", "--gps-samples": b"\nGPS samples\n"}
+
+    def test_report(self):
+        path = self.write("reported.qlt", self.bytes)
+        log = path + ".tw3.log"
+        for chosen in ([], ["--laps"], ["--channels", "--gps"], ["--gps-samples"]):
+            with self.subTest(chosen=chosen):
+                done = run_for_bytes("report", path, *chosen)
+                self.assertEqual(done.returncode, 0, done.stderr)
+                self.assertEqual(done.stdout, self.read(log))
+                self.assertEqual(done.stderr, f"report: {log}\n".encode())
+                self.assertIn(b"User information", done.stdout)
+                for option, text in self.SECTIONS.items():
+                    self.assertEqual(text in done.stdout, not chosen or option in chosen, option)
+
+    def test_report_of_a_compressed_session(self):
+        packed = self.write("for_report.qlc", zlib.compress(self.bytes))
+        done = run_for_bytes("report", packed)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(done.stdout, self.read(self.path("for_report.qlt.tw3.log")))
+        self.assertIn(self.path("for_report.qlt\n").encode(), done.stderr)
+
+    def test_tags_go_to_files_of_their_own(self):
+        path = self.write("tagged.qlt", self.bytes + tag("+ABC", b"one") + tag("+ABC", b"two"))
+        done = run_for_bytes("report", path, "--tag", "ABC=.abc", "--tag", "+XYZ=.xyz", "--tag", "ABC=.second")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(self.read(path + ".abc"), b"onetwo")
+        self.assertEqual(self.read(path + ".xyz"), b"")
+        self.assertFalse(os.path.exists(path + ".second"))
+        for suffix in (".abc", ".xyz", ".tw3.log"):
+            self.assertIn((path + suffix).encode(), done.stderr)
+        self.assertEqual(done.stdout, self.read(path + ".tw3.log"))
+        for bad in ("ABC", "ABCD=.x", "=.x", "+=.x", "ABC=", "A;B=.x"):
+            self.assertEqual(run("report", path, "--tag", bad).returncode, 2, bad)
+
+    def test_report_of_a_file_that_cannot_be_read(self):
+        # Without a single tag there is no session, but a report.
+        junk = self.write("junk.qlt", "no tags here" * 100)
+        done = run_for_bytes("report", junk)
+        self.assertEqual(done.returncode, 1)
+        self.assertNotEqual(done.stdout, b"")
+        self.assertEqual(done.stdout, self.read(junk + ".tw3.log"))
+        self.assertRegex(done.stderr, rb"\ntraguardo: cannot read [^\n]+\n\Z")
+        # An empty file has none, and what lies there from before is not its own.
+        empty = self.write("nothing.qlt", "")
+        self.write("nothing.qlt.tw3.log", "of yesterday")
+        done = run_for_bytes("report", empty)
+        self.assertEqual((done.returncode, done.stdout), (1, b""))
+        self.fails("report", self.path("missing.qlt"), saying="No such file")
+        self.fails("report", self.write("older_report.wmp", "x"), saying="only logger files")
+
+    # --- Unpack -----------------------------------------------------------------------------------------------------
+
+    def test_unpack(self):
+        packed = self.write("whole.qlc", zlib.compress(self.bytes) + b"behind the end")
+        self.ok("unpack", packed)
+        self.assertEqual(self.read(self.path("whole.qlt")), self.bytes)
+        elsewhere = self.path("elsewhere.bin")
+        self.assertIn(str(len(self.bytes)), self.ok("unpack", packed, "-o", elsewhere))
+        self.assertEqual(self.read(elsewhere), self.bytes)
+        self.assertEqual(run_for_bytes("unpack", packed, "-o", "-").stdout, self.bytes)
+
+    def test_unpack_of_damaged_files(self):
+        packed = zlib.compress(self.bytes)
+        cut = self.write("cut.qlc", packed[: len(packed) // 2])
+        self.fails("unpack", cut, saying="damaged or cut short")
+        saved = self.read(self.path("cut.qlt"))
+        self.assertGreater(len(saved), len(self.bytes) // 10)
+        self.assertTrue(self.bytes.startswith(saved))
+        wrong_sum = self.write("wrong_sum.qlc", packed[:-1] + bytes([packed[-1] ^ 1]))
+        self.fails("unpack", wrong_sum, saying="damaged or cut short")
+        self.assertEqual(self.read(self.path("wrong_sum.qlt")), self.bytes)
+        for name, content in (("plain.qlc", self.bytes), ("hollow.qlc", b"")):
+            kept = self.write("kept.qlt", "old")
+            self.fails("unpack", self.write(name, content), "-o", kept, saying="no compressed session")
+            self.assertEqual(self.read(kept), b"old")
+
+    def test_unpack_to_places_that_do_not_serve(self):
+        packed = self.write("placed.qlc", zlib.compress(self.bytes))
+        self.fails("unpack", self.path("missing.qlc"), saying="No such file")
+        self.fails("unpack", packed, "-o", self.folder, saying="Is a directory")
+        self.fails("unpack", packed, "-o", self.path("no_such_folder/out"), saying="cannot write")
+        self.fails("unpack", packed, "-o", packed, saying="onto itself")
+        self.fails("unpack", self.session, saying="onto itself")
+        self.assertEqual(self.read(self.session), self.bytes)
+        if os.path.exists("/dev/full"):
+            self.fails("unpack", packed, "-o", "/dev/full", saying="No space left")
+            self.assertFalse(os.path.isfile("/dev/full"))
+
+    # --- Formulas ---------------------------------------------------------------------------------------------------
+
+    def test_formula_over_a_channel(self):
+        got = self.json("eval", "Speed*2", self.session, "--rate", 100)
+        self.assertEqual(list(got), ["code", "rate_hz", "times", "values"])
+        self.assertEqual((got["code"], got["rate_hz"]), (0, 100))
+        first = self.expected.first_us()
+        speed = [(t - first, struct.unpack("<f", b)[0]) for t, b in self.expected.named("Speed").samples]
+        want = [2 * v for v in on_grid(speed, 10000)]
+        self.assertEqual(got["values"][: len(want)], want)
+        # The axis goes on to the next whole second behind the last sample of all.
+        self.assertLess(len(got["values"]) - len(want), 300)
+        self.assertEqual(got["times"], [i * 10000 * 1e-6 for i in range(len(got["values"]))])
+
+        out = self.path("formula.csv")
+        self.assertEqual(self.ok("eval", "Speed*2", self.session, "--rate", 100, "-o", out), "")
+        with open(out, newline="", encoding="ascii") as file:
+            rows = list(csv.reader(file))
+        self.assertEqual(rows[0], ["time", "value"])
+        self.assertEqual([float(r[0]) for r in rows[1:]], got["times"])
+        self.assertEqual([float(r[1]) for r in rows[1:]], got["values"])
+        self.assertEqual(len(self.ok("eval", "Speed*2", self.session, "--rate", 100).splitlines()), len(rows))
+
+    def test_formula_without_a_rate_has_that_of_the_fastest_channel(self):
+        fastest = 1e6 / min(c.period_us for c in self.expected.visible() if c.period_us > 0)
+        self.assertEqual(self.json("eval", "Gear", self.session)["rate_hz"], fastest)
+
+    def test_formula_begins_anew_with_each_lap(self):
+        got = self.json("eval", "lap_integ(1)", self.session, "--rate", 10)
+        falls = [t for t, a, b in zip(got["times"][1:], got["values"], got["values"][1:]) if b < a]
+        ends = [lap["start_s"] + lap["duration_s"] for lap in self.json("laps", self.session)]
+        self.assertEqual(len(falls), len(ends) - 1)
+        for fall, end in zip(falls, ends):
+            self.assertAlmostEqual(fall, end, delta=0.11)
+
+    def test_formulas_that_cannot_be_used(self):
+        for formula, code, position, column, message in (
+            ("Speed $ 2", 100, 6, 6, "Error: unknown symbol"),
+            ("Speed*Nope", 102, 2, 6, "Error: an identifier, a constant or a symbol is unknown"),
+            ("Gear+max(Speed)", 105, 2, 5, "Error: the number of parameters of the function is not correct"),
+            ("1+", 108, 2, 2, "Error: the element is not correct"),
+        ):
+            with self.subTest(formula=formula):
+                done = run("eval", formula, self.session)
+                self.assertEqual((done.returncode, done.stdout), (1, ""))
+                self.assertEqual(done.stderr, f"traguardo: {message}\n  {formula}\n  {' ' * column}^\n")
+                done = run("eval", formula, self.session, "--json")
+                self.assertEqual((done.returncode, done.stderr), (1, ""))
+                self.assertEqual(json.loads(done.stdout), {"code": code, "position": position, "message": message})
+        never = self.path("never.csv")
+        self.assertEqual(run("eval", "Nope", self.session, "-o", never).returncode, 1)
+        self.assertFalse(os.path.exists(never))
+        self.fails("eval", "1", self.path("missing.qlt"), saying="No such file")
+        for rate in (0, -5, 1e9):
+            self.assertEqual(run("eval", "1", self.session, "--rate", rate).returncode, 2, rate)
+
+    # --- Regulations ------------------------------------------------------------------------------------------------
+
+    BOOST = ("BarometricPressure=1.01\nRPM=Engine RPM\nPboost=Engine RPM\nThrottle=Throttle\nMaxPboost=limits.txt\n")
+
+    def boost(self, folder, limit_bar, lines=BOOST):
+        """The engine speed stands for the boost pressure, as so many mbar."""
+        self.write(folder + "/limits.txt", f"1000={limit_bar}\n30000={limit_bar}\n")
+        return self.write(folder + "/FIA.txt", lines)
+
+    def test_boost_limit(self):
+        report = ("Run 1 of file session.qlt\n\tNo output requested, to see computation step values please edit file "
+                  "FIA.txt and add a line with 'output=1'\n").encode()
+        for folder, limit_bar, status, saying in (
+            ("boost_kept", 900, 0, "Run 1: no flag\nVerdict: the boost pressure kept to its limit\n"),
+            ("boost_broken", 0.001, 3, "Run 1: flag raised at "),
+        ):
+            configuration = self.boost(folder, limit_bar)
+            for _ in range(2):  # a check begins its report anew
+                done = run("check", self.session, "--fia", configuration)
+                self.assertEqual((done.returncode, done.stderr), (status, ""))
+                self.assertIn(saying, done.stdout)
+                self.assertIn("Report: " + self.path(folder + "/FIA_comp_output.txt"), done.stdout)
+                self.assertEqual(self.read(self.path(folder + "/FIA_comp_output.txt")), report)
+
+    def test_boost_limit_that_cannot_be_computed(self):
+        other = self.boost("boost_other", 900, "{\nracer=Nobody\n" + self.BOOST + "}\n")
+        done = run("check", self.session, "--fia", other)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertIn("Run 1: not computed: No matching vehicle", done.stdout)
+        self.assertIn("Verdict: none", done.stdout)
+        missing = self.BOOST.replace("RPM=Engine RPM\n", "RPM=Nothing\n", 1)
+        done = run("check", self.session, "--fia", self.boost("boost_missing", 900, missing))
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("Run 1: not computed: Can't find any RPM channel", done.stdout)
+        self.assertRegex(done.stderr, r"\Atraguardo: [^\n]+\n\Z")
+
+    def test_limiter(self):
+        legacy = self.path("limited.wmp")
+        self.ok("simulate", "--laps", 2, "--seed", 5, "-o", legacy)
+        configuration = self.write("limiter/FMI-limiter.txt", "")
+        done = run("check", legacy, "--fmi", configuration)  # writes itself a section that no engine of ours breaks
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertIn("was added to " + configuration, done.stdout)
+        self.assertIn("Verdict: the engine kept to its limit", done.stdout)
+        logger = re.search(r"\{\nid=(\d+)\n.*limiter=13000\n", self.read(configuration).decode(), re.S).group(1)
+
+        engine = self.json("samples", legacy, "Engine")
+        laps = self.json("laps", legacy)
+        period_ms = round(1000 * (engine["times_s"][1] - engine["times_s"][0]))
+        start_ms = round(1000 * laps[0]["start_s"])
+        duration_ms = round(1000 * (laps[-1]["start_s"] + laps[-1]["duration_s"])) - start_ms
+        limit = sorted(engine["values"])[len(engine["values"]) // 2] + 0.5
+        want = seconds_over(engine["values"], period_ms, start_ms, duration_ms, limit, 4, 2000)
+        self.assertGreater(want, 1)
+        self.write("limiter/FMI-limiter.txt", f"{{\nid={logger}\nlimiter={limit}\n}}\n")
+        done = run("check", legacy, "--fmi", configuration)
+        self.assertEqual((done.returncode, done.stderr), (3, ""))
+        got = float(re.search(r"Run 1: (\S+) s over the limit\nVerdict: the engine was over", done.stdout).group(1))
+        self.assertAlmostEqual(got, want, delta=0.02 + want * 1e-4)
+        report = self.read(self.path("limiter/FMI-output.txt")).decode()
+        self.assertIn(f"{got:g} seconds over limiter for logger id {logger}: with limiter ", report)
+
+    def test_limiter_without_an_engine(self):
+        configuration = self.write("no_engine/FMI-limiter.txt", "")
+        done = run("check", self.session, "--fmi", configuration)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("Can't find any 'Engine' channel", done.stdout)
+        serial, = struct.unpack_from("<I", self.expected.texts["SRC"], 12)
+        self.assertIn(f"\nid={serial}\n", self.read(configuration).decode())
+
+    def test_configurations_that_do_not_serve(self):
+        other = self.write("other_name/rules.txt", self.BOOST)
+        self.fails("check", self.session, "--fia", other, saying="FIA.txt")
+        self.fails("check", self.session, "--fmi", other, saying="FMI-limiter.txt")
+        self.fails("check", self.session, "--fia", self.path("no_such_folder/FIA.txt"), saying="No such file")
+        configuration = self.boost("boost_both", 900)
+        self.assertEqual(run("check", self.session).returncode, 2)
+        self.assertEqual(run("check", self.session, "--fia", configuration, "--fmi", configuration).returncode, 2)
+
+    def with_speeds(self, name, mph_at):
+        """The session with another speed, over the seconds from its start."""
+        speed = self.expected.named("Speed")
+        data = bytearray(self.bytes)
+        for (time_us, _), place in zip(speed.samples, speed.places):
+            seconds = (time_us - self.expected.first_us()) * 1e-6
+            struct.pack_into("<f", data, place, mph_at(seconds) * 1.609344)
+        return self.write(name, bytes(data))
+
+    def test_prediction(self):
+        tables = self.path("tables")
+        standing = self.with_speeds("standing.qlt", lambda seconds: 0)
+        self.fails("predict", standing, "--tables", tables, saying="no prediction for run 1")
+        # That wrote the reference run. A car that drives it to the end needs the time that it took.
+        with open(os.path.join(tables, "user/et_prediction/Default.etp"), encoding="ascii") as file:
+            rows = [[float(x) for x in line.split("\t")] for line in file]
+        self.assertEqual(len(rows), 213)
+        feet_per_second = 1.466667
+        run_up = 2 * rows[0][1] / (rows[0][2] * feet_per_second)
+
+        def reference_mph(seconds):
+            if seconds < run_up:
+                return rows[0][2] * seconds / run_up
+            k, share = divmod((seconds - run_up) / 0.05, 1)
+            if k >= len(rows) - 1:
+                return rows[-1][2]
+            return rows[int(k)][2] + (rows[int(k) + 1][2] - rows[int(k)][2]) * share
+
+        def seconds_to(feet):
+            way, steps = 0.0, 0
+            while way < feet:
+                way += reference_mph(steps * 0.001) * feet_per_second * 0.001
+                steps += 1
+            return steps * 0.001
+
+        driven = self.with_speeds("driven.qlt", reference_mph)
+        for length in (660, 330):
+            shown = self.ok("predict", driven, "--length", length, "--tables", tables)
+            got = float(re.search(r"^Predicted +([\d.]+) s$", shown, re.M).group(1))
+            self.assertAlmostEqual(got / (seconds_to(length) - seconds_to(60)), 1, delta=0.03)
+        usual = self.ok("predict", driven, "--tables", tables)
+        named = self.ok("predict", driven, "--tables", tables, "--length", 660, "--run", 1, "--channel", "Speed")
+        self.assertEqual(named, usual)
+
+        self.fails("predict", driven, "--run", 7, "--tables", tables, saying="no run 7")
+        self.fails("predict", driven, "--channel", "Engine RPM", "--tables", tables, saying="is no speed")
+        self.fails("predict", driven, "--channel", "Nothing", "--tables", tables, saying='no channel "Nothing"')
+        self.fails("predict", driven, "--tables", driven, saying="no table")
+        self.assertEqual(run("predict", driven, "--length", 0).returncode, 2)
 
     # --- Failures -------------------------------------------------------------------------------------------------
 

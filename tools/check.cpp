@@ -1,0 +1,240 @@
+// traguardo check: the regulation calculators on any session, with a configuration of a person's choice.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <ios>
+#include <iterator>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "commands.h"
+#include "failure.h"
+#include "input_file.h"
+#include "merged_session.h"
+#include "regulation/boost_limit.h"
+#include "regulation/config_file.h"
+#include "regulation/limiter.h"
+#include "support/platform/platform.h"
+#include "text.h"
+
+namespace traguardo::tool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kWithinLimits = 0;
+constexpr int kOverLimits = 3;
+constexpr u32 kOutputPeriodMs = 10;
+constexpr const char* kEngineName = "Engine";
+
+// Where a check works: in the folder of its configuration file.
+struct Workplace {
+  std::string configuration;
+  std::wstring folder;
+  std::string report;
+};
+
+// Names as the calculators have them, with a backslash in front. They know their configuration by its name alone.
+Workplace workplace_of(const std::string& configuration, std::wstring_view name, std::wstring_view report_name) {
+  const fs::path path(configuration);
+  const std::string wanted = platform::host_bytes_from_path(name.substr(1));
+  if (path.filename().string() != wanted) {
+    throw Failure(fmt::format("the configuration file must have the name {}, unlike {}", wanted, configuration));
+  }
+  require_readable(configuration);
+  const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+  Workplace place;
+  place.configuration = configuration;
+  place.folder = platform::path_from_host_bytes(folder.string());
+  place.report = (path.parent_path() / platform::host_bytes_from_path(report_name.substr(1))).string();
+  return place;
+}
+
+std::string whole_text(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// A report that grows while somebody listens.
+class GrowingReport {
+ public:
+  explicit GrowingReport(std::string path) : path_(std::move(path)) {
+    std::error_code problem;
+    const std::uintmax_t size = fs::file_size(path_, problem);
+    if (!problem) heard_ = size;
+  }
+
+  // What came since the last call, in one line, without the lines that are `header`.
+  std::string next(const std::string& header) {
+    std::ifstream in(path_, std::ios::binary);
+    in.seekg(static_cast<std::streamoff>(heard_));
+    const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    heard_ += text.size();
+    std::string said;
+    LineWalk lines(text);
+    for (std::string_view line; lines.next(&line);) {
+      while (!line.empty() && (line.front() == '\t' || line.front() == ' ')) line.remove_prefix(1);
+      while (!line.empty() && line.back() == ' ') line.remove_suffix(1);
+      if (line.empty() || header.starts_with(line)) continue;
+      if (!said.empty()) said += ' ';
+      said += line;
+    }
+    return to_utf8(said);
+  }
+
+ private:
+  std::string path_;
+  std::uintmax_t heard_ = 0;
+};
+
+// What the runs come to.
+struct Verdict {
+  std::string lines;
+  bool over = false;
+  bool within = false;  // some run was computed and kept to the limits
+  bool left_out = false;
+  bool failed = false;
+
+  void add(const SessionRun& run, std::string_view text) { lines += fmt::format("Run {}: {}\n", run.number, text); }
+};
+
+// Outputs are not-a-number until a calculator fills them.
+bool is_computed(std::span<const float> output) {
+  return !output.empty() && !std::isnan(output.front());
+}
+
+void leave_out(const SessionRun& run, bool good, const std::string& said, Verdict* verdict) {
+  verdict->left_out = true;
+  if (!good) verdict->failed = true;
+  verdict->add(run, "not computed" + (said.empty() ? std::string() : ": " + said));
+}
+
+int conclude(const Verdict& verdict, const std::string& over, const std::string& within, const Workplace& place) {
+  std::string text = verdict.lines;
+  text += "Verdict: " + (verdict.over ? over : verdict.within ? within : std::string("none, nothing was computed"));
+  if (verdict.left_out && (verdict.over || verdict.within)) text += ", as far as it was computed";
+  std::error_code problem;
+  text += fs::exists(place.report, problem) ? "\nReport: " : "\nReport that could not be written: ";
+  print_out(text + to_utf8(place.report) + "\n");
+  if (verdict.over) return kOverLimits;
+  if (verdict.failed) throw Failure("the check could not be computed for every run of the session");
+  return kWithinLimits;
+}
+
+// The channels that a configuration speaks of.
+std::function<bool(const std::string& name)> mentioned_in(const std::string& configuration) {
+  return [text = whole_text(configuration)](const std::string& name) {
+    return !name.empty() && text.find(name) != std::string::npos;
+  };
+}
+
+// --- Boost limit -----------------------------------------------------------------------------------------------------
+
+int check_boost_limit(const CheckOptions& options) {
+  const Workplace place = workplace_of(options.fia, kBoostConfigurationName, kBoostReportName);
+  const Session session(options.file);
+  MergedSession view(session, place.folder, mentioned_in(place.configuration));
+  const auto output = [&view](const char* name) { return static_cast<i32>(view.add_output(name, kOutputPeriodMs)); };
+  BoostOutputs outputs;
+  outputs.flag = output("FlagFIA");
+  outputs.limit = output("LimitFIA");
+  outputs.value = output("ValFIA");
+  outputs.integral = output("IntegFIA");
+  outputs.low_counter = output("Ctr30FIA");
+  outputs.high_counter = output("Ctr100FIA");
+
+  // Each check begins a report of its own, as each opening of a legacy session does.
+  platform::delete_file(platform::path_from_host_bytes(place.report));
+  GrowingReport report(place.report);
+  BoostLimitCheck check(&view, outputs);
+  Verdict verdict;
+  for (const SessionRun& run : believed_runs(view)) {
+    const bool good = check.run(run);
+    const std::string said = report.next(run_header(view, run));
+    const SessionChannel flag = view.channel(static_cast<std::size_t>(outputs.flag));
+    const std::span<const float> flags = samples_in(flag, run);
+    if (!is_computed(flags)) {
+      leave_out(run, good, said, &verdict);
+      continue;
+    }
+    const auto raised = std::find_if(flags.begin(), flags.end(), [](float value) { return value > 0.0F; });
+    if (raised == flags.end()) {
+      verdict.within = true;
+      verdict.add(run, "no flag");
+      continue;
+    }
+    verdict.over = true;
+    const double at_ms =
+        static_cast<double>(run.start_ms) + static_cast<double>(raised - flags.begin()) * kOutputPeriodMs;
+    verdict.add(run, fmt::format("flag raised at {} (min:s)", lap_clock(at_ms / 1000.0)));
+  }
+  return conclude(verdict, "the boost pressure was above its limit for too long",
+                  "the boost pressure kept to its limit", place);
+}
+
+// --- Limiter ---------------------------------------------------------------------------------------------------------
+
+// The rate of what is computed is that of the engine speed.
+u32 engine_period_ms(const MergedSession& view) {
+  const std::optional<std::size_t> engine = ChannelNames(view).find(kEngineName);
+  return engine ? view.channel(*engine).period_ms : kOutputPeriodMs;
+}
+
+Verdict run_limiter(MergedSession* view, std::size_t output, const Workplace& place, float* seconds) {
+  LimiterCheck check(view, output);
+  GrowingReport report(place.report);
+  Verdict verdict;
+  *seconds = 0.0F;
+  for (const SessionRun& run : believed_runs(*view)) {
+    const bool good = check.run(run);
+    const std::string said = report.next(run_header(*view, run));
+    const SessionChannel channel = view->channel(output);
+    const std::span<const float> totals = samples_in(channel, run);
+    if (!is_computed(totals)) {
+      leave_out(run, good, said, &verdict);
+      continue;
+    }
+    const float total = totals.back();  // The sum grows over the run.
+    *seconds += total;
+    (total > 0.0F ? verdict.over : verdict.within) = true;
+    verdict.add(run, fmt::format("{:g} s over the limit", total));
+  }
+  return verdict;
+}
+
+int check_limiter(const CheckOptions& options) {
+  const Workplace place = workplace_of(options.fmi, kLimiterConfigurationName, kLimiterReportName);
+  const Session session(options.file);
+  MergedSession view(session, place.folder, [](const std::string& name) { return name == kEngineName; });
+  const std::size_t output = view.add_output("FMI_Limiter", engine_period_ms(view));
+
+  const std::string before = whole_text(place.configuration);
+  float seconds = 0.0F;
+  Verdict verdict = run_limiter(&view, output, place, &seconds);
+  if (whole_text(place.configuration) != before) {
+    // The logger had no section, and its first run went by while one was written.
+    verdict = run_limiter(&view, output, place, &seconds);
+    verdict.lines += fmt::format("A section for logger {} was added to {}\n", view.logger_id(), place.configuration);
+  }
+  return conclude(verdict, fmt::format("the engine was over its limit for {:g} s", seconds),
+                  "the engine kept to its limit", place);
+}
+
+}  // namespace
+
+int check_session(const CheckOptions& options) {
+  return options.fia.empty() ? check_limiter(options) : check_boost_limit(options);
+}
+
+}  // namespace traguardo::tool

@@ -1,0 +1,177 @@
+// traguardo eval: a formula over the channels of a session, tried without a legacy file around it.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <iterator>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "commands.h"
+#include "failure.h"
+#include "inside.h"
+#include "json_output.h"
+#include "math/math_channel_manager.h"
+#include "output_file.h"
+#include "text.h"
+#include "units/user_units_manager.h"
+
+namespace traguardo::tool {
+
+namespace {
+
+constexpr double kRateOfRatelessFiles = 100;
+constexpr std::size_t kFlushAt = 1 << 16;
+
+// The merged view as the formula language sees it: every channel on one even grid over the whole axis, and behind them
+// the result, which no formula can name.
+class FormulaSession : public IMathSession {
+ public:
+  FormulaSession(const SFileQLT& file, double rate_hz)
+      : file_(file),
+        step_us_(static_cast<u64>(std::llround(1e6 / rate_hz))),
+        frequency_hz_(static_cast<u32>(std::llround(rate_hz))),
+        values_(static_cast<std::size_t>(points_on_axis(file, step_us_))) {
+    for (const auto& channel : file.view->GetCanali()) names_.push_back(to_utf8(channel->GetNome()));
+    take_laps();
+  }
+
+  std::size_t result() const { return names_.size(); }
+  const std::vector<float>& values() const { return values_; }
+  double time_s(std::size_t index) const { return static_cast<double>(index * step_us_) * 1e-6; }
+
+  // --- IMathSession
+  std::size_t ChannelCount() const override { return names_.size(); }
+  std::string_view ChannelName(std::size_t index) const override { return names_[index]; }
+  std::string_view Formula(std::size_t) const override { return {}; }
+  double PeriodMs(std::size_t) const override { return static_cast<double>(step_us_) / 1000.0; }
+  u32 FrequencyHz(std::size_t) const override { return frequency_hz_; }
+  std::span<float> Samples(std::size_t) override { return values_; }
+  std::size_t LapCount() const override { return laps_.size(); }
+  SMathLap Lap(std::size_t index) const override { return laps_[index]; }
+  void FillInput(std::size_t source, std::size_t, std::span<float> out) override {
+    const std::vector<float> grid = on_even_grid(file_, *file_.view->GetCanali()[source], step_us_);
+    const std::size_t count = std::min(grid.size(), out.size());
+    std::copy_n(grid.begin(), count, out.begin());
+    std::fill(out.begin() + static_cast<std::ptrdiff_t>(count), out.end(), 0.0F);
+  }
+
+ private:
+  void take_laps() {
+    for (const auto& [number, session] : file_.view->GetSessioni()) {
+      if (session == nullptr) continue;
+      for (const auto& [lap_number, lap] : session->laps) {
+        if (lap == nullptr) continue;
+        // A time below 0 wraps in the file's model.
+        laps_.push_back({static_cast<double>(static_cast<i64>(lap->start)) / 1000.0,
+                         static_cast<double>(static_cast<i64>(lap->duration)) / 1000.0});
+      }
+    }
+    std::stable_sort(laps_.begin(), laps_.end(),
+                     [](const SMathLap& a, const SMathLap& b) { return a.start_ms < b.start_ms; });
+  }
+
+  const SFileQLT& file_;
+  u64 step_us_;
+  u32 frequency_hz_;
+  std::vector<float> values_;
+  std::vector<std::string> names_;
+  std::vector<SMathLap> laps_;
+};
+
+double highest_rate(const SFileQLT& file) {
+  float highest = 0.0F;
+  for (const auto& channel : file.view->GetCanali()) highest = std::max(highest, channel->GetFrequenzaMassima());
+  return highest > 0.0F ? static_cast<double>(highest) : kRateOfRatelessFiles;
+}
+
+// The text, the formula, and a mark under the place.
+std::string explained(const FormulaOutcome& outcome, const std::string& formula) {
+  std::string shown = formula;
+  for (char& c : shown) {
+    if (static_cast<unsigned char>(c) < ' ') c = '?';
+  }
+  const std::size_t column = display_width(std::string_view(shown).substr(0, outcome.character));
+  return fmt::format("{}\n  {}\n  {}^", outcome.message, shown, std::string(column, ' '));
+}
+
+std::string outcome_document(const FormulaOutcome& outcome) {
+  Json json;
+  json["code"] = outcome.code;
+  json["position"] = outcome.position;
+  json["message"] = outcome.message;
+  return to_document(json);
+}
+
+void write_json(OutputFile& out, const FormulaSession& session, double rate_hz) {
+  const std::vector<float>& values = session.values();
+  out.write("{\"code\": 0, \"rate_hz\": " + json_number(rate_hz).dump() + ", \"times\": ");
+  write_json_array(out, values.size(), [&session](std::size_t i) { return session.time_s(i); });
+  out.write(", \"values\": ");
+  write_json_array(out, values.size(), [&values](std::size_t i) { return static_cast<double>(values[i]); });
+  out.write("}\n");
+}
+
+// `row` appends the line of one sample.
+template <typename Row>
+void write_rows(OutputFile& out, std::string_view title, const std::vector<float>& values, Row row) {
+  fmt::memory_buffer text;
+  text.append(title);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    row(text, i);
+    if (text.size() < kFlushAt) continue;
+    out.write(text.data(), text.size());
+    text.clear();
+  }
+  out.write(text.data(), text.size());
+}
+
+void write_csv(OutputFile& out, const FormulaSession& session) {
+  const std::vector<float>& values = session.values();
+  write_rows(out, "time,value\n", values, [&](fmt::memory_buffer& text, std::size_t i) {
+    fmt::format_to(std::back_inserter(text), "{},{}\n", shortest(session.time_s(i)),
+                   shortest(static_cast<double>(values[i])));
+  });
+}
+
+void write_table(OutputFile& out, const FormulaSession& session) {
+  const std::vector<float>& values = session.values();
+  const std::string title = fmt::format("{:>14}  {:>16}\n", "Time (s)", "Value");
+  write_rows(out, title, values, [&](fmt::memory_buffer& text, std::size_t i) {
+    fmt::format_to(std::back_inserter(text), "{:>14.6f}  {:>16}\n", session.time_s(i),
+                   shortest_f32(static_cast<double>(values[i])));
+  });
+}
+
+}  // namespace
+
+int evaluate_formula(const EvalOptions& options) {
+  // As a terminal shows the names, so they can be typed.
+  const std::string formula = to_utf8(options.formula);
+  const Session session(options.file);
+  const SFileQLT& file = inside_of(session);
+  const double rate_hz = options.rate_hz > 0 ? options.rate_hz : highest_rate(file);
+  FormulaSession channels(file, rate_hz);
+  CGestMathChan math(*CUserUnitsOfMeasureMgr::GetInstance(), std::wstring());
+  const FormulaOutcome outcome = math.ComputeFormula(formula, channels, channels.result());
+  if (!outcome) {
+    if (!options.json) throw Failure(explained(outcome, formula));
+    print_out(outcome_document(outcome));
+    return 1;
+  }
+  OutputFile out(options.output.empty() ? "-" : options.output);
+  if (options.json) {
+    write_json(out, channels, rate_hz);
+  } else if (options.output.empty()) {
+    write_table(out, channels);
+  } else {
+    write_csv(out, channels);
+  }
+  out.keep();
+  return 0;
+}
+
+}  // namespace traguardo::tool

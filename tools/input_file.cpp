@@ -1,0 +1,55 @@
+#include "input_file.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+#include <vector>
+
+#include "failure.h"
+#include "output_file.h"
+
+namespace traguardo::tool {
+
+namespace {
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using InputFile = std::unique_ptr<std::FILE, CloseFile>;
+
+// Why a file can't even be looked at; empty if it can.
+std::string reason_not_readable(const std::string& path) {
+  std::error_code problem;
+  if (std::filesystem::is_directory(path, problem)) return "Is a directory";
+  errno = 0;
+  const InputFile file(std::fopen(path.c_str(), "rb"));
+  return file == nullptr ? std::generic_category().message(errno) : std::string();
+}
+
+}  // namespace
+
+void require_readable(const std::string& path) {
+  const std::string reason = reason_not_readable(path);
+  if (!reason.empty()) throw Failure(fmt::format("cannot open {}: {}", path, reason));
+}
+
+bool copy_to(OutputFile& out, const std::string& path) {
+  constexpr std::size_t kPieceSize = std::size_t{1} << 18;
+  std::error_code problem;
+  if (!std::filesystem::is_regular_file(path, problem)) return false;
+  const InputFile file(std::fopen(path.c_str(), "rb"));
+  if (file == nullptr) return false;
+  std::vector<char> piece(kPieceSize);
+  for (;;) {
+    const std::size_t got = std::fread(piece.data(), 1, piece.size(), file.get());
+    if (got == 0) return true;
+    out.write(piece.data(), got);
+  }
+}
+
+}  // namespace traguardo::tool

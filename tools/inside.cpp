@@ -1,0 +1,52 @@
+#include "inside.h"
+
+#include <fmt/format.h>
+
+#include <memory>
+#include <new>
+
+#include "failure.h"
+#include "support/platform/platform.h"
+
+namespace traguardo::tool {
+
+namespace {
+
+constexpr u64 kMostPoints = 100'000'000;
+
+struct FreeBlock {
+  void operator()(float* block) const { platform::heap_free(nullptr, block); }
+};
+
+}  // namespace
+
+SFileQLT& inside_of(const Session& session) {
+  return *find_file(session.handle());
+}
+
+u64 axis_us(const SFileQLT& file) {
+  const auto& channels = file.view->GetCanali();
+  return channels.empty() ? 0 : channels.front()->GetA() - channels.front()->GetDa();
+}
+
+u64 points_on_axis(const SFileQLT& file, u64 step_us) {
+  const u64 points = axis_us(file) / step_us;
+  if (points > kMostPoints) {
+    throw Failure(fmt::format("{} s in steps of {} s are more than a grid can hold in {}",
+                              static_cast<double>(axis_us(file)) * 1e-6, static_cast<double>(step_us) * 1e-6,
+                              file.path));
+  }
+  return points;
+}
+
+std::vector<float> on_even_grid(const SFileQLT& file, CSuperChannel& channel, u64 step_us) {
+  points_on_axis(file, step_us);  // Throws before any memory is taken.
+  float* block = nullptr;
+  u32 count = 0;
+  const bool good = channel.GetValoriEvery(nullptr, step_us, &block, &count);
+  const std::unique_ptr<float, FreeBlock> owner(block);
+  if (!good || block == nullptr) throw std::bad_alloc();
+  return std::vector<float>(block, block + count);
+}
+
+}  // namespace traguardo::tool

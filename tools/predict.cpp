@@ -1,0 +1,184 @@
+// traguardo predict: a run on a strip, carried on with the shape of a reference run.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "commands.h"
+#include "failure.h"
+#include "merged_session.h"
+#include "regulation/calibrated_run.h"
+#include "regulation/elapsed_time.h"
+#include "regulation/prediction.h"
+#include "support/exe_path.h"
+#include "support/platform/platform.h"
+#include "table.h"
+#include "text.h"
+
+namespace traguardo::tool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kGpsSpeed = "GPS Speed";
+constexpr u32 kGpsPeriodMs = 10;
+
+// --- The speed -------------------------------------------------------------------------------------------------------
+
+// Miles per hour in a unit of speed; nothing for other units.
+std::optional<float> mph_per(const std::string& unit) {
+  constexpr float kKilometresPerMile = 1.609344F;
+  if (unit == "mph") return 1.0F;
+  if (unit == "km/h") return 1.0F / kKilometresPerMile;
+  if (unit == "m/s") return 3.6F / kKilometresPerMile;
+  return std::nullopt;
+}
+
+// The first channel that the reader knows for a speed, else the first one in a unit of speed, else the receiver's.
+Channel speed_channel(Session& session) {
+  const std::vector<Channel> logged = session.logged_channels();
+  for (const auto& known : inside_of(session).reader->GetCanali()) {
+    if (!known->IsVelocita() || !mph_per(known->GetUnita())) continue;
+    const auto found = std::find_if(logged.begin(), logged.end(),
+                                    [&known](const Channel& channel) { return channel.name == known->GetNome(); });
+    if (found != logged.end()) return *found;
+  }
+  for (const Channel& channel : logged) {
+    if (mph_per(channel.unit)) return channel;
+  }
+  for (const Channel& channel : session.gps_channels()) {
+    if (channel.name == kGpsSpeed) return channel;
+  }
+  throw Failure(fmt::format("no speed in {}: name a channel with --channel", session.path()));
+}
+
+// A derived GPS channel stands on an even grid already.
+SessionChannel gps_samples(const Session& session, const Channel& channel, std::vector<float>* values) {
+  Samples samples;
+  session.read(channel, std::nullopt, samples);
+  if (!samples.times_s.empty()) {
+    const double first = samples.times_s.front() * 1000.0 / kGpsPeriodMs;
+    values->assign(static_cast<std::size_t>(std::clamp(first, 0.0, 1e6) + 0.5), 0.0F);
+  }
+  for (const double value : samples.values) values->push_back(static_cast<float>(value));
+  SessionChannel even;
+  even.name = channel.name;
+  even.period_ms = kGpsPeriodMs;
+  even.frequency_hz = 1000 / kGpsPeriodMs;
+  even.samples = *values;
+  return even;
+}
+
+SessionRun chosen_run(const MergedSession& view, const PredictOptions& options) {
+  const std::vector<SessionRun> runs = view.runs();
+  if (options.run == 0) return runs.front();
+  const auto found = std::find_if(runs.begin(), runs.end(), [&options](const SessionRun& run) {
+    return static_cast<int>(run.number) == options.run;
+  });
+  if (found == runs.end()) {
+    throw Failure(fmt::format("no run {} in {}, which has {}", options.run, options.file, runs.size()));
+  }
+  return *found;
+}
+
+// --- The tables ------------------------------------------------------------------------------------------------------
+
+// An installation whose folder can't be written to has no tables; the default one then serves from a folder that goes
+// away with this object.
+class Tables {
+ public:
+  explicit Tables(const std::string& folder) {
+    if (!folder.empty()) {
+      use(folder);
+      return;
+    }
+    const std::unique_ptr<IExePathName> executable = CreaExePathName(false);
+    if (executable != nullptr) prediction_.emplace(executable->GetCartellaSlashW());
+    if (executable != nullptr && has_table()) return;
+    own_ = (fs::temp_directory_path() / ("traguardo-" + platform::unique_token())).string();
+    use(own_);
+  }
+  Tables(const Tables&) = delete;
+  Tables& operator=(const Tables&) = delete;
+  ~Tables() {
+    std::error_code ignored;
+    if (!own_.empty()) fs::remove_all(own_, ignored);
+  }
+
+  ElapsedTimePrediction& prediction() { return *prediction_; }
+  bool has_table() const {
+    if (prediction_->folder().empty()) return false;
+    return platform::file_exists(table_path(prediction_->folder(), L"")) ||
+           platform::file_exists(table_path(prediction_->folder(), kDefaultTableName));
+  }
+
+ private:
+  void use(const std::string& folder) { prediction_.emplace(platform::path_from_host_bytes(folder) + L"/"); }
+
+  std::optional<ElapsedTimePrediction> prediction_;
+  std::string own_;
+};
+
+const StripRow& strip_of(u32 length_ft) {
+  for (const StripRow& strip : strips()) {
+    if (strip.length == length_ft) return strip;
+  }
+  return strips().back();
+}
+
+}  // namespace
+
+void predict_run(const PredictOptions& options) {
+  Session session(options.file);
+  const Channel channel = options.channel.empty() ? speed_channel(session) : session.find_channel(options.channel);
+  const std::optional<float> to_mph = mph_per(channel.unit);
+  if (!to_mph || channel.kind == ChannelKind::gps_raw) {
+    throw Failure(fmt::format("channel \"{}\" is no speed in km/h, mph or m/s", to_utf8(channel.name)));
+  }
+  const bool is_logged = channel.kind == ChannelKind::logged;
+  const MergedSession view(session, std::wstring(),
+                           [&](const std::string& name) { return is_logged && name == channel.name; });
+  std::vector<float> gps_values;
+  const SessionChannel speed =
+      is_logged ? view.channel(static_cast<std::size_t>(channel.index)) : gps_samples(session, channel, &gps_values);
+  const SessionRun run = chosen_run(view, options);
+
+  std::vector<float> speeds_mph;
+  for (const float value : samples_in(speed, run)) speeds_mph.push_back(value * *to_mph);
+  std::vector<float> distances_ft(speeds_mph.size(), 0.0F);
+  integrate_distance(speeds_mph, speed.period_ms, 1.0F, kFeetPerSecond, 0, distances_ft);
+
+  Tables tables(options.tables);
+  if (!tables.has_table()) {
+    throw Failure(fmt::format("no table can be read or written in {}",
+                              platform::host_bytes_from_path(tables.prediction().folder())));
+  }
+  PredictionInput input;
+  input.distances_ft = distances_ft;
+  input.speeds_mph = speeds_mph;
+  input.length_ft = options.length_ft;
+  input.period_ms = speed.period_ms;
+  const std::optional<i64> elapsed_ms = tables.prediction().predict(input);
+  const StripRow& strip = strip_of(options.length_ft);
+  if (!elapsed_ms) {
+    const float reached_ft = distances_ft.empty() ? 0.0F : distances_ft.back();
+    throw Failure(
+        fmt::format("no prediction for run {}: its {:.0f} ft don't pass the marks of the strip at {}, {} and {} ft",
+                    run.number, reached_ft, strip.first, strip.middle, strip.last));
+  }
+  print_out(pairs_to_text({{"File", to_utf8(session.path())},
+                           {"Run", std::to_string(run.number)},
+                           {"Speed", to_utf8(channel.name)},
+                           {"Strip", fmt::format("{} ft", options.length_ft)},
+                           {"Timed", fmt::format("{} to {} ft", strip.timed_from, strip.timed_to)},
+                           {"Predicted", fmt::format("{:.3f} s", static_cast<double>(*elapsed_ms) / 1000.0)}}));
+}
+
+}  // namespace traguardo::tool
