@@ -6,6 +6,8 @@
 
 #include "api/reader_factory.h"
 #include "helpers/parsed_session.h"
+#include "helpers/wmp_builder.h"
+#include "legacy/wmp_parser.h"
 
 namespace traguardo {
 namespace {
@@ -199,6 +201,49 @@ TEST(OpenFile, SamePathIsTheSameFileAndAnotherSpellingAnother) {
   close_file_i(third);
 }
 
+// Ten samples at 100 Hz in two laps.
+test::wmp::File small_older_session() {
+  test::wmp::File file;
+  file.duration_ms = 100;
+  file.racer = "racer";
+  file.venue_type = 21;
+  file.logged.resize(1);
+  file.logged[0].words = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+  file.laps = {test::wmp::Lap{60}, test::wmp::Lap{40, 1, 2}};
+  return file;
+}
+
+TEST(OpenFile, ReadsTheOlderFamilyLikeAnyOther) {
+  const TempFolder folder;
+  const std::string path = folder.write("s.WMP", test::wmp::build(small_older_session()));
+  EXPECT_EQ(open_file(path.c_str()), 0) << "there is no trace beside it";
+  folder.write("s.jts", test::wmp::build_jts(5));
+  const int handle = open_file(path.c_str());
+  ASSERT_GT(handle, 0);
+  EXPECT_STREQ(get_racer_name(handle), "racer");
+  EXPECT_STREQ(get_venue_type_name(handle), "Test ");
+  ASSERT_NE(get_date_and_time(handle), nullptr);
+  EXPECT_EQ(get_date_and_time(handle)->tm_mon, 10);
+  ASSERT_EQ(get_channels_count(handle), 1);
+  EXPECT_STREQ(get_channel_name(handle, 0), "A");
+  double times[10];
+  double values[10];
+  ASSERT_EQ(get_channel_samples(handle, 0, times, values, 10), 10);
+  EXPECT_EQ(times[9], 90000 * 1e-6);
+  EXPECT_EQ(values[9], 10.0);
+  ASSERT_EQ(get_laps_count(handle), 2);
+  double start = 0.0;
+  double duration = 0.0;
+  ASSERT_EQ(get_lap_info(handle, 1, &start, &duration), 1);
+  EXPECT_EQ(start, 60000 * 1e-6);
+  EXPECT_EQ(duration, 40000 * 1e-6);
+  EXPECT_EQ(get_GPS_channels_count(handle), 15);
+  EXPECT_EQ(get_GPS_raw_channels_count(handle), 7);
+  EXPECT_EQ(get_GPS_raw_channel_samples_count(handle, 0), 5);
+  EXPECT_EQ(close_file_i(handle), handle);
+  EXPECT_EQ(folder.names(), (std::vector<std::string>{"s.WMP", "s.bak", "s.jts"}));
+}
+
 TEST(Library, StampsHaveTheirForm) {
   const std::string date = get_library_date();
   const std::string time = get_library_time();
@@ -214,6 +259,14 @@ TEST(ReaderFactory, KindsWithoutAReaderGiveNone) {
     EXPECT_EQ(CreaParser(L"a.qlt", kind, nullptr, false), nullptr) << kind;
   }
   EXPECT_NE(CreaParser(L"a.qlt", kKindQlt, nullptr, false), nullptr);
+}
+
+TEST(ReaderFactory, LooksAtNoSettingForTheOlderFamily) {
+  const std::list<std::string> options{"--report"};
+  const std::unique_ptr<IRkParser> reader = CreaParser(L"a.wmp", kKindWmp, &options, false);
+  const auto* older = dynamic_cast<CParserWMP*>(reader.get());
+  ASSERT_NE(older, nullptr);
+  EXPECT_TRUE(older->GetMantieniCostanti());
 }
 
 }  // namespace

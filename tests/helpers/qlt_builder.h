@@ -12,7 +12,7 @@ namespace traguardo::test {
 using Bytes = std::vector<u8>;
 
 inline void put(Bytes* out, u64 value, int width) {
-  for (int i = 0; i < width; ++i) out->push_back(i < 8 ? static_cast<u8>(value >> (8 * i)) : 0);
+  for (int i = 0; i < width; ++i) out->push_back(static_cast<u8>(i < 8 ? value >> (8 * i) : 0));
 }
 inline Bytes bytes_of(const std::string& text) {
   return Bytes(text.begin(), text.end());
