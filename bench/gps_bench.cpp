@@ -100,3 +100,5 @@ BENCHMARK(BM_plain_arrays)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 }  // namespace
 }  // namespace traguardo
+
+BENCHMARK_MAIN();

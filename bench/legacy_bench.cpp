@@ -141,3 +141,5 @@ void flat_runs(benchmark::State& state) {
 
 }  // namespace
 }  // namespace traguardo
+
+BENCHMARK_MAIN();
