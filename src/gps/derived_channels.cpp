@@ -50,7 +50,7 @@ double heading_of(const Local& velocity, double horizontal_speed) {
 
 // The climb of the path, positive uphill; 0 at standstill.
 double slope_of(const Local& velocity, double horizontal_speed) {
-  if (horizontal_speed == 0.0) return 0.0;
+  if (horizontal_speed == 0.0 && velocity.up == 0.0) return 0.0;
   return std::atan2(velocity.up, horizontal_speed) * kDegreesPerRadian;
 }
 

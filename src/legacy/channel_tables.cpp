@@ -40,7 +40,7 @@ u32 CWMP::second_function_id(std::size_t index) const {
   return configuration_.has_function_ids() ? extensions_[index].second_function_id() : 0;
 }
 
-std::vector<WmpRunSpan> CWMP::run_spans() const {
+void CWMP::measure_runs() {
   std::vector<WmpRunSpan> spans(runs_.size());
   std::unordered_map<u16, std::size_t> rows;
   for (std::size_t i = 0; i < runs_.size(); ++i) {
@@ -56,7 +56,7 @@ std::vector<WmpRunSpan> CWMP::run_spans() const {
     begun[row->second] = true;
     span.length_ms = lap.start_ms() - span.start_ms + lap.time_ms();
   }
-  return spans;
+  run_spans_ = std::move(spans);
 }
 
 void CWMP::shape_tables() {
@@ -163,6 +163,9 @@ void CWMP::resize_derived_channel(std::size_t index) {
 }
 
 void CWMP::rebuild_measures() {
+  // Counted over all sessions of the process, so that no two tables ever share a number.
+  static u64 tables = 0;
+  names_version_ = ++tables;
   measures_.clear();
   measures_.reserve(channels_.size());
   for (std::size_t i = 0; i < channels_.size(); ++i) measures_.push_back(std::make_unique<CWMPMisura>(this, i, 0));

@@ -22,6 +22,10 @@ std::size_t WmpMathSession::ChannelCount() const {
 std::string_view WmpMathSession::ChannelName(std::size_t index) const {
   return session_->channel(index).name_view();
 }
+u64 WmpMathSession::NamesVersion() const {
+  return session_->names_version();
+}
+
 std::string_view WmpMathSession::Formula(std::size_t target) const {
   return session_->channel(target).formula_view();
 }

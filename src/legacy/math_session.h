@@ -18,6 +18,7 @@ class WmpMathSession : public IMathSession {
 
   std::size_t ChannelCount() const override;
   std::string_view ChannelName(std::size_t index) const override;
+  u64 NamesVersion() const override;
   std::string_view Formula(std::size_t target) const override;
   double PeriodMs(std::size_t target) const override;
   u32 FrequencyHz(std::size_t target) const override;

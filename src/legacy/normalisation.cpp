@@ -18,7 +18,7 @@ namespace {
 // Derived channels take memory for which the file holds no bytes, so their rates and counts are believed up to this:
 // enough for dozens of formula channels beside as many logged ones.
 constexpr u64 kDerivedSamplesPerLogged = 4;
-constexpr u64 kDerivedSamplesAlways = u64{16} << 20;
+constexpr u64 kDerivedSamplesAlways = u64{1} << 20;
 
 constexpr u16 kAlignedAreasVersion = 550;
 constexpr std::size_t kAlignedAreas = 2;

@@ -45,7 +45,7 @@ bool fill_runs(CWMP& session, std::size_t index, Fill fill) {
   // Runs follow one another, so that together they cover a channel once. A damaged lap table may let thousands of them
   // lie over each other: what is more than twice the channel isn't believed.
   u64 believed = 2 * end;
-  const std::vector<WmpRunSpan> spans = session.run_spans();
+  const std::vector<WmpRunSpan>& spans = session.run_spans();
   for (std::size_t run = 0; run < spans.size(); ++run) {
     const u64 first = spans[run].start_ms / period_ms;
     if (first >= end) continue;

@@ -27,6 +27,7 @@ bool CWMP::ReadWampFileVers320(const std::wstring& path, bool tables_only, u32* 
   normalise_tables();
   normalise_laps();
   agree_run_table();
+  measure_runs();
   if (!tables_only) recover_raw_words(floats);
 
   const i16 reference = header_.reference_speed();

@@ -34,6 +34,7 @@ bool CWMP::ReadWampFileVers400(const std::wstring& path, bool tables_only, u32* 
   for (WmpLapRecord& lap : laps_) lap.set_run(1);
   normalise_laps();
   agree_run_table();
+  measure_runs();
   if (!tables_only) {
     make_value_area();
     take_raw_area(read_words(header_.raw_area_size() / sizeof(u16)));

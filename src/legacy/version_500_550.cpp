@@ -63,6 +63,7 @@ bool CWMP::read_tables_500(const std::wstring& path, u32* error) {
   if (!read_lap_pairs()) return fail_reading(kMsgWrongLength, error);
   normalise_laps();
   agree_run_table();
+  measure_runs();
   return true;
 }
 

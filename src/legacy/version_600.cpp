@@ -50,6 +50,7 @@ bool CWMP::read_block_form(const std::wstring& path, bool tables_only, bool tell
   normalise_laps();
   if (!read_run_groups()) return fail_reading(kMsgChecksum, error);
   if (agree_run_table()) changed_ = true;
+  measure_runs();
   if (!read_extra_groups()) return fail_reading(kMsgChecksum, error);
   find_best_laps();
   if (!tables_only) {

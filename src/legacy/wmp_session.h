@@ -89,13 +89,15 @@ class CWMP : public CFileWMP, public CFiltri {
   u32 function_id(std::size_t index) const;
   u32 second_function_id(std::size_t index) const;
   const std::vector<std::unique_ptr<CWMPMisura>>& measures() const { return measures_; }
+  // Another number after every change of the channel table; 0 before there is one.
+  u64 names_version() const { return names_version_; }
 
   // --- Laps and runs
   std::span<const WmpLapRecord> laps() const { return laps_; }
   std::span<const WmpRun> runs() const { return runs_; }
   std::span<const WmpRunBestLaps> run_best_laps() const { return run_best_laps_; }
   // One per row of runs(), in its order; a run that no lap names has length 0.
-  std::vector<WmpRunSpan> run_spans() const;
+  const std::vector<WmpRunSpan>& run_spans() const { return run_spans_; }
   std::span<const WmpLapRow> lap_rows() const { return lap_rows_; }
 
   // --- Speed and distance
@@ -243,6 +245,8 @@ class CWMP : public CFileWMP, public CFiltri {
   void shape_tables();
   // Zeroed values for all channels, and where each channel begins.
   void make_value_area();
+  // Works run_spans() out; laps and runs don't change behind it.
+  void measure_runs();
   // REQUIRES: make_value_area(). What the words read lack of the logged channels' counts reads as 0.
   void take_raw_area(std::vector<u16> words);
   u64 derived_budget_left() const;
@@ -292,6 +296,8 @@ class CWMP : public CFileWMP, public CFiltri {
   std::vector<WmpRun> runs_;
   std::vector<WmpRunBestLaps> run_best_laps_;
   std::vector<std::unique_ptr<CWMPMisura>> measures_;
+  u64 names_version_ = 0;
+  std::vector<WmpRunSpan> run_spans_;
   std::unique_ptr<RegulationView> regulation_view_;
   std::unique_ptr<RegulationCalculator> calculators_;  // sees this session through the view
 

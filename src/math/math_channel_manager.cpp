@@ -74,7 +74,7 @@ bool CGestMathChan::ComputeChannel(IMathSession& session, std::size_t channel) {
 FormulaOutcome CGestMathChan::ComputeFormula(std::string_view formula, IMathSession& session, std::size_t target) {
   FormulaOutcome outcome;
   try {
-    RegisterSymbols(session, &channels_);
+    KeepSymbols(session);
     if (compile(formula, &outcome.code, &outcome.position)) run_passes(session, target);
   } catch (const std::bad_alloc&) {
     outcome.code = kErrorMemory;
@@ -84,8 +84,19 @@ FormulaOutcome CGestMathChan::ComputeFormula(std::string_view formula, IMathSess
   GetMessage(outcome.code, &outcome.message, nullptr, nullptr);
   outcome.message.erase(outcome.message.find_last_not_of(' ') + 1);
   tokenizer_.ClearTokens();
-  tokenizer_.ClearSymbols();
+  if (registered_version_ == 0) tokenizer_.ClearSymbols();
   return outcome;
+}
+
+// Registers the session's names, unless those of the last formula are still theirs.
+void CGestMathChan::KeepSymbols(const IMathSession& session) {
+  const u64 version = session.NamesVersion();
+  if (version != 0 && version == registered_version_ && channels_.size() == registered_definitions_) return;
+  tokenizer_.ClearSymbols();
+  registered_version_ = 0;
+  RegisterSymbols(session, &channels_);
+  registered_definitions_ = channels_.size();
+  registered_version_ = version;
 }
 
 void CGestMathChan::RegisterSymbols(const IMathSession& session, const std::vector<SMathChannel>* definitions) {

@@ -64,6 +64,7 @@ class CGestMathChan {
  private:
   using Inputs = std::vector<std::vector<float>>;
 
+  void KeepSymbols(const IMathSession& session);
   bool compile(std::string_view formula, i32* error, u16* position);
   std::size_t character_of(i32 error, u16 position) const;
   Inputs load_inputs(IMathSession& session, std::size_t target);
@@ -75,6 +76,9 @@ class CGestMathChan {
   CMathParser parser_;
   CInterpreter interpreter_;
   CMathChanIni store_;
+  // The names that the tokenizer holds; 0: none that the next formula could share.
+  u64 registered_version_ = 0;
+  std::size_t registered_definitions_ = 0;
 };
 
 }  // namespace traguardo

@@ -22,6 +22,10 @@ class IMathSession {
   virtual std::size_t ChannelCount() const = 0;
   virtual std::string_view ChannelName(std::size_t index) const = 0;
 
+  // Another number after every change of the names, and one that no other session has; 0 where the session doesn't
+  // count its changes. A table is asked for its names once, however many formulas are computed over it.
+  virtual u64 NamesVersion() const { return 0; }
+
   // The channel to compute. Its index may be one that no formula can name (ChannelCount() or above), where the session
   // gives such an index a meaning.
   virtual std::string_view Formula(std::size_t target) const = 0;

@@ -85,7 +85,10 @@ void CTokenizer::AddConstant(std::string_view name, float value) {
 }
 
 void CTokenizer::AddSymbol(u8 code, std::string_view name, u16 index) {
-  if (symbols_.size() < 2 * kMaximumEntries) symbols_.push_back({Name(name), code, index});
+  if (symbols_.size() >= 2 * kMaximumEntries) return;
+  symbols_.push_back({Name(name), code, index});
+  // Of equal names the first counts.
+  symbols_by_name_.emplace(symbols_.back().stored.trimmed(), symbols_.size() - 1);
 }
 
 bool CTokenizer::Tokenize(std::string_view text, i32* error, u16* position, u16* length) {
@@ -233,12 +236,11 @@ u8 CTokenizer::FindConstant(std::string_view name, u16* index) const {
 
 u8 CTokenizer::FindSymbol(std::string_view name, u16* index) const {
   name = trim(name);
-  for (const Symbol& symbol : symbols_) {
-    if (symbol.stored.trimmed() != name) continue;
-    *index = symbol.index;
-    return symbol.code;
-  }
-  return kTokenTableEnd;
+  const auto found = symbols_by_name_.find(std::string(name));
+  if (found == symbols_by_name_.end()) return kTokenTableEnd;
+  const Symbol& symbol = symbols_[found->second];
+  *index = symbol.index;
+  return symbol.code;
 }
 
 u8 CTokenizer::FindFunction(std::string_view name, u16* parameters) const {

@@ -8,6 +8,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "math/math_tables.h"
@@ -42,7 +43,10 @@ class CTokenizer {
   void AddConstant(std::string_view name, float value);
   void ClearConstants() { constants_.clear(); }
   void AddSymbol(u8 code, std::string_view name, u16 index);
-  void ClearSymbols() { symbols_.clear(); }
+  void ClearSymbols() {
+    symbols_.clear();
+    symbols_by_name_.clear();
+  }
   float ConstantValue(u16 index) const { return index < constants_.size() ? constants_[index].value : 0.0F; }
   std::size_t ConstantCount() const { return constants_.size(); }
   std::string_view ConstantName(u16 index) const { return index < constants_.size() ? constants_[index].name() : ""; }
@@ -113,6 +117,7 @@ class CTokenizer {
   std::string terminators_;
   std::vector<Constant> constants_;
   std::vector<Symbol> symbols_;
+  std::unordered_map<std::string, std::size_t> symbols_by_name_;
   std::vector<SMathToken> tokens_;
   std::string expression_;
 };
