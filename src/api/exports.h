@@ -1,7 +1,8 @@
-/* clang-format off: the comments below are laid out by hand. */
+/* The comments below are laid out by hand. */
+/* clang-format off */
 /*
- * Traguardo: reads the session files of a family of motorsport data loggers (.qlt, .qlc, .wmp) and hands out texts,
- * laps, channels and GPS. This header is the whole public interface: plain C, fit for any language that can call C.
+ * Traguardo: reads the session files of a family of motorsport data loggers (.qlt, .qlc, .wmp) and hands out texts, laps,
+ * channels and GPS. This header is the whole public interface: plain C, fit for any language that can call C.
  *
  * Conventions
  *  1. A file is opened by its path and answers under a positive handle until it is closed. A handle is never given out
@@ -10,15 +11,15 @@
  *     a negative lap index selects the first lap.
  *  3. Times and values are doubles. Times are seconds from the start of the file (one exception is told at
  *     get_GPS_channel_samples). Values are 32-bit floats widened to double, in the channel's units.
- *  4. For samples: ask the count function, allocate two arrays of that many doubles, call the samples function with
- * that count. No function ever writes more than `count` elements.
+ *  4. For samples: ask the count function, allocate two arrays of that many doubles, call the samples function with that
+ *     count. No function ever writes more than `count` elements.
  *  5. A text is NUL-terminated, 8-bit, of no particular encoding. It belongs to the library, must be neither freed nor
  *     changed, and stays valid until its file is closed.
- *  6. Failures show in the result alone: a null pointer, or a negative code as listed at each function. Where nothing
- * else is said, -1 means that the handle is not open and -2 that the file has no data behind its handle.
+ *  6. Failures show in the result alone: a null pointer, or a negative code as listed at each function. Where nothing else
+ *     is said, -1 means that the handle is not open and -2 that the file has no data behind its handle.
  *  7. There is no lock anywhere: make all calls from one thread, or one at a time.
- *  8. While a file is open its samples lie in files <path>.NNN.tmp beside it; closing deletes them. Opening X.qlc
- * leaves its expansion X.qlt beside it.
+ *  8. While a file is open its samples lie in files <path>.NNN.tmp beside it; closing deletes them. Opening X.qlc leaves
+ *     its expansion X.qlt beside it.
  */
 #ifndef TRAGUARDO_EXPORTS_H
 #define TRAGUARDO_EXPORTS_H
@@ -44,12 +45,15 @@ extern "C" {
 /* --- Files ------------------------------------------------------------------------------------------------------- */
 
 /*
- * Opens the session file at `path` and reads it whole. The kind follows from the last four characters (.qlt, .qlc,
- * .wmp, capitals or not). On Linux the path is its bytes as they are; on Windows UTF-8 where it is valid UTF-8, else
- * the active code page. > 0  handle of the file, or of the file that is already open under exactly this path (then
- * nothing is read again) 0  the file could not be read; nothing stays open -2  no reader for this kind of file, or the
- * reader could not be made -3  the reader is of no use to this interface -4  the view of the file could not be made -5
- * the file could not be entered among the open ones
+ * Opens the session file at `path` and reads it whole. The kind follows from the last four characters (.qlt, .qlc, .wmp,
+ * capitals or not). On Linux the path is its bytes as they are; on Windows UTF-8 where it is valid UTF-8, else the active
+ * code page.
+ *  > 0  handle of the file, or of the file that is already open under exactly this path (then nothing is read again)
+ *    0  the file could not be read; nothing stays open
+ *   -2  no reader for this kind of file, or the reader could not be made
+ *   -3  the reader is of no use to this interface
+ *   -4  the view of the file could not be made
+ *   -5  the file could not be entered among the open ones
  */
 TRAGUARDO_API int open_file(const char* path);
 
@@ -120,8 +124,7 @@ TRAGUARDO_API int get_lap_channel_samples_count(int handle, int lap, int channel
 /* The samples of a channel within a lap; results as above, and 0 unless `count` is exactly the lap's sample count. */
 TRAGUARDO_API int get_lap_channel_samples(int handle, int lap, int channel, double* times, double* values, int count);
 
-/* --- GPS channels, derived from the receiver's solutions, on an even grid of 10 ms ----------------------------------
- */
+/* --- GPS channels, derived from the receiver's solutions, on an even grid of 10 ms ---------------------------------- */
 
 /*
  * Works the channels of the best trace out; call it before any other function of this group.
@@ -152,8 +155,7 @@ TRAGUARDO_API int get_lap_GPS_channel_samples_count(int handle, int lap, int cha
 TRAGUARDO_API int get_lap_GPS_channel_samples(int handle, int lap, int channel, double* times, double* values,
                                               int count);
 
-/* --- GPS channels as the receiver gave them ------------------------------------------------------------------------
- */
+/* --- GPS channels as the receiver gave them ------------------------------------------------------------------------ */
 
 /*
  * Lists the good records of the best trace; call it before any other function of this group.
@@ -172,8 +174,8 @@ TRAGUARDO_API int get_GPS_raw_channel_samples_count(int handle, int channel);
 TRAGUARDO_API int get_GPS_raw_channel_samples(int handle, int channel, double* times, double* values, int count);
 
 /*
- * Number of samples in a lap, whatever the channel index. 0 without a session; -1 (handle, or no such lap); -2 (no
- * view); -3 (empty list).
+ * Number of samples in a lap, whatever the channel index. 0 without a session; -1 (handle, or no such lap); -2 (no view);
+ * -3 (empty list).
  */
 TRAGUARDO_API int get_lap_GPS_raw_channel_samples_count(int handle, int lap, int channel);
 
