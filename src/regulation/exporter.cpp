@@ -38,7 +38,7 @@ std::vector<Column> columns_of(const SessionView& session, std::string_view line
 // Lap tables may claim runs far beyond what was logged, and configuration files any number of columns: rows end where
 // the table would have nothing to do any more with the size of the session.
 u64 row_count(const SessionView& session, u64 wanted, std::size_t columns) {
-  constexpr u64 kAlwaysAllowedCells = u64{1} << 25;
+  constexpr u64 kAlwaysAllowedCells = u64{1} << 21;
   constexpr u64 kCellsPerSample = 64;
   u64 samples = 0;
   for (std::size_t i = 0; i < session.channel_count(); ++i) samples += session.channel(i).samples.size();

@@ -13,7 +13,7 @@ namespace {
 constexpr std::string_view kEngineName = "Engine";
 constexpr u32 kShortestWindow = 3;
 // A longer window counts as memory that can't be had; no logger records so many samples above a limit.
-constexpr u32 kLongestWindow = 1U << 24;
+constexpr u32 kLongestWindow = 1U << 28;
 
 }  // namespace
 

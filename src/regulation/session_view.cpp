@@ -37,7 +37,10 @@ std::vector<SessionRun> believed_runs(const SessionView& session) {
   std::vector<SessionRun> runs = session.runs();
   u64 left_ms = kAlwaysBelievedMs + 2 * covered_ms;
   for (SessionRun& run : runs) {
-    run.duration_ms = static_cast<u32>(std::min<u64>(run.duration_ms, left_ms));
+    // What stands behind a run's own start comes first, so that a damaged one leaves the others their time.
+    constexpr u64 kSlackMs = 60000;
+    const u64 behind_ms = (covered_ms > run.start_ms ? covered_ms - run.start_ms : 0) + kSlackMs;
+    run.duration_ms = static_cast<u32>(std::min({u64{run.duration_ms}, behind_ms, left_ms}));
     left_ms -= run.duration_ms;
   }
   return runs;
