@@ -252,6 +252,8 @@ int run(int argument_count, char** arguments) {
 
 }  // namespace traguardo::tool
 
+// What escapes run() is a fault of the tool itself.
+// NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argument_count, char** arguments) {
   return traguardo::tool::run(argument_count, arguments);
 }

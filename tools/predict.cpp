@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <filesystem>
 #include <memory>
@@ -65,7 +66,7 @@ SessionChannel gps_samples(const Session& session, const Channel& channel, std::
   session.read(channel, std::nullopt, samples);
   if (!samples.times_s.empty()) {
     const double first = samples.times_s.front() * 1000.0 / kGpsPeriodMs;
-    values->assign(static_cast<std::size_t>(std::clamp(first, 0.0, 1e6) + 0.5), 0.0F);
+    values->assign(static_cast<std::size_t>(std::lround(std::clamp(first, 0.0, 1e6))), 0.0F);
   }
   for (const double value : samples.values) values->push_back(static_cast<float>(value));
   SessionChannel even;

@@ -43,7 +43,8 @@ std::list<std::string> reader_options(const ReportOptions& options, const std::m
   if (options.laps || everything) texts.emplace_back("stat-lap=1");
   if (options.gps || everything) texts.emplace_back("stat-gps=1");
   if (options.gps_samples || everything) texts.emplace_back("gps-samples=1");
-  for (const auto& [name, suffix] : tags) texts.push_back("zep-dbg-info=+" + name + ";" + suffix);
+  for (const auto& [name, suffix] : tags)
+    texts.push_back(std::string("zep-dbg-info=+").append(name).append(";").append(suffix));
   return texts;
 }
 

@@ -144,6 +144,7 @@ int Session::lap_index(int number) const {
 std::vector<Channel> Session::logged_channels() const {
   std::vector<Channel> channels;
   const int count = get_channels_count(handle_);
+  channels.reserve(static_cast<std::size_t>(std::max(count, 0)));
   for (int i = 0; i < count; ++i) {
     channels.push_back(
         {ChannelKind::logged, i, owned(get_channel_name(handle_, i)), owned(get_channel_units(handle_, i))});

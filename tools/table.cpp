@@ -61,7 +61,7 @@ std::string pairs_to_text(const std::vector<std::pair<std::string, std::string>>
   for (const auto& [name, value] : pairs) width = std::max(width, display_width(name));
   std::string text;
   for (const auto& [name, value] : pairs) {
-    text += name + padding(width, display_width(name)) + kGap + value + '\n';
+    text.append(name).append(padding(width, display_width(name))).append(kGap).append(value).append(1, '\n');
   }
   return text;
 }

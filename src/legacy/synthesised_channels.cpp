@@ -132,7 +132,7 @@ SMathChannel make_definition(const CWMP& session, const SynthesisedChannelRow& r
   definition.formula = formula_text(session, row, sources);
   definition.function = static_cast<i32>(row.function);
   definition.sub_function = static_cast<i32>(row.sub_function);
-  definition.decimals = row.decimals;
+  definition.decimals = i32{row.decimals};
   return definition;
 }
 

@@ -181,7 +181,7 @@ std::string CWMPMisura::make_unit_text() const {
     const std::optional<u8> code = data_base.unit_code(unit_id);
     return code.has_value() ? std::string(data_base.unit_text(*code)) : std::string();
   }
-  const std::string stored = record().unit_text();
+  std::string stored = record().unit_text();
   for (const MeasureUnitRow& row : measure_units()) {
     if (row.sensor_id != sensor_id()) continue;
     switch (row.unit) {
@@ -206,7 +206,7 @@ std::string CWMPMisura::stored_unit_text(const std::string& stored) const {
   const std::optional<StoredQuantity> quantity = quantity_of(stored);
   if (!quantity.has_value()) return stored;
   const IUserUnitOfMeasureManager& units = *owner_->units();
-  const std::string chosen = units.GetChannelUnit(unit_kind_of(*quantity), name());
+  std::string chosen = units.GetChannelUnit(unit_kind_of(*quantity), name());
   if (!chosen.empty()) return chosen;
   switch (*quantity) {
     case StoredQuantity::kTemperature:

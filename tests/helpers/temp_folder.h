@@ -42,6 +42,12 @@ class TempFolder {
     std::ifstream stream(path_ / name, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
   }
+  // A text file, with line feeds alone at its line ends on every platform.
+  std::string read_text(const std::string& name) const {
+    std::string text = read(name);
+    std::erase(text, '\r');
+    return text;
+  }
   // The names in the folder, sorted.
   std::vector<std::string> names() const {
     std::vector<std::string> found;

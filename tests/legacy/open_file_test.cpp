@@ -299,7 +299,7 @@ TEST(OpenFile, Version600TellsTheLogItsTestAndItsLaps) {
       const LogFile on(folder.wide("log"));
       OpenedSession opened(wmp::build(file), Load::kTablesOnly);
       ASSERT_TRUE(opened.opened());
-      log = folder.read("log");
+      log = folder.read_text("log");
     }
     const std::string lap =
         "Lap 5 / 1 -> tsulgiro 40 dwTempoGiroVero 38 diff (accum) 2 (-1) lunghezza 40 lunghezzaVera 99";

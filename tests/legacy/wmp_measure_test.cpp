@@ -253,7 +253,7 @@ TEST(Measure, SettersRefuseOtherSensorsInTheLog) {
   EXPECT_FALSE(alone.measure().SetParametro_1(1));
   EXPECT_FALSE(alone.measure().SetParametro_3(1));
   g_percorso_log = nullptr;
-  const std::string log = folder.read("log");
+  const std::string log = folder.read_text("log");
   EXPECT_NE(log.find("CWMPMisura::SetParametro_1 ["), std::string::npos) << log;
   EXPECT_NE(log.find("INFO = SENSORE ERRATO PER SetParametro: 12\n"), std::string::npos) << log;
   EXPECT_NE(log.find("INFO = SENSORE ERRATO PER SetParametro3: 12\n"), std::string::npos) << log;
