@@ -8,6 +8,7 @@
 #include <set>
 
 #include "legacy/measure_data.h"
+#include "legacy/sample_conversion.h"
 #include "legacy/sensor_database.h"
 #include "legacy/sensors.h"
 #include "legacy/stored_units_data.h"
@@ -38,30 +39,8 @@ std::set<const CWMPMisura*>& living_measures() {
 }
 
 std::optional<StoredQuantity> quantity_of(const std::string& unit) {
-  for (const StoredUnitRow& row : stored_units()) {
-    if (unit == row.unit) return row.quantity;
-  }
-  return std::nullopt;
-}
-
-ChannelUnitKind unit_kind_of(StoredQuantity quantity) {
-  switch (quantity) {
-    case StoredQuantity::kTemperature:
-      return ChannelUnitKind::kTemperature;
-    case StoredQuantity::kSpeed:
-      return ChannelUnitKind::kSpeed;
-    case StoredQuantity::kSmallLength:
-      return ChannelUnitKind::kLength;
-    case StoredQuantity::kVoltage:
-      return ChannelUnitKind::kVoltage;
-    case StoredQuantity::kPressure:
-      return ChannelUnitKind::kPressure;
-    case StoredQuantity::kVolume:
-      return ChannelUnitKind::kVolume;
-    case StoredQuantity::kRotation:
-      return ChannelUnitKind::kAngularSpeed;
-  }
-  return ChannelUnitKind::kTemperature;
+  const StoredUnitRow* row = find_stored_unit(unit);
+  return row == nullptr ? std::nullopt : std::optional(row->quantity);
 }
 
 const ParameterLabelRow* label_row(u8 parameter, u16 sensor_id) {
@@ -206,7 +185,7 @@ std::string CWMPMisura::stored_unit_text(const std::string& stored) const {
   const std::optional<StoredQuantity> quantity = quantity_of(stored);
   if (!quantity.has_value()) return stored;
   const IUserUnitOfMeasureManager& units = *owner_->units();
-  std::string chosen = units.GetChannelUnit(unit_kind_of(*quantity), name());
+  std::string chosen = units.GetChannelUnit(channel_unit_kind(*quantity), name());
   if (!chosen.empty()) return chosen;
   switch (*quantity) {
     case StoredQuantity::kTemperature:
