@@ -3,6 +3,7 @@
 
 #include <array>
 #include <span>
+#include <vector>
 
 #include "support/bytes.h"
 
@@ -15,13 +16,17 @@ inline constexpr u8 kTemperature = 2;
 inline constexpr u8 kPressure = 4;
 inline constexpr u8 kAll = 7;
 
+struct SensorSample {
+  u16 word;
+  float value;
+};
+
 struct SensorExpectation {
   i32 sensor_id;
   u8 imperial;
   std::array<u8, 10> unit;  // the unit field
   std::array<float, 5> parameters;
-  u16 word;
-  float value;
+  std::vector<SensorSample> samples;
 };
 
 // Gear sensors aside: what they make of a word depends on the words before.

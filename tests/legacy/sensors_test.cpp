@@ -59,18 +59,21 @@ class SensorsTest : public testing::Test {
 
 TEST(SensorFormulas, EveryValueIsThatOfAnIndependentCalculation) {
   CUserUnitsOfMeasureMgr units;
-  CDBSensori shared_data_base;
-  std::size_t row_number = 0;
+  const CDBSensori shared_data_base;
   for (const SensorExpectation& row : test::sensor_expectations()) {
     choose_systems(&units, row.imperial);
-    // A family override stays in the data base, so rows with a descriptor get one of their own.
+    // A family override stays in the data base, so each row gets one of its own.
     CDBSensori fresh_data_base = shared_data_base;
     CSensori sensors(&units, &fresh_data_base);
-    float value = 0.0F;
-    sensors.ConvertiCampioni(row.sensor_id, row.parameters, row.unit, std::span(&row.word, 1), std::span(&value, 1));
-    EXPECT_EQ(value, row.value) << "row " << row_number << ", sensor " << row.sensor_id << ", word " << row.word
-                                << ", imperial " << int{row.imperial};
-    ++row_number;
+    std::vector<u16> words;
+    for (const test::SensorSample& sample : row.samples) words.push_back(sample.word);
+    std::vector<float> values(words.size());
+    sensors.ConvertiCampioni(row.sensor_id, row.parameters, row.unit, words, values);
+    for (std::size_t i = 0; i < words.size(); ++i) {
+      EXPECT_EQ(values[i], row.samples[i].value)
+          << "sensor " << row.sensor_id << ", unit " << testing::PrintToString(row.unit) << ", word " << words[i]
+          << ", imperial " << int{row.imperial};
+    }
   }
 }
 
