@@ -2,9 +2,9 @@
 // a digit, a letter of a text, all show here.
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <set>
-#include <utility>
+#include <source_location>
+#include <tuple>
+#include <type_traits>
 
 #include "helpers/table_sums.h"
 #include "legacy/conversion_sensors_data.h"
@@ -24,28 +24,54 @@
 namespace traguardo {
 namespace {
 
-using D = TableDigest;
+// Adds a column in the way that its type asks for.
+template <typename Value>
+void add_column(TableDigest& digest, const Value& value) {
+  if constexpr (std::is_enum_v<Value>) {
+    digest.choice(value);
+  } else if constexpr (std::is_same_v<Value, bool>) {
+    digest.flag(value);
+  } else if constexpr (std::is_integral_v<Value>) {
+    digest.number(value);
+  } else if constexpr (std::is_floating_point_v<Value>) {
+    digest.real(value);
+  } else {
+    digest.text(value);
+  }
+}
+
+// `columns` ties the columns of a row together.
+template <typename Row, std::size_t Extent, typename Columns>
+void expect_sums(std::span<const Row, Extent> rows, const TableSums& wanted, Columns columns,
+                 const std::source_location& where = std::source_location::current()) {
+  const testing::ScopedTrace trace(where.file_name(), static_cast<int>(where.line()), "this table");
+  const TableSums found = table_sums(rows, [&](TableDigest& digest, const Row& row) {
+    std::apply([&](const auto&... column) { (add_column(digest, column), ...); }, columns(row));
+  });
+  EXPECT_EQ(found, wanted);
+}
+
+constexpr auto kWholeRow = [](const auto& r) { return std::tie(r); };
 
 TEST(LegacyTables, Units) {
-  EXPECT_EQ(table_sums(unit_texts(), [](D& d, const UnitTextRow& r) { d.number(r.code).text(r.text); }),
-            (TableSums{64, 6630, 0x2f2a000ad1e9e003}));
-  EXPECT_EQ(
-      table_sums(unit_ids(), [](D& d, const UnitIdRow& r) { d.number(r.first_id).number(r.last_id).number(r.code); }),
-      (TableSums{86, 155409, 0xdf634fedbfaa86e2}));
-  EXPECT_EQ(table_sums(unit_conversions(),
-                       [](D& d, const UnitConversionRow& r) {
-                         d.number(r.from).number(r.to).real(r.scale).real(r.offset).number(r.reciprocal);
-                       }),
-            (TableSums{214, 42360, 0x2bf02d78937e3ebb}));
+  expect_sums(unit_texts(), {64, 6630, 0x2f2a000ad1e9e003}, [](const auto& r) { return std::tie(r.code, r.text); });
+  expect_sums(unit_ids(), {86, 155409, 0xdf634fedbfaa86e2},
+              [](const auto& r) { return std::tie(r.first_id, r.last_id, r.code); });
+  expect_sums(unit_conversions(), {214, 42360, 0x2bf02d78937e3ebb},
+              [](const auto& r) { return std::tie(r.from, r.to, r.scale, r.offset, r.reciprocal); });
+  expect_sums(stored_units(), {22, 0, 0x629bd3dfabf63abc}, [](const auto& r) { return std::tie(r.unit, r.quantity); });
+  expect_sums(stored_unit_rules(), {59, 0, 0xb3b2deab987e28fc}, [](const auto& r) {
+    return std::tie(r.unit, r.rule, r.target, r.first_step, r.first, r.second_step, r.second);
+  });
 }
 
 TEST(LegacyTables, Sensors) {
-  EXPECT_EQ(table_sums(sensors(),
-                       [](D& d, const SensorRow& r) {
-                         d.number(r.id).number(r.family).number(r.kind);
-                         d.real(r.c4).real(r.c3).real(r.c2).real(r.c1).real(r.c0);
-                       }),
-            (TableSums{277, 166617, 0xcf4b98692b2ea318}));
+  expect_sums(sensors(), {277, 166617, 0xcf4b98692b2ea318},
+              [](const auto& r) { return std::tie(r.id, r.family, r.kind, r.c4, r.c3, r.c2, r.c1, r.c0); });
+  expect_sums(repair_passes(), {12, 2013, 0x497dfba9d031d1b1},
+              [](const auto& r) { return std::tie(r.sensor_id, r.filter); });
+  expect_sums(thermocouple_sensors(), {4, 18, 0xa3a9ea5a94771e35}, kWholeRow);
+  expect_sums(cold_junction_sensors(), {2, 120, 0x3fed917e969ade8a}, kWholeRow);
 }
 
 TEST(LegacyTables, Curves) {
@@ -53,12 +79,9 @@ TEST(LegacyTables, Curves) {
   i32 number = 0;
   for (const SensorCurveRow& curve : sensor_curves()) {
     EXPECT_EQ(curve.number, ++number);
-    ASSERT_GE(curve.points.size(), 2u);
-    for (std::size_t i = 0; i < curve.points.size(); ++i) {
-      digest.number(curve.number).number(curve.points[i].raw).number(curve.points[i].value).end_row();
-      if (i > 0) {
-        EXPECT_EQ(curve.points[i].raw > curve.points[i - 1].raw, curve.rising) << "curve " << number;
-      }
+    EXPECT_EQ(curve.points[1].raw > curve.points[0].raw, curve.rising) << "curve " << number;
+    for (const CurvePoint& point : curve.points) {
+      digest.number(curve.number).number(point.raw).number(point.value).end_row();
     }
   }
   EXPECT_EQ(number, 10);
@@ -66,206 +89,85 @@ TEST(LegacyTables, Curves) {
 }
 
 TEST(LegacyTables, Formulas) {
-  EXPECT_EQ(table_sums(sensor_formulas(),
-                       [](D& d, const SensorFormulaRow& r) {
-                         d.number(r.sensor_id).choice(r.formula).flag(r.tests_validity).choice(r.choice);
-                         d.number(r.curve).real(r.constant);
-                       }),
-            (TableSums{66, 9006, 0x7800038780e90e4a}));
-  EXPECT_EQ(table_sums(word_polynomials(),
-                       [](D& d, const WordPolynomialRow& r) {
-                         d.number(r.sensor_id).real(r.below).real(r.c0).real(r.c1).real(r.c2).real(r.c3).real(r.c4);
-                       }),
-            (TableSums{10, 465, 0x1a1d1f4e0f1cf3f7}));
-  EXPECT_EQ(table_sums(double_polynomials(),
-                       [](D& d, const DoublePolynomialRow& r) {
-                         d.number(r.sensor_id).real(r.up_to).real(r.c0).real(r.c1).real(r.c2).real(r.c3);
-                       }),
-            (TableSums{2, 116, 0x70298bb279524e8f}));
-  EXPECT_EQ(table_sums(pulse_ratios(), [](D& d, float ratio) { d.real(ratio); }),
-            (TableSums{7, 0, 0xacf9f77ec980dbb5}));
+  expect_sums(sensor_formulas(), {66, 9006, 0x7800038780e90e4a}, [](const auto& r) {
+    return std::tie(r.sensor_id, r.formula, r.tests_validity, r.choice, r.curve, r.constant);
+  });
+  expect_sums(word_polynomials(), {10, 465, 0x1a1d1f4e0f1cf3f7},
+              [](const auto& r) { return std::tie(r.sensor_id, r.below, r.c0, r.c1, r.c2, r.c3, r.c4); });
+  expect_sums(double_polynomials(), {2, 116, 0x70298bb279524e8f},
+              [](const auto& r) { return std::tie(r.sensor_id, r.up_to, r.c0, r.c1, r.c2, r.c3); });
+  expect_sums(pulse_ratios(), {7, 0, 0xacf9f77ec980dbb5}, kWholeRow);
 }
 
 TEST(LegacyTables, InverseFormulas) {
-  const auto add_class = [](D& d, const MeasureClassRow& r) { d.number(r.sensor_id).number(r.measure_class); };
-  EXPECT_EQ(table_sums(sensor_replacements(),
-                       [](D& d, const SensorReplacementRow& r) { d.number(r.sensor_id).number(r.replacement); }),
-            (TableSums{2, 276, 0x5ce09e9ab9f9a9d3}));
-  EXPECT_EQ(table_sums(inverse_measure_classes(), add_class), (TableSums{51, 4111, 0x843638d0bfa37f34}));
-  EXPECT_EQ(
-      table_sums(inverse_formulas(),
-                 [](D& d, const InverseFormulaRow& r) { d.number(r.sensor_id).choice(r.formula).real(r.a).real(r.b); }),
-      (TableSums{34, 3297, 0xf7a056491c1746b7}));
-  EXPECT_EQ(table_sums(load_measure_classes(), add_class), (TableSums{9, 3373, 0x88dd9c0076f93a3e}));
-}
-
-TEST(LegacyTables, ConversionSensors) {
-  const auto add_sensor = [](D& d, i32 sensor) { d.number(sensor); };
-  EXPECT_EQ(table_sums(repair_passes(), [](D& d, const RepairPassRow& r) { d.number(r.sensor_id).choice(r.filter); }),
-            (TableSums{12, 2013, 0x497dfba9d031d1b1}));
-  EXPECT_EQ(table_sums(thermocouple_sensors(), add_sensor), (TableSums{4, 18, 0xa3a9ea5a94771e35}));
-  EXPECT_EQ(table_sums(cold_junction_sensors(), add_sensor), (TableSums{2, 120, 0x3fed917e969ade8a}));
-}
-
-TEST(LegacyTables, StoredUnits) {
-  EXPECT_EQ(table_sums(stored_units(), [](D& d, const StoredUnitRow& r) { d.text(r.unit).choice(r.quantity); }),
-            (TableSums{22, 0, 0x629bd3dfabf63abc}));
-  EXPECT_EQ(table_sums(stored_unit_rules(),
-                       [](D& d, const StoredUnitRuleRow& r) {
-                         d.text(r.unit).choice(r.rule).text(r.target);
-                         d.choice(r.first_step).real(r.first).choice(r.second_step).real(r.second);
-                       }),
-            (TableSums{59, 0, 0xb3b2deab987e28fc}));
+  const auto class_columns = [](const auto& r) { return std::tie(r.sensor_id, r.measure_class); };
+  expect_sums(sensor_replacements(), {2, 276, 0x5ce09e9ab9f9a9d3},
+              [](const auto& r) { return std::tie(r.sensor_id, r.replacement); });
+  expect_sums(inverse_measure_classes(), {51, 4111, 0x843638d0bfa37f34}, class_columns);
+  expect_sums(inverse_formulas(), {34, 3297, 0xf7a056491c1746b7},
+              [](const auto& r) { return std::tie(r.sensor_id, r.formula, r.a, r.b); });
+  expect_sums(load_measure_classes(), {9, 3373, 0x88dd9c0076f93a3e}, class_columns);
 }
 
 TEST(LegacyTables, FileLayout) {
-  EXPECT_EQ(table_sums(wmp_versions(),
-                       [](D& d, const WmpVersionRow& r) {
-                         d.number(r.version).choice(r.reader).number(r.block_head).number(r.main_header);
-                         d.number(r.configuration).number(r.identity).number(r.names).number(r.extended_names);
-                         d.number(r.channel_record).number(r.channel_extension);
-                         d.number(r.lap_record).number(r.lap_extension);
-                         d.number(r.run_record).number(r.extra_record).choice(r.samples);
-                       }),
-            (TableSums{10, 32385, 0xef567d96e2046b84}));
-  EXPECT_EQ(table_sums(sample_rates(),
-                       [](D& d, const SampleRateRow& r) {
-                         d.number(r.logger_code).number(r.frequency_hz).number(r.period_ms);
-                       }),
-            (TableSums{15, 68563, 0x656681da48eb2de8}));
-  EXPECT_EQ(table_sums(old_record_copies(),
-                       [](D& d, const OldRecordCopyRow& r) {
-                         d.number(r.from).number(r.from_width).number(r.to).number(r.to_width);
-                       }),
-            (TableSums{8, 812, 0x2e174c2a6d80092b}));
-  EXPECT_EQ(table_sums(software_letters(), [](D& d, char letter) { d.number(letter); }),
-            (TableSums{16, 1080, 0x396c0aa394a6b851}));
+  expect_sums(wmp_versions(), {10, 32385, 0xef567d96e2046b84}, [](const auto& r) {
+    return std::tie(r.version, r.reader, r.block_head, r.main_header, r.configuration, r.identity, r.names,
+                    r.extended_names, r.channel_record, r.channel_extension, r.lap_record, r.lap_extension,
+                    r.run_record, r.extra_record, r.samples);
+  });
+  expect_sums(sample_rates(), {15, 68563, 0x656681da48eb2de8},
+              [](const auto& r) { return std::tie(r.logger_code, r.frequency_hz, r.period_ms); });
+  expect_sums(old_record_copies(), {8, 812, 0x2e174c2a6d80092b},
+              [](const auto& r) { return std::tie(r.from, r.from_width, r.to, r.to_width); });
+  expect_sums(software_letters(), {16, 1080, 0x396c0aa394a6b851}, kWholeRow);
 }
 
-TEST(LegacyTables, Messages) {
-  const auto add_message = [](D& d, const WmpMessageRow& r) { d.number(r.code).text(r.id).text(r.text).text(r.table); };
-  EXPECT_EQ(table_sums(wmp_messages(), add_message), (TableSums{26, 325, 0xb02bed93224eadf3}));
-  EXPECT_EQ(table_sums(wmp_dump_messages(), add_message), (TableSums{5, 4010, 0xc40b15223e669092}));
+TEST(LegacyTables, Texts) {
+  const auto message_columns = [](const auto& r) { return std::tie(r.code, r.id, r.text, r.table); };
+  expect_sums(wmp_messages(), {26, 325, 0xb02bed93224eadf3}, message_columns);
+  expect_sums(wmp_dump_messages(), {5, 4010, 0xc40b15223e669092}, message_columns);
+  expect_sums(venue_types(), {42, 861, 0x18c357558e236ff9}, [](const auto& r) { return std::tie(r.code, r.text); });
+  expect_sums(run_default_texts(), {6, 1892, 0xf8aeb9519edcf8fb},
+              [](const auto& r) { return std::tie(r.section, r.offset, r.width, r.text); });
 }
 
 TEST(LegacyTables, SynthesisedChannels) {
-  EXPECT_EQ(table_sums(computation_kinds(),
-                       [](D& d, const ComputationKindRow& r) { d.number(r.kind).choice(r.computation); }),
-            (TableSums{13, 78, 0x564e7b5d1d122b37}));
-  EXPECT_EQ(table_sums(synthesised_channels(),
-                       [](D& d, const SynthesisedChannelRow& r) {
-                         d.number(r.kind).text(r.name).text(r.unit).number(r.measure_class).number(r.rate_index);
-                         d.real(r.display_min).real(r.display_max).number(r.decimals).flag(r.reference_candidate);
-                         d.number(r.function).number(r.sub_function).text(r.formula).number(r.needs);
-                         d.number(r.log_line);
-                       }),
-            (TableSums{12, 28661, 0xe49dfba0d0227c0d}));
-  EXPECT_EQ(table_sums(device_kinds(), [](D& d, const DeviceKindRow& r) { d.number(r.device_code).number(r.kind); }),
-            (TableSums{20, 1675, 0xd69016bf127a0a1a}));
-  EXPECT_EQ(
-      table_sums(configuration_kinds(), [](D& d, const ConfigurationKindRow& r) { d.text(r.file).number(r.kind); }),
-      (TableSums{8, 63, 0x60c721d606dadb29}));
-}
-
-TEST(LegacyTables, SessionTexts) {
-  EXPECT_EQ(table_sums(venue_types(), [](D& d, const VenueTypeRow& r) { d.number(r.code).text(r.text); }),
-            (TableSums{42, 861, 0x18c357558e236ff9}));
-  EXPECT_EQ(table_sums(run_default_texts(),
-                       [](D& d, const RunDefaultTextRow& r) {
-                         d.choice(r.section).number(r.offset).number(r.width).text(r.text);
-                       }),
-            (TableSums{6, 1892, 0xf8aeb9519edcf8fb}));
+  expect_sums(computation_kinds(), {13, 78, 0x564e7b5d1d122b37},
+              [](const auto& r) { return std::tie(r.kind, r.computation); });
+  expect_sums(synthesised_channels(), {12, 28661, 0xe49dfba0d0227c0d}, [](const auto& r) {
+    return std::tie(r.kind, r.name, r.unit, r.measure_class, r.rate_index, r.display_min, r.display_max, r.decimals,
+                    r.reference_candidate, r.function, r.sub_function, r.formula, r.needs, r.log_line);
+  });
+  expect_sums(device_kinds(), {20, 1675, 0xd69016bf127a0a1a},
+              [](const auto& r) { return std::tie(r.device_code, r.kind); });
+  expect_sums(configuration_kinds(), {8, 63, 0x60c721d606dadb29},
+              [](const auto& r) { return std::tie(r.file, r.kind); });
 }
 
 TEST(LegacyTables, DumpLayouts) {
-  EXPECT_EQ(table_sums(device_layouts(),
-                       [](D& d, const DeviceLayoutRow& r) { d.number(r.device_code).number(r.layout_key); }),
-            (TableSums{32, 31309, 0xf3d4564d0302b351}));
-  EXPECT_EQ(table_sums(dump_layouts(),
-                       [](D& d, const DumpLayoutRow& r) {
-                         d.number(r.layout_key);
-                         for (const DumpTable& table : {r.channel_flags, r.schedule, r.sensors, r.extended_sensors,
-                                                        r.extended_flags, r.further_flags})
-                           d.number(table.offset).number(table.length);
-                       }),
-            (TableSums{5, 84094, 0xd7f66a290494648b}));
-  EXPECT_EQ(table_sums(schedules(),
-                       [](D& d, const ScheduleRow& r) {
-                         d.number(r.family).number(r.length).number(r.long_length).flag(r.extended);
-                       }),
-            (TableSums{5, 14030, 0x74c7e5045176efeb}));
+  expect_sums(device_layouts(), {32, 31309, 0xf3d4564d0302b351},
+              [](const auto& r) { return std::tie(r.device_code, r.layout_key); });
+  const auto place = [](const DumpTable& table) { return std::tie(table.offset, table.length); };
+  expect_sums(dump_layouts(), {5, 84094, 0xd7f66a290494648b}, [&](const auto& r) {
+    return std::tuple_cat(std::tie(r.layout_key), place(r.channel_flags), place(r.schedule), place(r.sensors),
+                          place(r.extended_sensors), place(r.extended_flags), place(r.further_flags));
+  });
+  expect_sums(schedules(), {5, 14030, 0x74c7e5045176efeb},
+              [](const auto& r) { return std::tie(r.family, r.length, r.long_length, r.extended); });
 }
 
 TEST(LegacyTables, Measures) {
-  EXPECT_EQ(
-      table_sums(rewritten_units(), [](D& d, const RewrittenUnitRow& r) { d.number(r.sensor_id).text(r.digits); }),
-      (TableSums{6, 18026, 0x4b11b3d56dbe3d86}));
-  EXPECT_EQ(table_sums(measure_units(),
-                       [](D& d, const MeasureUnitRow& r) { d.number(r.sensor_id).choice(r.unit).text(r.text); }),
-            (TableSums{44, 5071, 0xce0d81d03e2cc6d8}));
-  EXPECT_EQ(table_sums(parameter_labels(),
-                       [](D& d, const ParameterLabelRow& r) {
-                         d.number(r.parameter).number(r.sensor_id).text(r.text).text(r.id);
-                         d.text(r.imperial_text).text(r.imperial_id);
-                       }),
-            (TableSums{81, 6129, 0x4a5372ad79970a4e}));
-  EXPECT_EQ(table_sums(setters(),
-                       [](D& d, const SetterRow& r) {
-                         d.number(r.operation).number(r.sensor_id).choice(r.effect).number(r.parameter);
-                       }),
-            (TableSums{41, 2094, 0xd619e9b5f3c9530f}));
-  EXPECT_EQ(table_sums(setter_refusals(),
-                       [](D& d, const SetterRefusalRow& r) {
-                         d.number(r.operation).text(r.function).text(r.line).flag(r.converts);
-                       }),
-            (TableSums{5, 15, 0xbfc08ba424ef0017}));
-}
-
-// Maps are made of these tables: a key that stood twice would lose a row without a word.
-TEST(LegacyTables, EveryKeyStandsOnce) {
-  const auto distinct = [](const auto& rows, auto key) {
-    std::set<decltype(key(rows[0]))> keys;
-    for (const auto& row : rows) keys.insert(key(row));
-    return keys.size() == rows.size();
-  };
-  EXPECT_TRUE(distinct(unit_texts(), [](const UnitTextRow& r) { return r.code; }));
-  EXPECT_TRUE(distinct(unit_conversions(), [](const UnitConversionRow& r) { return std::pair(r.from, r.to); }));
-  EXPECT_TRUE(distinct(sensors(), [](const SensorRow& r) { return r.id; }));
-  EXPECT_TRUE(distinct(sensor_formulas(), [](const SensorFormulaRow& r) { return r.sensor_id; }));
-  EXPECT_TRUE(distinct(inverse_measure_classes(), [](const MeasureClassRow& r) { return r.sensor_id; }));
-  EXPECT_TRUE(distinct(inverse_formulas(), [](const InverseFormulaRow& r) { return r.sensor_id; }));
-  EXPECT_TRUE(distinct(measure_units(), [](const MeasureUnitRow& r) { return r.sensor_id; }));
-  EXPECT_TRUE(distinct(device_layouts(), [](const DeviceLayoutRow& r) { return r.device_code; }));
-  u32 free_id = 0;
-  for (const UnitIdRow& row : unit_ids()) {
-    EXPECT_GE(row.first_id, free_id) << "unit ids overlap";
-    EXPECT_GE(row.last_id, row.first_id);
-    free_id = row.last_id + 1;
-  }
-}
-
-// What a formula's row leans on is there: its curve, or its polynomial with a last piece that has no limit.
-TEST(LegacyTables, FormulasFindTheirConstants) {
-  for (const SensorFormulaRow& row : sensor_formulas()) {
-    SCOPED_TRACE(row.sensor_id);
-    const bool by_curve = row.formula == SensorFormula::kCurve || row.formula == SensorFormula::kCurveByScale ||
-                          row.formula == SensorFormula::kThermocouple;
-    EXPECT_EQ(row.curve != 0, by_curve);
-    EXPECT_LE(row.curve, static_cast<i32>(sensor_curves().size()));
-    if (row.formula == SensorFormula::kCurve || row.formula == SensorFormula::kTemperatureWord) {
-      EXPECT_GE(row.constant, 1.0f) << "a divisor";
-    }
-
-    bool reaches_every_value = false;
-    for (const WordPolynomialRow& piece : word_polynomials())
-      if (piece.sensor_id == row.sensor_id) reaches_every_value = std::isinf(piece.below);
-    for (const DoublePolynomialRow& piece : double_polynomials())
-      if (piece.sensor_id == row.sensor_id) reaches_every_value = std::isinf(piece.up_to);
-    const bool by_polynomial = row.formula == SensorFormula::kVoltsPolynomial ||
-                               row.formula == SensorFormula::kPiecewiseLambda ||
-                               row.formula == SensorFormula::kDoublePolynomial;
-    EXPECT_EQ(reaches_every_value, by_polynomial);
-  }
+  expect_sums(rewritten_units(), {6, 18026, 0x4b11b3d56dbe3d86},
+              [](const auto& r) { return std::tie(r.sensor_id, r.digits); });
+  expect_sums(measure_units(), {44, 5071, 0xce0d81d03e2cc6d8},
+              [](const auto& r) { return std::tie(r.sensor_id, r.unit, r.text); });
+  expect_sums(parameter_labels(), {81, 6129, 0x4a5372ad79970a4e}, [](const auto& r) {
+    return std::tie(r.parameter, r.sensor_id, r.text, r.id, r.imperial_text, r.imperial_id);
+  });
+  expect_sums(setters(), {41, 2094, 0xd619e9b5f3c9530f},
+              [](const auto& r) { return std::tie(r.operation, r.sensor_id, r.effect, r.parameter); });
+  expect_sums(setter_refusals(), {5, 15, 0xbfc08ba424ef0017},
+              [](const auto& r) { return std::tie(r.operation, r.function, r.line, r.converts); });
 }
 
 }  // namespace
