@@ -12,6 +12,7 @@
 #include "legacy/wmp_session.h"
 #include "math/math_channel_manager.h"
 #include "regulation/calculator.h"
+#include "support/event_log.h"
 #include "units/user_units_manager.h"
 
 namespace traguardo::test {
@@ -52,6 +53,38 @@ class OpenedSession {
   CWMP session_{folder_.path().wstring(), &options_, &sensors_, &math_, -1};
   u32 error_ = 0;
   bool opened_ = false;
+};
+
+// The log of the process, for the length of a test.
+class LogFile {
+ public:
+  LogFile() { g_percorso_log = path_.c_str(); }
+  ~LogFile() { g_percorso_log = nullptr; }
+  LogFile(const LogFile&) = delete;
+  LogFile& operator=(const LogFile&) = delete;
+
+  std::string text() const { return folder_.read_text("log"); }
+
+ private:
+  TempFolder folder_;
+  std::wstring path_ = folder_.wide("log");
+};
+
+// The unit choices of the process, back to metric at the end of a test.
+class ImperialUnits {
+ public:
+  ImperialUnits() { set(true); }
+  ~ImperialUnits() { set(false); }
+  ImperialUnits(const ImperialUnits&) = delete;
+  ImperialUnits& operator=(const ImperialUnits&) = delete;
+
+ private:
+  static void set(bool imperial) {
+    CUserUnitsOfMeasureMgr* units = CUserUnitsOfMeasureMgr::GetInstance();
+    units->SetLengthSystem(imperial, nullptr);
+    units->SetTemperatureSystem(imperial, nullptr);
+    units->SetPressureSystem(imperial, nullptr);
+  }
 };
 
 // A channel of plain words.
