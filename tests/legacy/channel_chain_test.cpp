@@ -24,23 +24,6 @@ std::vector<float> converted(wmp::Channel channel) {
   return opened.values(0);
 }
 
-// Gives the process its metric units back.
-class Imperial {
- public:
-  Imperial() { set(true); }
-  ~Imperial() { set(false); }
-  Imperial(const Imperial&) = delete;
-  Imperial& operator=(const Imperial&) = delete;
-
- private:
-  static void set(bool imperial) {
-    CUserUnitsOfMeasureMgr* units = CUserUnitsOfMeasureMgr::GetInstance();
-    units->SetLengthSystem(imperial, nullptr);
-    units->SetTemperatureSystem(imperial, nullptr);
-    units->SetPressureSystem(imperial, nullptr);
-  }
-};
-
 TEST(ChannelChain, GainAndOffsetComeBeforeTheInvert) {
   wmp::Channel channel = plain_channel("A", {1, 2, 0x8000});
   channel.gain = 2;
@@ -80,7 +63,7 @@ TEST(ChannelChain, StoredUnitsFollowTheUser) {
   EXPECT_EQ(converted(channel), (std::vector<float>{0, 2000, 65535}));
   // A stored C gets its degree sign in front of the conversion.
   channel.unit = "C";
-  const Imperial imperial;
+  const ImperialUnits imperial;
   EXPECT_EQ(converted(channel)[1], 3632.0F);
 }
 
@@ -128,7 +111,7 @@ TEST(ChannelChain, ImperialColdJunctionWithAndWithoutDescriptor) {
   wmp::File file = thermocouple_file(false);
   file.logged[1].gain = 1;
   file.logged[1].offset = 0;
-  const Imperial imperial;
+  const ImperialUnits imperial;
   EXPECT_EQ(OpenedSession(wmp::build(file)).values(0)[0], 1077.0F);
   file.logged[0].unit = "\t01021";
   EXPECT_EQ(OpenedSession(wmp::build(file)).values(0)[0], 1045.0F);

@@ -37,20 +37,11 @@ TEST(SampleConversion, StoredUnits) {
     float converted;
   };
   const Case cases[] = {
-      {"C",
-       "\xB0"
-       "F",
-       kMetric, 21.5F, 0x1.1accccp+6F},
-      {"\xB0"
-       "C",
-       "", kImperialTemperature, 100.0F, 212.0F},
-      {"\xB0"
-       "C",
-       "", kImperialSpeed, 100.0F, 100.0F},
+      {"C", "\260F", kMetric, 21.5F, 0x1.1accccp+6F},
+      {"\260C", "", kImperialTemperature, 100.0F, 212.0F},
+      {"\260C", "", kImperialSpeed, 100.0F, 100.0F},
       {"C", "F", kImperial, 21.5F, 21.5F},
-      {"\xB0"
-       "F",
-       "", kMetric, 70.0F, 0x1.51c71cp+4F},
+      {"\260F", "", kMetric, 70.0F, 0x1.51c71cp+4F},
       {"F", "", kImperialTemperature, 70.0F, 70.0F},
       {"mm", "", kImperialSpeed, 100.0F, 0x1.f7efep+1F},
       {"mm", "mm", kImperial, 100.0F, 100.0F},

@@ -63,9 +63,7 @@ TEST(Measure, UnitTexts) {
       {104, "x", "#"},
       {76, "mV", "V"},
       {17, "bar", "bar"},
-      {17, "C",
-       "\xB0"
-       "C"},
+      {17, "C", "\260C"},
       {12345, "\xBB", "lambda"},
       // A descriptor decides by unit id, or by what the user wants for temperature and speed.
       {52, decimal_descriptor("03001"), "bar"},
@@ -95,23 +93,6 @@ TEST(Measure, UnitTexts) {
     EXPECT_EQ(narrow_low_bytes(alone.measure().unit_text()), one.shown);
   }
 }
-
-// The unit choices of the process, back to metric at the end of a test.
-class ImperialUnits {
- public:
-  ImperialUnits() { set(true); }
-  ~ImperialUnits() { set(false); }
-  ImperialUnits(const ImperialUnits&) = delete;
-  ImperialUnits& operator=(const ImperialUnits&) = delete;
-
- private:
-  static void set(bool imperial) {
-    CUserUnitsOfMeasureMgr* units = CUserUnitsOfMeasureMgr::GetInstance();
-    units->SetLengthSystem(imperial, nullptr);
-    units->SetTemperatureSystem(imperial, nullptr);
-    units->SetPressureSystem(imperial, nullptr);
-  }
-};
 
 TEST(Measure, UnitTextsOfAnImperialUser) {
   const ImperialUnits imperial;

@@ -64,9 +64,7 @@ TEST(WmpReader, ChannelsReachTheHostWithEvenTimes) {
   EXPECT_EQ(second.times[0], 0.0);
   EXPECT_EQ(second.times[3], 60000 * 1e-6);
   IRkChannel& last = channel_at(session.reader(), 2);
-  EXPECT_EQ(last.GetUnita(),
-            "\xB0"
-            "C");
+  EXPECT_EQ(last.GetUnita(), "\260C");
   EXPECT_EQ(last.GetFrequenza(), 0.0F);
   EXPECT_EQ(samples_of(last).times[1], 1.0);
   // Stores are numbered by the place in the table: the hidden and the empty one leave gaps.
