@@ -5,18 +5,16 @@
 #include <tuple>
 
 #include "opened_session.h"
-#include "support/event_log.h"
 
 namespace traguardo::test {
 namespace {
 
 // The measure of a channel that stands alone in a version 451 file.
-class OneMeasure {
+class OneMeasure : public OpenedSession {
  public:
-  explicit OneMeasure(const wmp::Channel& channel) : opened_(wmp::build(file_of(channel))) {}
-  CWMPMisura& measure() { return *opened_.session().measures().at(0); }
-  CWMP& session() { return opened_.session(); }
-  std::vector<float> values() { return opened_.values(0); }
+  explicit OneMeasure(const wmp::Channel& channel) : OpenedSession(wmp::build(file_of(channel))) {}
+  CWMPMisura& measure() { return *session().measures().at(0); }
+  std::string shown_unit() { return narrow_low_bytes(measure().unit_text()); }
 
  private:
   static wmp::File file_of(const wmp::Channel& channel) {
@@ -24,7 +22,6 @@ class OneMeasure {
     file.logged = {channel};
     return file;
   }
-  OpenedSession opened_;
 };
 
 wmp::Channel sensor_channel(u16 sensor, std::string unit) {
@@ -34,29 +31,18 @@ wmp::Channel sensor_channel(u16 sensor, std::string unit) {
   return channel;
 }
 
-// A descriptor of the decimal form: unit id in four digits, decimals in one.
-std::string decimal_descriptor(const std::string& digits) {
-  return "\x09" + digits;
-}
-// The packed form: a little-endian word of decimals and unit id.
+// A descriptor of the packed form: a little-endian word of decimals and unit id. The decimal form is a tab, the unit id
+// in four digits and the decimals in one.
 std::string packed_descriptor(u32 unit_id, u32 decimals) {
   const u32 word = decimals << 12 | unit_id;
   return {'\x0B', static_cast<char>(word & 0xFF), static_cast<char>(word >> 8)};
 }
 
 TEST(Measure, UnitTexts) {
-  struct Case {
-    u16 sensor;
-    std::string stored;
-    std::string shown;
-  };
-  const Case cases[] = {
+  const std::tuple<u16, std::string, std::string> cases[] = {
       {0, "anything", "rpm"},
-      {77, "", "rpm"},
       {1, "mph", "km/h"},
-      {38, "x", "km/h"},
       {91, "K", "C"},
-      {5, "K", "C"},
       {414, "x", "g"},
       {42, "x", "\xA1/sec"},
       {97, "x", "bar"},
@@ -66,16 +52,16 @@ TEST(Measure, UnitTexts) {
       {17, "C", "\260C"},
       {12345, "\xBB", "lambda"},
       // A descriptor decides by unit id, or by what the user wants for temperature and speed.
-      {52, decimal_descriptor("03001"), "bar"},
+      {52, "\t03001", "bar"},
       {52, packed_descriptor(304, 2), "psi"},
-      {91, decimal_descriptor("01021"), "C"},
-      {93, decimal_descriptor("02021"), "km/h"},
-      {17, decimal_descriptor("10031"), "mV"},
-      {17, decimal_descriptor("99991"), ""},
+      {91, "\t01021", "C"},
+      {93, "\t02021", "km/h"},
+      {17, "\t10031", "mV"},
+      {17, "\t99991", ""},
       {17, packed_descriptor(40, 1), ""},  // a unit without a text
       // A descriptor of a sensor that nobody knows is a text; its first byte stays in it.
-      {12345, decimal_descriptor("03001"), decimal_descriptor("03001")},
-      {0, decimal_descriptor("0300x"), "rpm"},
+      {12345, "\t03001", "\t03001"},
+      {0, "\t0300x", "rpm"},
       // Sensor 999 stores its unit and shows the user's.
       {999, "mbar", "bar"},
       {999, "psi", "bar"},
@@ -83,32 +69,22 @@ TEST(Measure, UnitTexts) {
       {999, "mph", "km/h"},
       {999, "in", "mm"},
       {999, "mV", "mV"},
-      {999, "gal", "gal"},
       {999, "rad/s", "rad/s"},
-      {999, "Nm", "Nm"},
   };
-  for (const Case& one : cases) {
-    SCOPED_TRACE(testing::Message() << one.sensor << " stores " << testing::PrintToString(one.stored));
-    OneMeasure alone(sensor_channel(one.sensor, one.stored));
-    EXPECT_EQ(narrow_low_bytes(alone.measure().unit_text()), one.shown);
+  for (const auto& [sensor, stored, shown] : cases) {
+    EXPECT_EQ(OneMeasure(sensor_channel(sensor, stored)).shown_unit(), shown)
+        << sensor << " stores " << testing::PrintToString(stored);
   }
 }
 
 TEST(Measure, UnitTextsOfAnImperialUser) {
   const ImperialUnits imperial;
   const std::tuple<u16, std::string, std::string> cases[] = {
-      {93, "x", "mph"},
-      {91, "x", "F"},
-      {97, "x", "PSI"},
-      {999, "bar", "PSI"},
-      {999, "mm", "in"},
-      {91, decimal_descriptor("01001"), "F"},
-      {93, decimal_descriptor("02001"), "mph"},
-      {52, decimal_descriptor("03001"), "bar"},
+      {93, "x", "mph"},  {91, "x", "F"},       {97, "x", "PSI"},       {999, "bar", "PSI"},
+      {999, "mm", "in"}, {91, "\t01001", "F"}, {93, "\t02001", "mph"}, {52, "\t03001", "bar"},
   };
   for (const auto& [sensor, stored, shown] : cases) {
-    OneMeasure alone(sensor_channel(sensor, stored));
-    EXPECT_EQ(narrow_low_bytes(alone.measure().unit_text()), shown) << sensor << ' ' << stored;
+    EXPECT_EQ(OneMeasure(sensor_channel(sensor, stored)).shown_unit(), shown) << sensor << ' ' << stored;
   }
   OneMeasure wheel(sensor_channel(1, "x"));
   EXPECT_EQ(wheel.measure().parameter_label(0), "Wheel circumference (inches):");
@@ -124,7 +100,8 @@ TEST(Measure, ATextOfTheUserForTheChannelComesFirst) {
 }
 
 TEST(Measure, RewritesOldUnitFields) {
-  const std::string tail(4, '\0');
+  const std::string nuls(4, '\0');
+  const std::string rest(4, '\x55');
   struct Case {
     const char* what;
     u16 sensor;
@@ -132,21 +109,17 @@ TEST(Measure, RewritesOldUnitFields) {
     std::string stored;
     std::string wanted;  // all ten bytes
   };
-  const std::string old_201 = packed_descriptor(201, 2) + std::string("zz") + std::string(4, '\x55');
+  const std::string old_201 = packed_descriptor(201, 2) + "zz" + rest;
+  const std::string old_800_3 = packed_descriptor(800, 3) + "ab" + rest;
+  const std::string old_800_2 = packed_descriptor(800, 2) + "ab7" + rest.substr(1);
   const Case cases[] = {
-      {"a speed", 3001, 1, old_201, decimal_descriptor("02011") + tail},
-      {"a hidden one as well", 3004, 253, old_201, decimal_descriptor("04052") + tail},
-      {"only where the record says so", 3001, 0, old_201, old_201 + std::string(1, '\0')},
-      {"only the packed form", 3001, 1, decimal_descriptor("03001") + tail, decimal_descriptor("03001") + tail},
-      {"a sensor that needs none", 17, 1, old_201, old_201 + std::string(1, '\0')},
-      {"600 by number", 600, 1, packed_descriptor(0x320, 3) + std::string("ab") + std::string(4, '\x55'),
-       "\x09"
-       "08003" +
-           tail},
-      {"600 with decimals that stay", 600, 1, packed_descriptor(0x320, 2) + std::string("ab7") + std::string(3, '\x55'),
-       "\x09"
-       "08007" +
-           tail},
+      {"a speed", 3001, 1, old_201, "\t02011" + nuls},
+      {"a hidden one as well", 3004, 253, old_201, "\t04052" + nuls},
+      {"only where the record says so", 3001, 0, old_201, old_201 + nuls.substr(3)},
+      {"only the packed form", 3001, 1, "\t03001" + nuls, "\t03001" + nuls},
+      {"a sensor that needs none", 17, 1, old_201, old_201 + nuls.substr(3)},
+      {"600 by number", 600, 1, old_800_3, "\t08003" + nuls},
+      {"600 with decimals that stay", 600, 1, old_800_2, "\t08007" + nuls},
   };
   for (const Case& one : cases) {
     SCOPED_TRACE(one.what);
@@ -160,10 +133,8 @@ TEST(Measure, RewritesOldUnitFields) {
 
 TEST(Measure, LabelsOfParameters) {
   const std::tuple<u16, u8, const char*, const char*> cases[] = {
-      {0, 0, "Number of pulses per engine revolution", "MSG_MULTFACT"},
       {93, 0, "Wheel circumference (mm):", "MSGAPP_WCIRC_MM"},
       {77, 4, "Old value for shaft pulses", "MSG_OLDSHAFT"},
-      {98, 2, "2nd curve coefficient", "MSG_CURVE2"},
       {0, 4, "Parameter not used.", "MSG_PARNOTUSED"},
       {12345, 0, "Parameter not used.", "MSG_PARNOTUSED"},
   };
@@ -183,24 +154,29 @@ TEST(Measure, SettersChangeTheCalibrationAndConvertAgain) {
   struct Case {
     const char* what;
     u16 sensor;
-    int operation;
+    bool (CWMPMisura::*setter)(float);
     float value;
     Parameters before;
     Parameters after;
   };
+  constexpr auto set1 = &CWMPMisura::SetParametro_1;
+  constexpr auto set2 = &CWMPMisura::SetParametro_2;
+  constexpr auto set3 = &CWMPMisura::SetParametro_3;
+  constexpr auto set4 = &CWMPMisura::SetParametro_4;
+  constexpr auto set5 = &CWMPMisura::SetParametro_5;
   const Case cases[] = {
-      {"pulses", 0, 1, 3, {1, 0, 0, 0, 0}, {1, 0, -666, 3, 0}},
-      {"pulses as logged", 0, 1, 1, {1, 0, -666, 3, 0}, {1, 0, 0, 3, 0}},
-      {"no such pulses", 0, 1, 7, {1, 0, 0, 0, 0}, {1, 0, 0, 0, 0}},
-      {"wheel, first change", 93, 1, 1500, {1400, 8, 0, 0, 0}, {1400, 8, -666, 1500, 8}},
-      {"wheel, second change", 93, 1, 5, {1400, 8, -666, 1500, 4}, {1400, 8, -666, 10, 4}},
-      {"magnets, first change", 1, 2, 5.9F, {1400, 8, 0, 0, 0}, {1400, 8, -666, 1400, 5}},
-      {"magnets, too few", 77, 2, 0, {1, 8, -666, 3, 2}, {1, 8, -666, 3, 1}},
-      {"line", 17, 1, -4, {0, 0, 1, 1, 0}, {-4, 0, 1, 1, 0}},
-      {"line, not below zero", 17, 2, -4, {0, 3, 1, 1, 0}, {0, 0, 1, 1, 0}},
-      {"bottom, not above zero", 8, 3, 4, {0, 1, -5, 1, 1}, {0, 1, 0, 1, 1}},
-      {"fourth", 38, 4, 2, {0, 1, 2, 1, 0}, {0, 1, 2, 2, 0}},
-      {"top, not below zero", 8, 5, -1, {0, 1, -5, 1, 1}, {0, 1, -5, 1, 0}},
+      {"pulses", 0, set1, 3, {1, 0, 0, 0, 0}, {1, 0, -666, 3, 0}},
+      {"pulses as logged", 0, set1, 1, {1, 0, -666, 3, 0}, {1, 0, 0, 3, 0}},
+      {"no such pulses", 0, set1, 7, {1, 0, 0, 0, 0}, {1, 0, 0, 0, 0}},
+      {"wheel, first change", 93, set1, 1500, {1400, 8, 0, 0, 0}, {1400, 8, -666, 1500, 8}},
+      {"wheel, second change", 93, set1, 5, {1400, 8, -666, 1500, 4}, {1400, 8, -666, 10, 4}},
+      {"magnets, first change", 1, set2, 5.9F, {1400, 8, 0, 0, 0}, {1400, 8, -666, 1400, 5}},
+      {"magnets, too few", 77, set2, 0, {1, 8, -666, 3, 2}, {1, 8, -666, 3, 1}},
+      {"line", 17, set1, -4, {0, 0, 1, 1, 0}, {-4, 0, 1, 1, 0}},
+      {"line, not below zero", 17, set2, -4, {0, 3, 1, 1, 0}, {0, 0, 1, 1, 0}},
+      {"bottom, not above zero", 8, set3, 4, {0, 1, -5, 1, 1}, {0, 1, 0, 1, 1}},
+      {"fourth", 38, set4, 2, {0, 1, 2, 1, 0}, {0, 1, 2, 2, 0}},
+      {"top, not below zero", 8, set5, -1, {0, 1, -5, 1, 1}, {0, 1, -5, 1, 0}},
   };
   for (const Case& one : cases) {
     SCOPED_TRACE(one.what);
@@ -208,12 +184,7 @@ TEST(Measure, SettersChangeTheCalibrationAndConvertAgain) {
     channel.parameters = one.before;
     OneMeasure alone(channel);
     CWMPMisura& measure = alone.measure();
-    const bool served = one.operation == 1   ? measure.SetParametro_1(one.value)
-                        : one.operation == 2 ? measure.SetParametro_2(one.value)
-                        : one.operation == 3 ? measure.SetParametro_3(one.value)
-                        : one.operation == 4 ? measure.SetParametro_4(one.value)
-                                             : measure.SetParametro_5(one.value);
-    EXPECT_TRUE(served);
+    EXPECT_TRUE((measure.*one.setter)(one.value));
     EXPECT_TRUE(alone.session().changed());
     EXPECT_EQ(alone.session().channel(0).parameters(), one.after);
   }
@@ -221,43 +192,32 @@ TEST(Measure, SettersChangeTheCalibrationAndConvertAgain) {
   wmp::Channel multiplied = sensor_channel(70, "x");
   multiplied.parameters = {0.5F, 0, 0, 0, 0};
   OneMeasure alone(multiplied);
-  EXPECT_EQ(alone.values(), (std::vector<float>{5, 10, 15}));
+  EXPECT_EQ(alone.values(0), (std::vector<float>{5, 10, 15}));
   alone.measure().SetParametro_1(2);
-  EXPECT_EQ(alone.values(), (std::vector<float>{20, 40, 60}));
+  EXPECT_EQ(alone.values(0), (std::vector<float>{20, 40, 60}));
 }
 
 TEST(Measure, SettersRefuseOtherSensorsInTheLog) {
-  const TempFolder folder;
-  const std::wstring path = folder.wide("log");
   OneMeasure alone(sensor_channel(12, "x"));
-  g_percorso_log = path.c_str();
+  const LogFile log;
   EXPECT_FALSE(alone.measure().SetParametro_1(1));
   EXPECT_FALSE(alone.measure().SetParametro_3(1));
-  g_percorso_log = nullptr;
-  const std::string log = folder.read_text("log");
-  EXPECT_NE(log.find("CWMPMisura::SetParametro_1 ["), std::string::npos) << log;
-  EXPECT_NE(log.find("INFO = SENSORE ERRATO PER SetParametro: 12\n"), std::string::npos) << log;
-  EXPECT_NE(log.find("INFO = SENSORE ERRATO PER SetParametro3: 12\n"), std::string::npos) << log;
+  for (const char* part : {"CWMPMisura::SetParametro_1 [", "INFO = SENSORE ERRATO PER SetParametro: 12\n",
+                           "INFO = SENSORE ERRATO PER SetParametro3: 12\n"}) {
+    EXPECT_NE(log.text().find(part), std::string::npos) << log.text();
+  }
   EXPECT_FALSE(alone.session().changed());
 }
 
-TEST(Measure, ShowsWhatTheTablesHold) {
-  wmp::Channel channel = sensor_channel(998, "x");
-  channel.display_minimum = -5;
-  channel.display_maximum = 7;
-  channel.form = 253;
+TEST(Measure, LivesAsLongAsItsSession) {
   const std::size_t living = CWMPMisura::living();
   {
+    wmp::Channel channel = sensor_channel(998, "x");
+    channel.form = 253;
     OneMeasure alone(channel);
     EXPECT_EQ(CWMPMisura::living(), living + 1);
-    const CWMPMisura& measure = alone.measure();
-    EXPECT_EQ(measure.name(), "A");
-    EXPECT_TRUE(measure.hidden());
-    EXPECT_EQ(measure.period_ms(), 10U);
-    EXPECT_EQ(measure.frequency_hz(), 100U);
-    EXPECT_EQ(measure.minimum(), -5.0F);
-    EXPECT_EQ(measure.maximum(), 7.0F);
-    EXPECT_EQ(measure.values().size(), 3U);
+    EXPECT_TRUE(alone.measure().hidden());
+    EXPECT_EQ(alone.measure().frequency_hz(), 100U);
   }
   EXPECT_EQ(CWMPMisura::living(), living);
 }
