@@ -7,6 +7,7 @@
 #include <map>
 #include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -118,97 +119,74 @@ TEST(DumpRebuild, TheFormatWordPlacesTheStream) {
 }
 
 TEST(DumpRebuild, RefusesADumpWithoutChannels) {
-  Dump none({1});
-  none.set_byte(0, 0).words({1, 2});
-  EXPECT_FALSE(rebuild(none.bytes()).succeeded);
-  EXPECT_EQ(rebuild(none.bytes()).error, 1001U);
-  EXPECT_EQ(rebuild(Bytes()).error, 1001U);
+  struct Case {
+    std::size_t flag;  // the only one that is set
+    i32 family;
+    bool succeeds;
+  };
   // The last flags that count, and the first that don't.
-  EXPECT_TRUE(rebuild(Dump({1}).set_byte(0, 0).set_byte(23, 9).bytes()).succeeded);
-  EXPECT_FALSE(rebuild(Dump({1}).set_byte(0, 0).set_byte(24, 9).bytes()).succeeded);
-  const Bytes extended = Dump({1}).set_byte(0, 0).set_byte(7696 + 63, 1).bytes();
-  EXPECT_TRUE(rebuild(extended, kExtendedFamily).succeeded);
-  EXPECT_EQ(rebuild(extended, kPlainFamily).error, 1001U);
-  EXPECT_FALSE(rebuild(Dump({1}).set_byte(0, 0).set_byte(7696 + 64, 1).bytes(), kExtendedFamily).succeeded);
-}
-
-TEST(DumpRebuild, ADumpThatCannotBeReadHasNoCode) {
+  for (const Case& one :
+       {Case{23, kPlainFamily, true}, Case{24, kPlainFamily, false}, Case{7696 + 63, kExtendedFamily, true},
+        Case{7696 + 63, kPlainFamily, false}, Case{7696 + 64, kExtendedFamily, false}}) {
+    SCOPED_TRACE(one.flag);
+    const Rebuilt result = rebuild(Dump({1}).set_byte(0, 0).set_byte(one.flag, 9).words({1}).bytes(), one.family);
+    EXPECT_EQ(result.succeeded, one.succeeds);
+    EXPECT_EQ(result.error, one.succeeds ? 0U : 1001U);
+  }
+  EXPECT_EQ(rebuild(Bytes()).error, 1001U);
+  // One that can't be read has no code.
   CWMPvers500 reader([](u64, u8*, std::size_t) { return std::size_t{0}; }, 70000, kNoLimit);
   u32 error = 0;
   EXPECT_FALSE(reader.Rebuild(kPlainFamily, &error));
   EXPECT_EQ(error, 0U);
 }
 
-TEST(DumpRebuild, AChannelWithoutSamplesHasNoPlace) {
-  Dump made({1, 2, 3});
-  made.set_byte(2, 1).words({10, 20});
-  EXPECT_EQ(words_of(made), (Words{10, 20}));
-}
-
-TEST(DumpRebuild, ADamagedBlockReadsAsZero) {
-  Dump checksum({1, 2});
-  checksum.words({1, 2}).checksum().words({3, 4, 5, 6}).checksum(1).words({7, 8}).checksum().words({9, 10});
-  EXPECT_EQ(words_of(checksum), (Words{1, 0, 0, 7, 9, 2, 0, 0, 8, 10}));
-
-  // A block that ends within a round. The next one starts the schedule over.
-  Dump at_checksum({1, 2});
-  at_checksum.words({1, 2, 3}).checksum().words({4, 5}).checksum();
-  EXPECT_EQ(words_of(at_checksum), (Words{0, 0, 4, 0, 5}));
-  Dump at_mark({1, 2});
-  at_mark.words({1, 2}).mark().words({3}).mark().words({4, 5}).mark();
-  EXPECT_EQ(words_of(at_mark), (Words{1, 0, 4, 2, 5}));
-
-  // The last block ends without a word on it.
-  Dump torn({1, 2});
-  torn.words({1, 2}).checksum(1).words({3, 4, 5});
-  EXPECT_EQ(words_of(torn), (Words{0, 3, 5, 0, 4}));
-
-  // A block mark doesn't start the sum over.
-  Dump both({1});
-  both.mark().words({5}).mark().words({6}).checksum().words({7}).checksum();
-  EXPECT_EQ(words_of(both), (Words{5, 6, 7}));
-}
-
-TEST(DumpRebuild, LapsDoNotMoveTheSchedule) {
-  Dump made({1, 2});
-  made.words({1}).lap_end(3).words({2, 3}).lap_record(5, 12, 61000).words({4, 5, 6}).checksum();
-  EXPECT_EQ(words_of(made), (Words{1, 3, 5, 2, 4, 6}));
-  // The checksum of a lap record damages the block in front of it.
-  Dump bad({1, 2});
-  bad.words({1}).lap_record(5, 12, 61000, 1).words({2, 3, 4}).checksum();
-  EXPECT_EQ(words_of(bad), (Words{0, 3, 2, 4}));
-}
-
-TEST(DumpRebuild, WordsForOthersArePassedOver) {
-  for (const bool in_sum : {false, true}) {
-    Dump made({1, 2});
-    made.words({1}).foreign({0x9000, 0xFFFF, 0xD000}, in_sum).words({2}).checksum().words({3, 4}).checksum();
-    EXPECT_EQ(words_of(made), (Words{1, 3, 2, 4})) << in_sum;
+TEST(DumpRebuild, StreamsByHand) {
+  struct Case {
+    const char* what;
+    Dump made;
+    Words wanted;
+  };
+  Words lost_run(257, 0);
+  lost_run.front() = 5;
+  lost_run.back() = 6;
+  const Case cases[] = {
+      {"a channel without samples has no place", Dump({1, 2, 3}).set_byte(2, 1).words({10, 20}), {10, 20}},
+      {"a wrong sum",
+       Dump({1, 2}).words({1, 2}).checksum().words({3, 4, 5, 6}).checksum(1).words({7, 8}).checksum().words({9, 10}),
+       {1, 0, 0, 7, 9, 2, 0, 0, 8, 10}},
+      {"a block that ends within a round: the next one starts the schedule over",
+       Dump({1, 2}).words({1, 2, 3}).checksum().words({4, 5}).checksum(),
+       {0, 0, 4, 0, 5}},
+      {"the same at a mark", Dump({1, 2}).words({1, 2}).mark().words({3}).mark().words({4, 5}).mark(), {1, 0, 4, 2, 5}},
+      {"the last block ends without a word on it",
+       Dump({1, 2}).words({1, 2}).checksum(1).words({3, 4, 5}),
+       {0, 3, 5, 0, 4}},
+      {"a mark doesn't start the sum over",
+       Dump({1}).mark().words({5}).mark().words({6}).checksum().words({7}).checksum(),
+       {5, 6, 7}},
+      {"laps don't move the schedule",
+       Dump({1, 2}).words({1}).lap_end(3).words({2, 3}).lap_record(5, 12, 61000).words({4, 5, 6}).checksum(),
+       {1, 3, 5, 2, 4, 6}},
+      {"the sum of a lap record damages the block in front of it",
+       Dump({1, 2}).words({1}).lap_record(5, 12, 61000, 1).words({2, 3, 4}).checksum(),
+       {0, 3, 2, 4}},
+      {"words for others within a round, outside the sum",
+       Dump({1, 2}).words({1}).foreign({0x9000, 0xFFFF, 0xD000}, false).words({2}).checksum().words({3, 4}).checksum(),
+       {1, 3, 2, 4}},
+      {"and in the sum", Dump({1, 2}).foreign({0x9000, 0xFFFF, 0xD000}, true).words({1, 2}).checksum(), {1, 2}},
+      {"erased words are lost samples",
+       Dump({1, 2}).words({5, 0xFFFF, 6, 0xFFFF, 0xFFFF, 7}).checksum().words({8, 9}).checksum(),
+       {5, 6, 0, 8, 0, 0, 7, 9}},
+      {"up to 255", Dump({1}).words({5}).repeat(255, 0xFFFF).words({6}).checksum(), lost_run},
+      {"and 256 are the end", Dump({1}).words({5}).repeat(256, 0xFFFF).words({6, 7}), {5}},
+      {"cut within them", Dump({1}).words({5}).repeat(3, 0xFFFF), {5, 0, 0, 0}},
+      {"others of high byte 0xFF are samples", Dump({1}).words({0xFF00, 0xFFFE}), {0xFF00, 0xFFFE}},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.what);
+    EXPECT_EQ(words_of(one.made), one.wanted);
   }
-}
-
-TEST(DumpRebuild, ErasedWordsAreLostSamplesOrTheEnd) {
-  Dump few({1, 2});
-  few.words({5}).repeat(1, 0xFFFF).words({6}).repeat(2, 0xFFFF).words({7}).checksum().words({8, 9}).checksum();
-  EXPECT_EQ(words_of(few), (Words{5, 6, 0, 8, 0, 0, 7, 9}));
-
-  Dump many({1});
-  many.words({5}).repeat(255, 0xFFFF).words({6}).checksum();
-  Words wanted(257, 0);
-  wanted.front() = 5;
-  wanted.back() = 6;
-  EXPECT_EQ(words_of(many), wanted);
-
-  Dump end({1});
-  end.words({5}).repeat(256, 0xFFFF).words({6, 7});
-  EXPECT_EQ(words_of(end), (Words{5}));
-
-  Dump cut({1});
-  cut.words({5}).repeat(3, 0xFFFF);
-  EXPECT_EQ(words_of(cut), (Words{5, 0, 0, 0}));
-
-  // Other words of a high byte 0xFF are samples.
-  EXPECT_EQ(words_of(Dump({1}).words({0xFF00, 0xFFFE})), (Words{0xFF00, 0xFFFE}));
 }
 
 TEST(DumpRebuild, ReadingStopsBehindAnErasedTail) {
@@ -245,23 +223,21 @@ TEST(DumpRebuild, LapTimesAreHeldAgainstTheSamples) {
   made.repeat(4, 1).lap_record(14, 43, 100);    // a split ends no lap
   made.repeat(6, 1).lap_end(1);
   made.repeat(3, 1);
-  const Rebuilt result = rebuild(made.bytes());
-  ASSERT_EQ(result.laps.size(), 4U);
-  const DumpLap wanted[] = {{41, 2, 8600}, {42, 10, 8500}, {43, 1, 8500}, {44, 0, 1500}};
-  for (std::size_t i = 0; i < 4; ++i) {
-    SCOPED_TRACE(i);
-    EXPECT_EQ(result.laps[i].number, wanted[i].number);
-    EXPECT_EQ(result.laps[i].kind, wanted[i].kind);
-    EXPECT_EQ(result.laps[i].time_ms, wanted[i].time_ms);
-  }
+  // Number, kind, time.
+  using Laps = std::vector<std::tuple<u32, u32, u32>>;
+  const auto laps_of = [](const Dump& dump) {
+    Laps laps;
+    for (const DumpLap& lap : rebuild(dump.bytes()).laps) laps.emplace_back(lap.number, lap.kind, lap.time_ms);
+    return laps;
+  };
+  EXPECT_EQ(laps_of(made), (Laps{{41, 2, 8600}, {42, 10, 8500}, {43, 1, 8500}, {44, 0, 1500}}));
   // An old dump has a table of them.
   Dump old({1});
   old.set_format(0).set_dword(8192, 8300).set_dword(8196, 8700);
   old.repeat(10, 1).lap_end(1).repeat(10, 1).lap_end(1);
-  const Rebuilt from_table = rebuild(old.bytes());
-  ASSERT_EQ(from_table.laps.size(), 2U);
-  EXPECT_EQ(from_table.laps[0].time_ms, 8300U);
-  EXPECT_EQ(from_table.laps[1].time_ms, 8700U);
+  const Laps from_table = laps_of(old);
+  ASSERT_EQ(from_table.size(), 2U);
+  EXPECT_EQ(std::pair(std::get<2>(from_table[0]), std::get<2>(from_table[1])), std::pair(8300U, 8700U));
 }
 
 // The plain way: the whole stream in memory, the schedule stepped byte by byte, each pass from front to back.
@@ -359,26 +335,27 @@ class PlainRebuild {
 };
 
 Dump& add_random_piece(Dump& made, std::mt19937& random) {
+  const auto word = [&random] { return static_cast<u16>(random()); };
+  const auto error = [&random] { return random() % 4 == 0 ? u8{1} : u8{0}; };
   switch (random() % 16) {
     case 0:
       return made.mark();
     case 1:
     case 2:
     case 3:
-      return made.checksum(random() % 4 == 0 ? u8{1} : u8{0});
+      return made.checksum(error());
     case 4:
       return made.lap_end(static_cast<u8>(1 + random() % 20));
     case 5:
-      return made.lap_record(static_cast<u8>(random() % 20), static_cast<u16>(random() % 4096),
-                             static_cast<u32>(random()), random() % 4 == 0 ? u8{1} : u8{0});
+      return made.lap_record(static_cast<u8>(random() % 20), word() & 0x0FFF, static_cast<u32>(random()), error());
     case 6:
-      return made.foreign({static_cast<u16>(random()), 0xFFFF, 0x9000}, random() % 2 == 0);
+      return made.foreign({word(), 0xFFFF, 0x9000}, random() % 2 == 0);
     case 7:
       return made.repeat(random() % 300 < 298 ? random() % 6 : 250 + random() % 8, 0xFFFF);
     case 8:
-      return made.word(static_cast<u16>(random()));
+      return made.word(word());
     default:
-      return made.repeat(random() % 9, static_cast<u16>(random() % 0x8000));
+      return made.repeat(random() % 9, word() & 0x7FFF);
   }
 }
 
@@ -414,52 +391,35 @@ TEST(DumpRebuild, RandomBytesYieldNoMoreThanTheyHold) {
 
 // --- Through a session file
 
-wmp::File session_with_dump(const Dump& made) {
-  wmp::File file;
-  file.version = 500;
-  file.duration_ms = 100;
-  file.family = 2;
-  file.laps = {wmp::Lap{60}, wmp::Lap{40, 1, 2}};
-  file.dump = made.bytes();
-  return file;
-}
-
 TEST(DumpRebuild, TheChannelsOfASessionFile) {
   // Twice a round at 20 Hz, once at 10 Hz.
   Dump made({4, 1, 4});
   made.words({10, 1, 11, 12, 2, 13}).checksum().words({14, 3, 15}).checksum(1).words({16, 4, 17}).checksum();
-  wmp::File file = session_with_dump(made);
-  file.logged = {plain_channel("Slow", {1, 2, 0, 4}, 2), plain_channel("Fast", {10, 11, 12, 13, 0, 0, 16, 17}, 3)};
+  wmp::File file;
+  file.version = 500;
+  file.family = 2;
+  file.dump = made.bytes();
+  const std::vector<u16> fast = {10, 11, 12, 13, 0, 0, 16, 17};
+  file.logged = {plain_channel("Slow", {1, 2, 0, 4}, 2), plain_channel("Fast", fast, 3)};
   OpenedSession opened(wmp::build(file));
   ASSERT_TRUE(opened.opened()) << opened.error();
   EXPECT_EQ(opened.values(0), (std::vector<float>{1, 2, 0, 4}));
   EXPECT_EQ(opened.values(1), (std::vector<float>{10, 11, 12, 13, 0, 0, 16, 17}));
   EXPECT_EQ(opened.folder().names(), (std::vector<std::string>{"session.bak", "session.wmp"}));
-}
 
-TEST(DumpRebuild, WhatTheDumpLacksReadsAsZero) {
-  wmp::File file = session_with_dump(Dump({1}).words({5, 6}));
+  // What the dump lacks reads as zero.
   file.logged = {plain_channel("A", {5, 6, 0, 0})};
-  OpenedSession opened(wmp::build(file));
-  ASSERT_TRUE(opened.opened()) << opened.error();
-  EXPECT_EQ(opened.values(0), (std::vector<float>{5, 6, 0, 0}));
-}
-
-TEST(DumpRebuild, ASessionWithoutAUsableDumpIsRefused) {
-  Dump made({1});
-  made.set_byte(0, 0).words({5, 6});
-  wmp::File file = session_with_dump(made);
-  file.logged = {plain_channel("A", {5, 6})};
+  file.dump = Dump({1}).words({5, 6}).bytes();
+  EXPECT_EQ(OpenedSession(wmp::build(file)).values(0), (std::vector<float>{5, 6, 0, 0}));
+  // Without a dump that can be used there is no session.
+  wmp::Bytes beyond = wmp::build(file);
+  wmp::set_dword(&beyond, wmp::configuration_at(500), 0xFFFFFFF0);
+  EXPECT_EQ(OpenedSession(beyond).error(), 1001U);
+  file.dump = Dump({1}).set_byte(0, 0).words({5, 6}).bytes();
   OpenedSession no_channels(wmp::build(file));
   EXPECT_FALSE(no_channels.opened());
   EXPECT_EQ(no_channels.error(), 1001U);
   EXPECT_EQ(no_channels.session().channel_count(), 0U);
-
-  file = session_with_dump(Dump({1}).words({5, 6}));
-  file.logged = {plain_channel("A", {5, 6})};
-  wmp::Bytes beyond = wmp::build(file);
-  wmp::set_dword(&beyond, wmp::configuration_at(500), 0xFFFFFFF0);
-  EXPECT_EQ(OpenedSession(beyond).error(), 1001U);
 }
 
 }  // namespace
