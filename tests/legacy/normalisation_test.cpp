@@ -1,27 +1,19 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "opened_session.h"
 
 namespace traguardo::test {
 namespace {
 
-struct LapView {
-  u16 run;
-  i16 number;
-  u32 start;
-  u32 time;
-  u32 true_time;
-  friend bool operator==(const LapView&, const LapView&) = default;
-  friend void PrintTo(const LapView& lap, std::ostream* out) {
-    *out << "run " << lap.run << " lap " << lap.number << " at " << lap.start << " for " << lap.time << " truly "
-         << lap.true_time;
-  }
-};
+// Run, number, start, time and true time of each lap.
+using Laps = std::vector<std::tuple<u16, i16, u32, u32, u32>>;
 
-std::vector<LapView> laps_of(CWMP& session) {
-  std::vector<LapView> laps;
+Laps laps_of(CWMP& session) {
+  Laps laps;
   for (const WmpLapRecord& lap : session.laps()) {
-    laps.push_back({lap.run(), lap.number(), lap.start_ms(), lap.time_ms(), lap.true_time_ms()});
+    laps.emplace_back(lap.run(), lap.number(), lap.start_ms(), lap.time_ms(), lap.true_time_ms());
   }
   return laps;
 }
@@ -30,6 +22,17 @@ wmp::File file_with_laps(u16 version, std::vector<wmp::Lap> laps) {
   wmp::File file = small_file(version);
   file.laps = std::move(laps);
   return file;
+}
+
+using Times = std::vector<u32>;
+
+// Opens the tables alone and gives the times of the laps.
+Times times_of(const wmp::File& file) {
+  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+  EXPECT_TRUE(opened.opened()) << opened.error();
+  Times times;
+  for (const WmpLapRecord& lap : opened.session().laps()) times.push_back(lap.time_ms());
+  return times;
 }
 
 TEST(NormaliseLaps, RunsNeverFallAndNumbersRiseWithinARun) {
@@ -63,8 +66,8 @@ TEST(NormaliseLaps, TimesChainAndUnsetTrueTimesFillUp) {
                                         wmp::Lap{0, 1, 4, 5, 0, 1, 77}};
   OpenedSession opened(wmp::build(file_with_laps(600, stored)), Load::kTablesOnly);
   ASSERT_TRUE(opened.opened()) << opened.error();
-  const std::vector<LapView> wanted = {{1, 1, 0, 20, 20}, {1, 2, 20, 30, 30}, {1, 3, 50, 25, 26}, {1, 4, 75, 0, 5}};
-  EXPECT_EQ(laps_of(opened.session()), wanted);
+  EXPECT_EQ(laps_of(opened.session()),
+            (Laps{{1, 1, 0, 20, 20}, {1, 2, 20, 30, 30}, {1, 3, 50, 25, 26}, {1, 4, 75, 0, 5}}));
   EXPECT_EQ(opened.session().laps()[3].mark(), 0U);
 }
 
@@ -73,16 +76,13 @@ TEST(NormaliseLaps, LapsOfLaterFamiliesEndWithTheSession) {
   const std::vector<wmp::Lap> stored = {wmp::Lap{60, 1, 1, 0, 9}, wmp::Lap{60, 1, 2, 0, 9}, wmp::Lap{60, 1, 3, 0, 9}};
   wmp::File file = file_with_laps(600, stored);
   file.family = 3;
+  EXPECT_EQ(times_of(file), (Times{60, 40, 0}));
   OpenedSession cut(wmp::build(file), Load::kTablesOnly);
-  ASSERT_EQ(cut.session().laps().size(), 3U);
-  EXPECT_EQ(cut.session().laps()[0].sample_count(), 9U);
-  EXPECT_EQ(cut.session().laps()[1].time_ms(), 40U);
-  EXPECT_EQ(cut.session().laps()[1].sample_count(), 6U);
-  EXPECT_EQ(cut.session().laps()[2].time_ms(), 0U);
-  EXPECT_EQ(cut.session().laps()[2].sample_count(), 0U);
+  Times samples;
+  for (const WmpLapRecord& lap : cut.session().laps()) samples.push_back(lap.sample_count());
+  EXPECT_EQ(samples, (Times{9, 6, 0}));
   file.family = 2;
-  OpenedSession whole(wmp::build(file), Load::kTablesOnly);
-  EXPECT_EQ(whole.session().laps()[2].time_ms(), 60U);
+  EXPECT_EQ(times_of(file), (Times{60, 60, 60}));
 }
 
 TEST(NormaliseLaps, TheSamplesOfAVersion500LapTellItsTime) {
@@ -90,99 +90,66 @@ TEST(NormaliseLaps, TheSamplesOfAVersion500LapTellItsTime) {
   const std::vector<wmp::Lap> stored = {wmp::Lap{99, 1, 1, 0, 30}, wmp::Lap{7, 1, 2, 0, 16}};
   wmp::File file = file_with_laps(500, stored);
   file.dump = wmp::Bytes(1000);
-  struct Case {
-    u8 family;
-    u32 first;
-    u32 second;
-  };
   // 99 differs from 200 by more than 100 ms, 7 from 106.67 by less. From family 3 on the session's 100 ms cut both.
-  for (const Case& one : {Case{0, 99, 7}, Case{3, 99, 1}, Case{4, 100, 0}}) {
-    SCOPED_TRACE(int{one.family});
-    file.family = one.family;
-    OpenedSession opened(wmp::build(file), Load::kTablesOnly);
-    ASSERT_TRUE(opened.opened()) << opened.error();
-    EXPECT_EQ(opened.session().laps()[0].time_ms(), one.first);
-    EXPECT_EQ(opened.session().laps()[1].time_ms(), one.second);
+  const std::pair<u8, Times> cases[] = {{0, {99, 7}}, {3, {99, 1}}, {4, {100, 0}}};
+  for (const auto& [family, wanted] : cases) {
+    file.family = family;
+    EXPECT_EQ(times_of(file), wanted) << int{family};
   }
 }
 
 TEST(NormaliseLaps, EarlySoftwareHasOneRun) {
-  struct Case {
-    u16 version;
-    u32 software;
-    u8 family;
-    u16 firmware;
-    bool one_run;
-  };
-  const Case cases[] = {
+  // Version, software, family, firmware, whether there is one run.
+  const std::tuple<u16, u32, u8, u16, bool> cases[] = {
       {550, 0x20000F, 0, 0, true},    {550, 0x200010, 0, 0, false},    {550, 0x200010, 3, 999, true},
       {550, 0x200010, 5, 310, true},  {550, 0x200010, 5, 311, false},  {550, 0x200010, 9, 310, true},
       {550, 0x200010, 10, 310, true}, {550, 0x200010, 11, 310, false}, {600, 0, 3, 0, false},
       {451, 0x200010, 0, 0, true},
   };
-  for (const Case& one : cases) {
-    SCOPED_TRACE(testing::Message() << one.version << ' ' << one.software << ' ' << int{one.family});
-    wmp::File file = file_with_laps(one.version, {wmp::Lap{10, 2, 1}, wmp::Lap{10, 3, 1}});
-    file.software = one.software;
-    file.family = one.family;
-    file.firmware = {static_cast<u8>(one.firmware >> 8), static_cast<u8>(one.firmware & 0xFF), 0};
+  for (const auto& [version, software, family, firmware, one_run] : cases) {
+    SCOPED_TRACE(testing::Message() << version << ' ' << software << ' ' << int{family} << ' ' << firmware);
+    wmp::File file = file_with_laps(version, {wmp::Lap{10, 2, 1}, wmp::Lap{10, 3, 1}});
+    file.software = software;
+    file.family = family;
+    file.firmware = {static_cast<u8>(firmware >> 8), static_cast<u8>(firmware & 0xFF), 0};
     OpenedSession opened(wmp::build(file), Load::kTablesOnly);
     ASSERT_TRUE(opened.opened()) << opened.error();
-    EXPECT_EQ(opened.session().laps()[0].run(), one.one_run ? 1 : 2);
-    EXPECT_EQ(opened.session().laps()[1].run(), one.one_run ? 1 : 3);
+    EXPECT_EQ(opened.session().laps()[0].run(), one_run ? 1 : 2);
+    EXPECT_EQ(opened.session().laps()[1].run(), one_run ? 1 : 3);
   }
-}
-
-wmp::Run run_of(u16 number, float wheel_mm) {
-  wmp::Run run;
-  run.number = number;
-  run.wheel_mm = wheel_mm;
-  return run;
 }
 
 TEST(RunTable, FollowsTheLapsAndKeepsTheRecordsOfTheirRuns) {
   wmp::File file =
       file_with_laps(600, {wmp::Lap{10, 1, 1}, wmp::Lap{10, 1, 2}, wmp::Lap{10, 3, 1}, wmp::Lap{20, 4, 1}});
-  file.runs = {run_of(7, 700), run_of(3, 300), run_of(1, 100)};
+  file.runs = {wmp::Run{7, 0, 0, 700, ""}, wmp::Run{3, 0, 0, 300, ""}, wmp::Run{1, 0, 0, 100, ""}};
   OpenedSession opened(wmp::build(file), Load::kTablesOnly);
   ASSERT_TRUE(opened.opened()) << opened.error();
-  const auto runs = opened.session().runs();
-  ASSERT_EQ(runs.size(), 3U);
-  EXPECT_EQ(runs[0].number, 1);
-  EXPECT_EQ(runs[0].wheel_circumference_mm(), 100.0F);
-  EXPECT_EQ(runs[1].number, 3);
-  EXPECT_EQ(runs[1].wheel_circumference_mm(), 300.0F);
-  EXPECT_EQ(runs[2].number, 4);
-  EXPECT_EQ(runs[2].wheel_circumference_mm(), 0.0F);
+  std::vector<std::pair<u16, float>> wheels;
+  for (const auto& run : opened.session().runs()) wheels.emplace_back(run.number, run.wheel_circumference_mm());
+  EXPECT_EQ(wheels, (std::vector<std::pair<u16, float>>{{1, 100.0F}, {3, 300.0F}, {4, 0.0F}}));
   EXPECT_TRUE(opened.session().changed());
+  Times ends;
+  for (const WmpRunSpan& span : opened.session().run_spans()) {
+    ends.push_back(static_cast<u32>(span.start_ms));
+    ends.push_back(static_cast<u32>(span.start_ms + span.length_ms));
+  }
+  EXPECT_EQ(ends, (Times{0, 20, 20, 30, 30, 50}));
 
-  const std::vector<WmpRunSpan> spans = opened.session().run_spans();
-  ASSERT_EQ(spans.size(), 3U);
-  EXPECT_EQ(spans[0].length_ms, 20U);
-  EXPECT_EQ(spans[1].start_ms, 20U);
-  EXPECT_EQ(spans[2].start_ms, 30U);
-  EXPECT_EQ(spans[2].length_ms, 20U);
-}
-
-TEST(RunTable, IsMadeOfTheLapsWhereTheFileHasNone) {
-  OpenedSession opened(wmp::build(file_with_laps(451, {wmp::Lap{10, 4, 1}, wmp::Lap{10, 9, 2}})), Load::kTablesOnly);
-  ASSERT_EQ(opened.session().runs().size(), 1U);
-  EXPECT_EQ(opened.session().runs()[0].number, 1);
-  EXPECT_EQ(opened.session().runs()[0].record, nullptr);
-}
-
-TEST(RunTable, LastLapOfRunZeroLeavesItAlone) {
-  wmp::File file = file_with_laps(600, {wmp::Lap{10, 0, 1}});
-  file.runs = {run_of(5, 1), run_of(6, 1)};
-  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
-  ASSERT_EQ(opened.session().runs().size(), 2U);
-  EXPECT_EQ(opened.session().run_spans()[0].length_ms, 0U);
+  // Made of the laps where the file has none; left alone where the last lap has run 0.
+  OpenedSession old(wmp::build(file_with_laps(451, {wmp::Lap{10, 4, 1}, wmp::Lap{10, 9, 2}})), Load::kTablesOnly);
+  ASSERT_EQ(old.session().runs().size(), 1U);
+  EXPECT_EQ(old.session().runs()[0].number, 1);
+  EXPECT_EQ(old.session().runs()[0].record, nullptr);
+  file.laps = {wmp::Lap{10, 0, 1}};
+  OpenedSession zero(wmp::build(file), Load::kTablesOnly);
+  ASSERT_EQ(zero.session().runs().size(), 3U);
+  EXPECT_EQ(zero.session().run_spans()[0].length_ms, 0U);
 }
 
 TEST(NormaliseTables, NamesClassesAndRates) {
   wmp::File file = small_file(600);
-  file.logged.clear();
-  for (int i = 0; i < 4; ++i) file.logged.push_back(plain_channel("x", {1}));
+  file.logged.assign(4, plain_channel("x", {1}));
   file.logged[0].name = " \t Water temp \r\n";
   file.logged[1].sensor = 93;
   file.logged[1].rate = 15;
@@ -215,20 +182,16 @@ TEST(NormaliseTables, TheSecondChannelOfFamily4IsTheLoggersTemperature) {
 }
 
 TEST(NormaliseCounts, DerivedChannelsAreAsLongAsTheLongestLoggedOne) {
-  struct Case {
-    u16 rate;
-    u32 wanted;
-  };
   // Logged: 10 samples at 100 Hz, 5 at 50 Hz, and 7 that have no frequency.
-  const Case cases[] = {{5, 10}, {4, 5}, {6, 20}, {8, 100}, {0, 0}, {10, 0}, {2, 1}, {99, 0}};
-  for (const Case& one : cases) {
+  const std::pair<u16, u32> cases[] = {{5, 10}, {4, 5}, {6, 20}, {8, 100}, {0, 0}, {10, 0}, {2, 1}, {99, 0}};
+  for (const auto& [rate, wanted] : cases) {
     wmp::File file = small_file(600);
     file.logged.push_back(plain_channel("No rate", {1, 2, 3, 4, 5, 6, 7}, 10));
-    file.derived = {plain_channel("Derived", {}, one.rate)};
+    file.derived = {plain_channel("Derived", {}, rate)};
     OpenedSession opened(wmp::build(file), Load::kTablesOnly);
     ASSERT_EQ(opened.session().channel_count(), 4U);
     EXPECT_TRUE(opened.session().is_derived(3));
-    EXPECT_EQ(opened.session().channel(3).sample_count(), one.wanted) << one.rate;
+    EXPECT_EQ(opened.session().channel(3).sample_count(), wanted) << rate;
     // The slow channel lasts longest: 7 samples of 32 seconds.
     EXPECT_EQ(opened.session().header().duration_ms(), 224000U);
   }
