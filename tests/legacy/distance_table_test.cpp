@@ -15,10 +15,10 @@ namespace traguardo::test {
 namespace {
 
 // Two user units of speed to the metre per second, two user units of length to the metre.
-SpeedTrace trace_of(const std::vector<float>& speeds, u32 period_ms, u32 frequency_hz) {
+SpeedTrace trace_of(const std::vector<float>& speeds, u32 frequency_hz) {
   SpeedTrace trace;
   trace.speeds = speeds;
-  trace.period_ms = period_ms;
+  trace.period_ms = frequency_hz == 0 ? 32000 : 1000 / frequency_hz;
   trace.frequency_hz = frequency_hz;
   trace.metres_per_second = 0.5F;
   trace.units_per_metre = 2.0F;
@@ -44,27 +44,22 @@ std::vector<double> summed(std::size_t entries, u32 step_ms, const std::function
 }
 
 TEST(DistanceTable, SumsUpTheSpeedAtEveryRate) {
-  struct Rate {
-    u32 period_ms;
-    u32 frequency_hz;
-  };
-  const Rate rates[] = {{1000, 1}, {500, 2}, {250, 4},  {200, 5}, {125, 8}, {100, 10},
-                        {50, 20},  {20, 50}, {10, 100}, {5, 200}, {2, 500}, {1, 1000}};
-  for (const Rate& rate : rates) {
-    SCOPED_TRACE(rate.frequency_hz);
+  for (const u32 frequency_hz : {1U, 2U, 4U, 5U, 8U, 10U, 20U, 50U, 100U, 200U, 500U, 1000U}) {
+    SCOPED_TRACE(frequency_hz);
+    const u32 period_ms = 1000 / frequency_hz;
     // 40 seconds and a little: the last samples fill no entry.
-    const std::vector<float> speeds = random_speeds(40 * rate.frequency_hz + 1);
-    const std::vector<float> table = make_distance_table(trace_of(speeds, rate.period_ms, rate.frequency_hz));
-    const std::size_t entries = speeds.size() * rate.period_ms / 100;
+    const std::vector<float> speeds = random_speeds(40 * frequency_hz + 1);
+    const std::vector<float> table = make_distance_table(trace_of(speeds, frequency_hz));
+    const std::size_t entries = speeds.size() * period_ms / 100;
     ASSERT_EQ(table.size(), entries + 2);
     // Slower than the table, each entry takes one sample; else all samples of a tenth of a second count.
-    const u32 step_ms = rate.frequency_hz < 10 ? 100 : rate.period_ms;
-    const std::vector<double> wanted = summed(
-        entries + 1, step_ms, [&](u32 time_ms) { return static_cast<double>(speeds[time_ms / rate.period_ms]); });
+    const u32 step_ms = frequency_hz < 10 ? 100 : period_ms;
+    const std::vector<double> wanted =
+        summed(entries + 1, step_ms, [&](u32 time_ms) { return static_cast<double>(speeds[time_ms / period_ms]); });
     for (std::size_t i = 0; i <= entries; ++i) ASSERT_NEAR(table[i], wanted[i], 1e-4 * wanted[i]) << i;
     // The entry behind the last: on in a straight line, or hardly further at all.
     const double last_step = static_cast<double>(table[entries]) - static_cast<double>(table[entries - 1]);
-    const double rise = rate.frequency_hz < 10 ? 0.001 : last_step;
+    const double rise = frequency_hz < 10 ? 0.001 : last_step;
     EXPECT_NEAR(table[entries + 1], static_cast<double>(table[entries]) + rise, 0.01);
   }
 }
@@ -75,7 +70,7 @@ TEST(DistanceTable, AStandingVehicleCreeps) {
     std::vector<float> speeds(10 * frequency_hz, 0.0F);
     speeds.front() = -3.0F;
     speeds.resize(20 * frequency_hz, 100.0F);
-    SpeedTrace trace = trace_of(speeds, 1000 / frequency_hz, frequency_hz);
+    SpeedTrace trace = trace_of(speeds, frequency_hz);
     // 0.001 m/s over ten seconds.
     EXPECT_NEAR(make_distance_table(trace)[100], 2 * 0.01, 1e-5) << frequency_hz;
     trace.from_receiver_logger = true;
@@ -89,17 +84,14 @@ TEST(DistanceTable, AReceiversSpeedCountsOnceASecond) {
   std::vector<float> speeds(100, 1000.0F);
   for (std::size_t i = 0; i < speeds.size(); i += 5) speeds[i] = 40.0F;
   speeds[5] = 0.0F;
-  SpeedTrace trace = trace_of(speeds, 200, 5);
+  SpeedTrace trace = trace_of(speeds, 5);
   trace.from_receiver_logger = true;
   trace.is_receiver_speed = true;
   const std::vector<float> table = make_distance_table(trace);
   ASSERT_EQ(table.size(), 202U);
   // 20 m/s; entries in metres, and only what is left of the table in the user's unit.
-  EXPECT_NEAR(table[10], 20.0, 1e-3);
-  EXPECT_NEAR(table[20], 20.0, 1e-3);
-  EXPECT_NEAR(table[25], 30.0, 1e-3);
-  EXPECT_NEAR(table[200], 380.0, 1e-2);
-  EXPECT_NEAR(table[201], 760.0, 2e-2);
+  const std::pair<std::size_t, double> entries[] = {{10, 20}, {20, 20}, {25, 30}, {200, 380}, {201, 760}};
+  for (const auto& [at, metres] : entries) EXPECT_NEAR(table[at], metres, 2e-5 * metres) << at;
   // At 10 Hz and more the receiver's speed is like any other.
   const std::vector<float> fast(200, 40.0F);
   trace.speeds = fast;
@@ -110,22 +102,19 @@ TEST(DistanceTable, AReceiversSpeedCountsOnceASecond) {
 
 TEST(DistanceTable, NoTableOfTooLittle) {
   // One user unit of distance per user unit of speed and second.
-  EXPECT_TRUE(make_distance_table(trace_of(std::vector<float>(20, 49.0F), 100, 10)).empty());
-  EXPECT_FALSE(make_distance_table(trace_of(std::vector<float>(20, 51.0F), 100, 10)).empty());
-  EXPECT_TRUE(make_distance_table(trace_of({1e6F}, 100, 10)).empty());
-  EXPECT_TRUE(make_distance_table(trace_of({}, 100, 10)).empty());
-  EXPECT_TRUE(make_distance_table(trace_of(std::vector<float>(20, 1e6F), 32000, 0)).empty());
+  EXPECT_TRUE(make_distance_table(trace_of(std::vector<float>(20, 49.0F), 10)).empty());
+  EXPECT_FALSE(make_distance_table(trace_of(std::vector<float>(20, 51.0F), 10)).empty());
+  EXPECT_TRUE(make_distance_table(trace_of({1e6F}, 10)).empty());
+  EXPECT_TRUE(make_distance_table(trace_of({}, 10)).empty());
+  EXPECT_TRUE(make_distance_table(trace_of(std::vector<float>(20, 1e6F), 0)).empty());
   // Two samples that fill no entry, and still go far.
-  EXPECT_EQ(make_distance_table(trace_of({1e6F, 1e6F}, 1, 1000)).size(), 2U);
+  EXPECT_EQ(make_distance_table(trace_of({1e6F, 1e6F}, 1000)).size(), 2U);
 }
 
 TEST(DistanceTable, DistancesBetweenEntries) {
   const std::vector<float> table = {0.0F, 10.0F, 30.0F, 40.0F};
-  EXPECT_EQ(distance_in_table(table, 0), 0.0F);
-  EXPECT_EQ(distance_in_table(table, 50), 5.0F);
-  EXPECT_EQ(distance_in_table(table, 100), 10.0F);
-  EXPECT_EQ(distance_in_table(table, 175), 25.0F);
-  EXPECT_EQ(distance_in_table(table, 250), 35.0F);
+  const std::pair<u32, float> cases[] = {{0, 0.0F}, {50, 5.0F}, {100, 10.0F}, {175, 25.0F}, {250, 35.0F}};
+  for (const auto& [time_ms, distance] : cases) EXPECT_EQ(distance_in_table(table, time_ms), distance) << time_ms;
   EXPECT_EQ(distance_in_table(table, 0xFFFFFFFF), distance_in_table(table, 295));
   EXPECT_EQ(distance_in_table({}, 50), 0.0F);
 }
@@ -152,15 +141,13 @@ wmp::File file_with_speeds(std::vector<wmp::Channel> logged, i16 reference) {
 
 void expect_lap_rows(CWMP& session, double metres_per_second) {
   ASSERT_EQ(session.lap_rows().size(), 2U);
-  const WmpLapRow& first = session.lap_rows()[0];
-  const WmpLapRow& second = session.lap_rows()[1];
-  EXPECT_EQ(first.length_ms, 5000U);
-  EXPECT_EQ(second.start_ms, 5000U);
-  EXPECT_EQ(second.length_ms, 15000U);
-  EXPECT_EQ(first.distance_at_start, 0.0F);
-  EXPECT_NEAR(first.distance_covered, 5 * metres_per_second, 0.01);
-  EXPECT_NEAR(second.distance_at_start, 5 * metres_per_second, 0.01);
-  EXPECT_NEAR(second.distance_covered, 15 * metres_per_second, 0.05);
+  const std::pair<u32, u32> starts_and_lengths_ms[] = {{0, 5000}, {5000, 15000}};
+  for (std::size_t i = 0; i < 2; ++i) {
+    const WmpLapRow& row = session.lap_rows()[i];
+    EXPECT_EQ(std::pair(row.start_ms, row.length_ms), starts_and_lengths_ms[i]);
+    EXPECT_NEAR(row.distance_at_start, row.start_ms / 1000.0 * metres_per_second, row.start_ms * 2e-6);
+    EXPECT_NEAR(row.distance_covered, row.length_ms / 1000.0 * metres_per_second, row.length_ms * 2e-6);
+  }
 }
 
 TEST(LapRows, FollowTheReferenceSpeed) {
