@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <random>
+#include <span>
 
 #include "opened_session.h"
 
@@ -15,8 +16,6 @@ using wmp::Bytes;
 constexpr u16 kVersions[] = {100, 320, 400, 451, 500, 550, 600, 700};
 constexpr u16 kVersionsWithRuns[] = {500, 550, 600};
 constexpr u16 kVersionsWithRecordsOf668[] = {400, 500, 550, 600};
-constexpr std::size_t kChannelFields[] = {62, 64, 68, 70, 72, 92, 96, 100, 104, 132, 136, 661, 662, 664};
-constexpr u16 kWordClaims[] = {0, 1, 3, 500, 0x7FFF, 0x8000, 0xFFFF};
 
 wmp::File claiming_file(u16 version) {
   wmp::File file = small_file(version);
@@ -50,70 +49,51 @@ void expect_bounded(const Bytes& bytes) {
   EXPECT_LE(derived, 4 * logged + (u64{16} << 20));
 }
 
-TEST(HostileClaims, EveryCountOfTheHeader) {
-  struct Field {
-    const char* what;
-    std::size_t at;
-  };
-  const Field words[] = {{"channels", 96}, {"laps", 98}, {"logged", 100}, {"derived", 102}, {"reference", 118}};
-  const Field dwords[] = {{"file length", 84}, {"duration", 88}, {"value area", 92}, {"raw area", 121}};
-  for (const u16 version : kVersions) {
-    const Bytes sound = wmp::build(claiming_file(version));
-    const std::size_t header = wmp::header_at(version);
-    const auto check = [&](Bytes damaged) {
-      if (version >= 600) wmp::reseal_block_a(&damaged);
+// Each field, wherever its record lies, with each of these claims in it. Four bytes cover the shorter fields, too.
+constexpr u32 kClaims[] = {0, 1, 2, 3, 15, 500, 0x7FFF, 0x8000, 0xFFFF, 100000, 0x7F800000, 0x7FFFFFFF, 0xFFFFFFFF};
+
+void claim_everywhere(u16 version, std::size_t record, std::span<const std::size_t> fields, std::size_t width) {
+  const Bytes sound = wmp::build(claiming_file(version));
+  for (const std::size_t at : fields) {
+    for (const u32 claim : kClaims) {
+      if (width == 2 && claim > 0xFFFF) break;
+      SCOPED_TRACE(testing::Message() << version << ", record at " << record << ", field " << at << ": " << claim);
+      Bytes damaged = sound;
+      if (width == 2) {
+        wmp::set_word(&damaged, record + at, static_cast<u16>(claim));
+      } else {
+        wmp::set_dword(&damaged, record + at, claim);
+      }
+      if (version >= 600) {
+        wmp::reseal_block_a(&damaged);
+        for (std::size_t i = 0; i < 3; ++i) wmp::reseal_channel(&damaged, i);
+      }
       expect_bounded(damaged);
-    };
-    for (const Field& field : words) {
-      for (const u16 claim : kWordClaims) {
-        SCOPED_TRACE(testing::Message() << version << ' ' << field.what << ' ' << claim);
-        Bytes damaged = sound;
-        wmp::set_word(&damaged, header + field.at, claim);
-        check(std::move(damaged));
-      }
     }
-    for (const Field& field : dwords) {
-      for (const u32 claim : {0U, 1U, 3U, 100000U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
-        SCOPED_TRACE(testing::Message() << version << ' ' << field.what << ' ' << claim);
-        Bytes damaged = sound;
-        wmp::set_dword(&damaged, header + field.at, claim);
-        check(std::move(damaged));
-      }
-    }
+  }
+}
+
+TEST(HostileClaims, EveryCountOfTheHeader) {
+  // Channels, laps, logged, derived, reference; file length, duration, value area, raw area.
+  constexpr std::size_t kWords[] = {96, 98, 100, 102, 118};
+  constexpr std::size_t kDwords[] = {84, 88, 92, 121};
+  for (const u16 version : kVersions) {
+    claim_everywhere(version, wmp::header_at(version), kWords, 2);
+    claim_everywhere(version, wmp::header_at(version), kDwords, 4);
   }
 }
 
 TEST(HostileClaims, RunsExtrasAndTheDump) {
-  for (const u16 version : kVersionsWithRuns) {
-    const Bytes sound = wmp::build(claiming_file(version));
-    const std::size_t block = wmp::configuration_at(version);
-    for (const u32 claim : {0U, 1U, 2U, 0xFFFFU, 0xFFFFFFFFU}) {
-      for (const std::size_t at : {std::size_t{0}, std::size_t{18}, std::size_t{22}}) {
-        SCOPED_TRACE(testing::Message() << version << " at " << at << ' ' << claim);
-        Bytes damaged = sound;
-        wmp::set_dword(&damaged, block + at, claim);
-        if (version >= 600) wmp::reseal_block_a(&damaged);
-        expect_bounded(damaged);
-      }
-    }
-  }
+  constexpr std::size_t kFields[] = {0, 18, 22};
+  for (const u16 version : kVersionsWithRuns) claim_everywhere(version, wmp::configuration_at(version), kFields, 4);
 }
 
 TEST(HostileClaims, EveryNumberOfAChannel) {
+  constexpr std::size_t kFields[] = {62, 64, 68, 70, 72, 92, 96, 100, 104, 132, 136, 661, 662, 664};
   for (const u16 version : kVersionsWithRecordsOf668) {
-    const Bytes sound = wmp::build(claiming_file(version));
+    const std::size_t stride = version >= 600 ? 1056U : version >= 500 ? 1024U : 668U;
     for (std::size_t channel = 0; channel < 3; ++channel) {
-      const std::size_t stride = version >= 600 ? 1056U : version >= 500 ? 1024U : 668U;
-      const std::size_t record = wmp::first_channel_at(version) + channel * stride;
-      for (const std::size_t at : kChannelFields) {
-        for (const u32 claim : {0U, 1U, 15U, 0xFFFFU, 0x7F800000U, 0xFFFFFFFFU}) {
-          SCOPED_TRACE(testing::Message() << version << " channel " << channel << " at " << at << ' ' << claim);
-          Bytes damaged = sound;
-          wmp::set_dword(&damaged, record + at, claim);
-          if (version >= 600) wmp::reseal_channel(&damaged, channel);
-          expect_bounded(damaged);
-        }
-      }
+      claim_everywhere(version, wmp::first_channel_at(version) + channel * stride, kFields, 4);
     }
   }
 }
