@@ -10,10 +10,6 @@ namespace {
 
 using wmp::Bytes;
 
-void cut(Bytes* bytes, std::size_t length) {
-  bytes->resize(length);
-}
-
 TEST(JtsFile, YieldsWhatStandsInFrontOfTheDamage) {
   struct Case {
     const char* what;
@@ -27,14 +23,14 @@ TEST(JtsFile, YieldsWhatStandsInFrontOfTheDamage) {
       {"more than stated", true, 2, [](Bytes* b) { wmp::set_dword(b, 30, 2); }},
       {"none stated", true, 0, [](Bytes* b) { wmp::set_dword(b, 30, 0); }},
       {"four billion stated", true, 5, [](Bytes* b) { wmp::set_dword(b, 30, 0xFFFFFFFF); }},
-      {"a torn record", true, 3, [](Bytes* b) { cut(b, 64 + 3 * 64 + 63); }},
+      {"a torn record", true, 3, [](Bytes* b) { b->resize(64 + 3 * 64 + 63); }},
       {"a strange tag", true, 2, [](Bytes* b) { (*b)[64 + 2 * 64 + 3] = 'M'; }},
       {"marks and headers say more than is read", true, 5,
        [](Bytes* b) {
          for (const std::size_t at : {4, 15, 20, 29, 34, 47, 52, 63}) (*b)[at] = 0xEE;
        }},
-      {"no record", true, 0, [](Bytes* b) { cut(b, 64); }},
-      {"cut in the second mark", false, 0, [](Bytes* b) { cut(b, 63); }},
+      {"no record", true, 0, [](Bytes* b) { b->resize(64); }},
+      {"cut in the second mark", false, 0, [](Bytes* b) { b->resize(63); }},
       {"empty", false, 0, [](Bytes* b) { b->clear(); }},
       {"first mark", false, 0, [](Bytes* b) { (*b)[0] = 'h'; }},
       {"header", false, 0, [](Bytes* b) { (*b)[19] = 0; }},
@@ -64,9 +60,7 @@ TEST(JtsFile, ManyRecordsComeInOrder) {
   std::wstring error;
   ASSERT_TRUE(IJTSFileParser::LeggiCampioniGps(folder.wide("t.jts"), &records, &error));
   ASSERT_EQ(records.size(), 2500U);
-  EXPECT_EQ(records[1023].logger_time_ms(), 1023000U);
-  EXPECT_EQ(records[1024].logger_time_ms(), 1024000U);
-  EXPECT_EQ(records[2499].logger_time_ms(), 2499000U);
+  for (std::size_t i = 0; i < records.size(); ++i) ASSERT_EQ(records[i].logger_time_ms(), 1000 * i);
 }
 
 TEST(JtsReader, ATraceNeedsThreeRecords) {
