@@ -2,7 +2,9 @@
 // offset, with nothing of the reader in it.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -27,11 +29,7 @@ class Fields {
   Fields& byte(std::size_t at, u32 value) { return put(at, value, 1); }
   Fields& word(std::size_t at, u32 value) { return put(at, value, 2); }
   Fields& dword(std::size_t at, u32 value) { return put(at, value, 4); }
-  Fields& real(std::size_t at, float value) {
-    u32 bits;
-    std::memcpy(&bits, &value, sizeof bits);
-    return put(at, bits, 4);
-  }
+  Fields& real(std::size_t at, float value) { return put(at, std::bit_cast<u32>(value), 4); }
   Fields& text(std::size_t at, std::size_t width, const std::string& value) {
     for (std::size_t i = 0; i < width && i < value.size(); ++i) bytes_[at + i] = static_cast<u8>(value[i]);
     return *this;
@@ -67,13 +65,9 @@ struct Channel {
   u32 function_id = 0;
   u32 second_function_id = 0;
   bool inverted = false;
-  bool whole_numbers = false;
   bool digit = false;
   std::vector<u16> words;     // versions from 400 on
   std::vector<float> values;  // versions 100 to 320
-  u32 claimed_count = 0;      // 0: as many as there are
-
-  u32 count() const { return claimed_count != 0 ? claimed_count : static_cast<u32>(words.size()); }
 };
 
 struct Lap {
@@ -120,6 +114,10 @@ struct File {
 inline void append(Bytes* out, const Bytes& more) {
   out->insert(out->end(), more.begin(), more.end());
 }
+inline Bytes joined(Bytes first, const Bytes& second) {
+  append(&first, second);
+  return first;
+}
 
 inline u32 sum_of(const Bytes& bytes, std::size_t from, std::size_t count) {
   u32 sum = 0;
@@ -135,27 +133,20 @@ inline void append_group(Bytes* out, const Bytes& records, u16 version_in_head =
   append(out, records);
 }
 
-inline u32 raw_size(const File& file) {
-  std::size_t words = 0;
-  for (const Channel& channel : file.logged) words += channel.words.size();
-  return static_cast<u32>(2 * words);
-}
-
-inline u32 value_size(const File& file) {
-  if (file.version > 320) return 2 * raw_size(file);
-  std::size_t values = 0;
-  for (const Channel& channel : file.logged) values += channel.values.size();
-  return static_cast<u32>(4 * values);
-}
-
 // The file length is filled in at the end of build().
 inline Bytes header(const File& file) {
+  std::size_t words = 0;
+  std::size_t values = 0;
+  for (const Channel& channel : file.logged) {
+    words += channel.words.size();
+    values += file.version <= 320 ? channel.values.size() : channel.words.size();
+  }
   Fields out(kHeaderSize);
   out.word(0, 22349).word(2, file.version).text(44, 40, file.date).dword(88, file.duration_ms);
-  out.dword(92, value_size(file)).word(96, static_cast<u32>(file.channels()));
+  out.dword(92, static_cast<u32>(4 * values)).word(96, static_cast<u32>(file.channels()));
   out.word(98, static_cast<u32>(file.laps.size())).word(100, static_cast<u32>(file.logged.size()));
   out.word(102, static_cast<u32>(file.derived.size())).word(118, static_cast<u16>(file.reference));
-  out.byte(120, file.family).dword(121, raw_size(file));
+  out.byte(120, file.family).dword(121, static_cast<u32>(2 * words));
   out.byte(136, file.firmware[1]).byte(137, file.firmware[0]).byte(142, file.firmware[2]).dword(138, file.software);
   return out.bytes();
 }
@@ -184,7 +175,10 @@ inline Bytes extended_names(const File& file) {
 inline Bytes channel_record(const Channel& channel) {
   Fields out(668);
   out.text(0, 20, channel.name).text(20, 10, channel.unit).dword(38, channel.origin).word(62, channel.filter);
-  out.word(64, channel.sensor).word(68, channel.measure_class).word(70, channel.rate).dword(72, channel.count());
+  out.word(64, channel.sensor)
+      .word(68, channel.measure_class)
+      .word(70, channel.rate)
+      .dword(72, static_cast<u32>(channel.words.size()));
   out.real(76, channel.display_minimum).real(80, channel.display_maximum);
   for (std::size_t i = 0; i < 5; ++i) out.real(92 + 4 * i, channel.parameters[i]);
   out.real(132, channel.gain).real(136, channel.offset).text(140, 256, channel.formula);
@@ -196,7 +190,7 @@ inline Bytes channel_record(const Channel& channel) {
 inline Bytes channel_extension(const Channel& channel) {
   Fields out(356);
   out.dword(100, channel.function_id).dword(104, channel.second_function_id).byte(108, channel.inverted ? 1 : 0);
-  out.byte(111, channel.digit ? 1 : 0).byte(112, channel.whole_numbers ? 1 : 0);
+  out.byte(111, channel.digit ? 1 : 0);
   return out.bytes();
 }
 
@@ -209,8 +203,9 @@ inline Bytes old_channel_record(const Channel& channel) {
   return out.bytes();
 }
 
-inline Bytes lap_record(const Lap& lap) {
-  Fields out(134);
+// With its extension from version 500 on.
+inline Bytes lap_record(const Lap& lap, std::size_t size) {
+  Fields out(size);
   out.dword(4, lap.time_ms).word(16, static_cast<u16>(lap.number)).dword(34, lap.samples).word(83, lap.run);
   out.word(112, lap.counts_for_best).dword(114, lap.mark).dword(118, lap.true_time_ms);
   return out.bytes();
@@ -224,12 +219,9 @@ inline Bytes run_record(const Run& run) {
 }
 
 inline Bytes word_bytes(const std::vector<u16>& words) {
-  Bytes out;
-  for (const u16 word : words) {
-    out.push_back(static_cast<u8>(word));
-    out.push_back(static_cast<u8>(word >> 8));
-  }
-  return out;
+  Fields out(2 * words.size());
+  for (std::size_t i = 0; i < words.size(); ++i) out.word(2 * i, words[i]);
+  return out.bytes();
 }
 
 inline Bytes value_bytes(const std::vector<float>& values) {
@@ -250,11 +242,10 @@ inline std::size_t aligned_areas(const File& file) {
 }
 
 inline void set_dword(Bytes* bytes, std::size_t at, u32 value) {
-  for (std::size_t i = 0; i < 4; ++i) (*bytes)[at + i] = static_cast<u8>(value >> (8 * i));
+  store_u32(&bytes->at(at), value);
 }
 inline void set_word(Bytes* bytes, std::size_t at, u16 value) {
-  (*bytes)[at] = static_cast<u8>(value);
-  (*bytes)[at + 1] = static_cast<u8>(value >> 8);
+  store_u16(&bytes->at(at), value);
 }
 
 // Offsets in the built file.
@@ -288,7 +279,7 @@ inline Bytes build_plain(const File& file) {
   } else {
     for (const Channel& channel : all_channels(file)) append(&out, channel_record(channel));
   }
-  for (const Lap& lap : file.laps) append(&out, lap_record(lap));
+  for (const Lap& lap : file.laps) append(&out, lap_record(lap, 134));
   for (const Channel& channel : file.logged) {
     append(&out, file.version <= 320 ? value_bytes(channel.values) : word_bytes(channel.words));
   }
@@ -303,18 +294,14 @@ inline Bytes build_long(const File& file) {
   append(&out, names(file));
   append(&out, extended_names(file));
   for (const Channel& channel : all_channels(file)) {
-    append(&out, channel_record(channel));
-    append(&out, channel_extension(channel));
+    append(&out, joined(channel_record(channel), channel_extension(channel)));
   }
-  for (const Lap& lap : file.laps) {
-    append(&out, lap_record(lap));
-    append(&out, Bytes(122));
-  }
+  for (const Lap& lap : file.laps) append(&out, lap_record(lap, 256));
   out.resize(dump_at);
   if (file.version == 550) {
     for (std::size_t i = 0; i < file.logged.size() && i < 2; ++i) {
       const Bytes words = word_bytes(file.logged[i].words);
-      for (std::size_t k = 0; k < words.size(); ++k) out[aligned_areas(file) + i * 65536 + k] = words[k];
+      std::copy(words.begin(), words.end(), out.begin() + static_cast<std::ptrdiff_t>(aligned_areas(file) + i * 65536));
     }
   }
   append(&out, file.dump);
@@ -323,23 +310,13 @@ inline Bytes build_long(const File& file) {
 
 inline Bytes build_blocks(const File& file) {
   Bytes out;
-  Bytes group = header(file);
-  append(&group, configuration(file, 0));
-  append_group(&out, group, file.version);
-  group = names(file);
-  append(&group, extended_names(file));
-  append_group(&out, group);
+  append_group(&out, joined(header(file), configuration(file, 0)), file.version);
+  append_group(&out, joined(names(file), extended_names(file)));
   append_group(&out, identity(file));
   for (const Channel& channel : all_channels(file)) {
-    group = channel_record(channel);
-    append(&group, channel_extension(channel));
-    append_group(&out, group);
+    append_group(&out, joined(channel_record(channel), channel_extension(channel)));
   }
-  for (const Lap& lap : file.laps) {
-    group = lap_record(lap);
-    append(&group, Bytes(122));
-    append_group(&out, group);
-  }
+  for (const Lap& lap : file.laps) append_group(&out, lap_record(lap, 256));
   for (const Run& run : file.runs) append_group(&out, run_record(run));
   for (std::size_t i = 0; i < file.extras; ++i) append_group(&out, Bytes(64, 7));
   for (const Channel& channel : file.logged) append(&out, word_bytes(channel.words));
