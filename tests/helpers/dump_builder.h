@@ -40,7 +40,7 @@ class Dump {
   }
   Dump& set_device(u32 code) { return set_dword(32768 + 4, code); }
   Dump& set_dword(std::size_t at, u32 value) {
-    for (std::size_t i = 0; i < 4; ++i) set_up_[at + i] = static_cast<u8>(value >> (8 * i));
+    store_u32(&set_up_[at], value);
     return *this;
   }
 
