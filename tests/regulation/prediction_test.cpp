@@ -154,7 +154,7 @@ class Prediction : public ::testing::Test {
     input.predicted_speeds_mph = speeds;
     return prediction_.predict(input);
   }
-  // A table of rows that rise evenly, under any name.
+  // A table of rows that rise evenly.
   std::vector<ElapsedTimeRow> even_table(std::size_t rows) const {
     std::vector<ElapsedTimeRow> table;
     for (std::size_t i = 0; i < rows; ++i) {
@@ -185,12 +185,10 @@ TEST_F(Prediction, AgreesWithTheStepsInDoublePrecision) {
     agrees_with_model(table, accelerating(25.0, 2.5, 420), length);
   }
   // A run that beats the reference for a while lifts the rest for good.
-  agrees_with_model(table,
-                    run_of(52.0, 240,
-                           [](double distance, std::size_t) {
-                             return reference_speed(distance) + (distance > 400 && distance < 500 ? 5.0 : 0.0);
-                           }),
-                    660);
+  const auto faster_for_a_while = [](double distance, std::size_t) {
+    return reference_speed(distance) + (distance > 400 && distance < 500 ? 5.0 : 0.0);
+  };
+  agrees_with_model(table, run_of(52.0, 240, faster_for_a_while), 660);
 }
 
 TEST_F(Prediction, CarriesARunOnAsItBegan) {
@@ -209,16 +207,13 @@ TEST_F(Prediction, CarriesARunOnAsItBegan) {
   }
 }
 
-TEST_F(Prediction, PrefersTheTableWithoutAName) {
+TEST_F(Prediction, PrefersTheTableWithoutANameAndNeedsOne) {
   const MeasuredRun run = accelerating(25.0, 2.5, 420);
   const std::optional<i64> by_default = predict(run, 660);
   ASSERT_TRUE(write_table(prediction_.folder(), L"", even_table(20)));
   agrees_with_model(even_table(20), run, 660);
   EXPECT_NE(predict(run, 660), by_default);
-}
 
-TEST_F(Prediction, WithoutATableNothingIsPredicted) {
-  const MeasuredRun run = accelerating(25.0, 2.5, 420);
   std::vector<float> speeds(10, -1.0F);
   ASSERT_TRUE(write_table(prediction_.folder(), L"", even_table(19)));
   EXPECT_FALSE(predict(run, 660, speeds).has_value());
