@@ -31,16 +31,18 @@ class CalibratedRuns : public ::testing::Test {
 };
 
 TEST_F(CalibratedRuns, MeetEveryMarkOfEveryMode) {
+  const std::array<u32, 5> kLong = {2100, 6700, 12400, 18100, 23600};
+  const std::vector<float> kLongTargets = {60, 330, 660, 1000, 1320};
   const struct {
     i32 mode;
     std::array<u32, 5> times_ms;
     std::vector<float> targets;
     double predicted_ms;
   } kCases[] = {
-      {0, {2100, 6700, 12400, 18100, 23600}, {60, 330, 660, 1000, 1320}, 12400},
+      {0, kLong, kLongTargets, 12400},
       // The timing begins at 600 feet and is counted from the mark at 660, though: 12400 + (23600 - 11363.6).
-      {1, {2100, 6700, 12400, 18100, 23600}, {60, 330, 660, 1000, 1320}, 24636.4},
-      {2, {2100, 6700, 12400, 18100, 23600}, {60, 330, 660, 1000, 1320}, 6700},
+      {1, kLong, kLongTargets, 24636.4},
+      {2, kLong, kLongTargets, 6700},
       {3, {2100, 9600, 0, 0, 0}, {60, 500}, 9600},
       {4, {3550, 0, 0, 0, 0}, {150}, -1},
   };
