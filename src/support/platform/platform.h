@@ -1,5 +1,5 @@
-// The only door to the operating system. posix.cpp and win32.cpp implement it; nothing else in src/ includes a system
-// header or asks which platform it runs on.
+// The only door to the operating system. posix.cpp and win32.cpp implement it, common.cpp what is the same on both;
+// nothing else in src/ includes a system header or asks which platform it runs on.
 //
 // Paths are wide strings. On Linux each character is one byte of the path (0 to 255), so that every path survives; on
 // Windows they are what the system takes.
@@ -69,6 +69,9 @@ class File {
  private:
   friend class Mapping;
   friend class Claim;
+  bool reserve_blocks(u64 present, u64 bytes);
+  bool write_bytes(u64 offset, const void* bytes, std::size_t count);
+
   static constexpr std::intptr_t kNone = -1;
   std::intptr_t handle_ = kNone;
 };

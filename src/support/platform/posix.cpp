@@ -10,27 +10,14 @@
 #include <cstdlib>
 #include <utility>
 
-#include "support/platform/platform.h"
+#include "support/platform/detail.h"
 
 namespace traguardo::platform {
 
 namespace {
 
-thread_local int t_last_error = 0;
-
 bool failed() {
-  t_last_error = errno;
-  return false;
-}
-
-bool ends_with_ignoring_case(std::string_view text, std::string_view suffix) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  if (text.size() < suffix.size()) return false;
-  text.remove_prefix(text.size() - suffix.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (lower(text[i]) != lower(suffix[i])) return false;
-  }
-  return true;
+  return detail::fail_with(static_cast<u32>(errno));
 }
 
 bool is_folder(const std::string& path) {
@@ -39,6 +26,8 @@ bool is_folder(const std::string& path) {
 }
 
 }  // namespace
+
+const u32 detail::kDiskFull = ENOSPC;
 
 std::wstring path_from_host_bytes(std::string_view bytes) {
   return widen_bytes(bytes);
@@ -77,24 +66,6 @@ std::wstring executable_path() {
   }
 }
 
-u32 last_error() {
-  return static_cast<u32>(t_last_error);
-}
-
-File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kNone)) {}
-
-File& File::operator=(File&& other) noexcept {
-  if (this != &other) {
-    close();
-    handle_ = std::exchange(other.handle_, kNone);
-  }
-  return *this;
-}
-
-File::~File() {
-  close();
-}
-
 File File::open(const std::wstring& path, Access access, Share, Creation creation) {
   // Sharing between readers and writers is no concept of this system; a Claim stands in where data is at stake.
   // Opening a pipe must not wait for its other end.
@@ -113,7 +84,7 @@ File File::open(const std::wstring& path, Access access, Share, Creation creatio
   // A pipe or a device has no samples, and reading it could wait for ever; a folder opens for reading and fails later.
   struct stat info;
   if (::fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
-    t_last_error = EINVAL;
+    detail::fail_with(EINVAL);
     ::close(descriptor);
     return file;
   }
@@ -132,24 +103,20 @@ bool File::resize(u64 bytes) {
   return ::ftruncate(static_cast<int>(handle_), static_cast<off_t>(bytes)) == 0 || failed();
 }
 
-bool File::reserve(u64 bytes) {
-  u64 present = 0;
-  if (!size(&present)) return false;
-  if (present >= bytes) return true;
+bool File::reserve_blocks(u64 present, u64 bytes) {
   const int descriptor = static_cast<int>(handle_);
   const int code = ::posix_fallocate(descriptor, static_cast<off_t>(present), static_cast<off_t>(bytes - present));
   if (code == 0) return true;
   if (code != EOPNOTSUPP && code != EINVAL && code != ENOSYS) {
-    t_last_error = code;
     // What a refused reservation took already goes back at once, so that others can have it.
-    if (::ftruncate(descriptor, static_cast<off_t>(present)) != 0) return false;
-    return false;
+    if (::ftruncate(descriptor, static_cast<off_t>(present)) != 0) return failed();
+    return detail::fail_with(static_cast<u32>(code));
   }
   // A file system without reservations: zeros written by hand take their blocks.
   static constexpr char kZeros[4096] = {};
   for (u64 at = present; at < bytes;) {
     const std::size_t piece = static_cast<std::size_t>(std::min<u64>(sizeof kZeros, bytes - at));
-    if (!write_at(at, kZeros, piece)) return false;
+    if (!write_bytes(at, kZeros, piece)) return false;
     at += piece;
   }
   return true;
@@ -168,41 +135,17 @@ std::size_t File::read_at(u64 offset, void* out, std::size_t count) const {
   return done;
 }
 
-bool File::write_at(u64 offset, const void* bytes, std::size_t count) {
+bool File::write_bytes(u64 offset, const void* bytes, std::size_t count) {
   std::size_t done = 0;
   while (done < count) {
     const ssize_t put = ::pwrite(static_cast<int>(handle_), static_cast<const char*>(bytes) + done, count - done,
                                  static_cast<off_t>(offset + done));
     if (put < 0 && errno == EINTR) continue;
     if (put < 0) return failed();
-    if (put == 0) {
-      t_last_error = ENOSPC;
-      return false;
-    }
+    if (put == 0) return detail::fail_with(detail::kDiskFull);
     done += static_cast<std::size_t>(put);
   }
   return true;
-}
-
-bool File::flush() {
-  // Nothing to do: what was written is seen by every later reader. Stores are temporary, so no crash of the machine
-  // needs to find them on the disk.
-  return true;
-}
-
-Claim::Claim(Claim&& other) noexcept : file_(std::move(other.file_)), path_(std::exchange(other.path_, {})) {}
-
-Claim& Claim::operator=(Claim&& other) noexcept {
-  if (this != &other) {
-    release();
-    file_ = std::move(other.file_);
-    path_ = std::exchange(other.path_, {});
-  }
-  return *this;
-}
-
-Claim::~Claim() {
-  release();
 }
 
 Claim Claim::take(const std::wstring& path) {
@@ -236,22 +179,6 @@ void Claim::release() {
 bool File::close() {
   if (handle_ == kNone) return true;
   return ::close(static_cast<int>(std::exchange(handle_, kNone))) == 0 || failed();
-}
-
-Mapping::Mapping(Mapping&& other) noexcept
-    : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)) {}
-
-Mapping& Mapping::operator=(Mapping&& other) noexcept {
-  if (this != &other) {
-    unmap();
-    data_ = std::exchange(other.data_, nullptr);
-    size_ = std::exchange(other.size_, 0);
-  }
-  return *this;
-}
-
-Mapping::~Mapping() {
-  unmap();
 }
 
 Mapping Mapping::map(const File& file, u64 offset, std::size_t length, bool writable) {
@@ -327,7 +254,6 @@ bool create_folders(const std::wstring& folder) {
 std::vector<std::wstring> list_files(const std::wstring& folder, std::wstring_view suffix) {
   std::vector<std::wstring> names;
   const std::string path = host_bytes_from_path(folder);
-  const std::string ending = narrow_low_bytes(suffix);
   DIR* stream = ::opendir(path.empty() ? "." : path.c_str());
   if (stream == nullptr) {
     failed();
@@ -335,32 +261,17 @@ std::vector<std::wstring> list_files(const std::wstring& folder, std::wstring_vi
   }
   while (const dirent* entry = ::readdir(stream)) {
     const std::string name = entry->d_name;
-    if (name == "." || name == ".." || !ends_with_ignoring_case(name, ending)) continue;
+    const std::wstring wide = widen_bytes(name);
+    if (name == "." || name == ".." || !detail::ends_with_ignoring_case(wide, suffix)) continue;
     if (is_folder(std::string(path).append("/").append(name))) continue;
-    names.push_back(widen_bytes(name));
+    names.push_back(wide);
   }
   ::closedir(stream);
   return names;
 }
 
-bool read_whole_file(const std::wstring& path, std::string* bytes, u64 limit) {
-  const File file = File::open(path, Access::kRead, Share::kReadWrite, Creation::kMustExist);
-  u64 size = 0;
-  if (!file || !file.size(&size) || size > limit) return false;
-  bytes->resize(static_cast<std::size_t>(size));
-  bytes->resize(file.read_at(0, bytes->data(), bytes->size()));
-  return true;
-}
-
-bool write_whole_file(const std::wstring& path, std::string_view bytes) {
-  File file = File::open(path, Access::kReadWrite, Share::kRead, Creation::kCreateOrTruncate);
-  return file && file.write_at(0, bytes.data(), bytes.size());
-}
-
-bool append_text(const std::wstring& path, std::string_view text) {
-  File file = File::open(path, Access::kReadWrite, Share::kReadWrite, Creation::kOpenOrCreate);
-  u64 size = 0;
-  return file && file.size(&size) && file.write_at(size, text.data(), text.size());
+std::string detail::with_line_ends(std::string_view text) {
+  return std::string(text);
 }
 
 bool local_time(std::time_t when, std::tm* out) {

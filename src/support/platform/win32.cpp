@@ -4,17 +4,14 @@
 #include <atomic>
 #include <utility>
 
-#include "support/platform/platform.h"
+#include "support/platform/detail.h"
 
 namespace traguardo::platform {
 
 namespace {
 
-thread_local DWORD t_last_error = 0;
-
 bool failed() {
-  t_last_error = GetLastError();
-  return false;
+  return detail::fail_with(GetLastError());
 }
 
 HANDLE as_handle(std::intptr_t handle) {
@@ -39,17 +36,6 @@ bool is_folder(const std::wstring& path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-wchar_t lower(wchar_t c) {
-  return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
-}
-
-bool ends_with_ignoring_case(std::wstring_view text, std::wstring_view suffix) {
-  if (text.size() < suffix.size()) return false;
-  text.remove_prefix(text.size() - suffix.size());
-  return std::equal(text.begin(), text.end(), suffix.begin(),
-                    [](wchar_t a, wchar_t b) { return lower(a) == lower(b); });
-}
-
 OVERLAPPED position(u64 offset) {
   OVERLAPPED at{};
   at.Offset = static_cast<DWORD>(offset & 0xFFFFFFFF);
@@ -58,6 +44,8 @@ OVERLAPPED position(u64 offset) {
 }
 
 }  // namespace
+
+const u32 detail::kDiskFull = ERROR_DISK_FULL;
 
 std::wstring path_from_host_bytes(std::string_view bytes) {
   const std::wstring utf8 = decoded(bytes, CP_UTF8, MB_ERR_INVALID_CHARS);
@@ -101,24 +89,6 @@ std::wstring executable_path() {
   }
 }
 
-u32 last_error() {
-  return t_last_error;
-}
-
-File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kNone)) {}
-
-File& File::operator=(File&& other) noexcept {
-  if (this != &other) {
-    close();
-    handle_ = std::exchange(other.handle_, kNone);
-  }
-  return *this;
-}
-
-File::~File() {
-  close();
-}
-
 File File::open(const std::wstring& path, Access access, Share share, Creation creation) {
   const DWORD wanted = access == Access::kRead ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
   // Readers let others delete, so that a session can be moved away while a host looks at it.
@@ -135,7 +105,7 @@ File File::open(const std::wstring& path, Access access, Share share, Creation c
   }
   // A pipe or a device has no samples, and reading it could wait for ever.
   if (GetFileType(handle) != FILE_TYPE_DISK) {
-    t_last_error = ERROR_INVALID_FUNCTION;
+    detail::fail_with(ERROR_INVALID_FUNCTION);
     CloseHandle(handle);
     return file;
   }
@@ -158,10 +128,8 @@ bool File::resize(u64 bytes) {
 }
 
 // Setting the end of a plain file takes its blocks on this system.
-bool File::reserve(u64 bytes) {
-  u64 present = 0;
-  if (!size(&present)) return false;
-  return present >= bytes || resize(bytes);
+bool File::reserve_blocks(u64, u64 bytes) {
+  return resize(bytes);
 }
 
 std::size_t File::read_at(u64 offset, void* out, std::size_t count) const {
@@ -180,41 +148,17 @@ std::size_t File::read_at(u64 offset, void* out, std::size_t count) const {
   return done;
 }
 
-bool File::write_at(u64 offset, const void* bytes, std::size_t count) {
+bool File::write_bytes(u64 offset, const void* bytes, std::size_t count) {
   std::size_t done = 0;
   while (done < count) {
     OVERLAPPED at = position(offset + done);
     const DWORD piece = static_cast<DWORD>(std::min<std::size_t>(count - done, 1U << 30));
     DWORD put = 0;
     if (!WriteFile(as_handle(handle_), static_cast<const char*>(bytes) + done, piece, &put, &at)) return failed();
-    if (put == 0) {
-      t_last_error = ERROR_DISK_FULL;
-      return false;
-    }
+    if (put == 0) return detail::fail_with(detail::kDiskFull);
     done += put;
   }
   return true;
-}
-
-// What was written is seen by every later reader. Stores are temporary, so no crash of the machine needs to find them
-// on the disk.
-bool File::flush() {
-  return true;
-}
-
-Claim::Claim(Claim&& other) noexcept : file_(std::move(other.file_)), path_(std::exchange(other.path_, {})) {}
-
-Claim& Claim::operator=(Claim&& other) noexcept {
-  if (this != &other) {
-    release();
-    file_ = std::move(other.file_);
-    path_ = std::exchange(other.path_, {});
-  }
-  return *this;
-}
-
-Claim::~Claim() {
-  release();
 }
 
 // Shared with nobody, and gone with its handle.
@@ -238,22 +182,6 @@ void Claim::release() {
 bool File::close() {
   if (handle_ == kNone) return true;
   return CloseHandle(as_handle(std::exchange(handle_, kNone))) || failed();
-}
-
-Mapping::Mapping(Mapping&& other) noexcept
-    : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)) {}
-
-Mapping& Mapping::operator=(Mapping&& other) noexcept {
-  if (this != &other) {
-    unmap();
-    data_ = std::exchange(other.data_, nullptr);
-    size_ = std::exchange(other.size_, 0);
-  }
-  return *this;
-}
-
-Mapping::~Mapping() {
-  unmap();
 }
 
 Mapping Mapping::map(const File& file, u64 offset, std::size_t length, bool writable) {
@@ -324,37 +252,20 @@ std::vector<std::wstring> list_files(const std::wstring& folder, std::wstring_vi
   }
   do {
     if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) continue;
-    if (ends_with_ignoring_case(entry.cFileName, suffix)) names.emplace_back(entry.cFileName);
+    if (detail::ends_with_ignoring_case(entry.cFileName, suffix)) names.emplace_back(entry.cFileName);
   } while (FindNextFileW(search, &entry));
   FindClose(search);
   return names;
 }
 
-bool read_whole_file(const std::wstring& path, std::string* bytes, u64 limit) {
-  const File file = File::open(path, Access::kRead, Share::kReadWrite, Creation::kMustExist);
-  u64 size = 0;
-  if (!file || !file.size(&size) || size > limit) return false;
-  bytes->resize(static_cast<std::size_t>(size));
-  bytes->resize(file.read_at(0, bytes->data(), bytes->size()));
-  return true;
-}
-
-bool write_whole_file(const std::wstring& path, std::string_view bytes) {
-  File file = File::open(path, Access::kReadWrite, Share::kRead, Creation::kCreateOrTruncate);
-  return file && file.write_at(0, bytes.data(), bytes.size());
-}
-
-bool append_text(const std::wstring& path, std::string_view text) {
-  File file = File::open(path, Access::kReadWrite, Share::kReadWrite, Creation::kOpenOrCreate);
-  u64 size = 0;
-  if (!file || !file.size(&size)) return false;
+std::string detail::with_line_ends(std::string_view text) {
   std::string lines;
   lines.reserve(text.size() + 8);
   for (const char c : text) {
     if (c == '\n') lines.push_back('\r');
     lines.push_back(c);
   }
-  return file.write_at(size, lines.data(), lines.size());
+  return lines;
 }
 
 bool local_time(std::time_t when, std::tm* out) {

@@ -1,0 +1,23 @@
+// What the two platform sources and common.cpp share among themselves.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "support/platform/platform.h"
+
+namespace traguardo::platform::detail {
+
+// The system's code for a disk without room.
+extern const u32 kDiskFull;
+
+// Remembers the code for last_error() and gives false.
+bool fail_with(u32 code);
+
+// The text as this system's text files hold it.
+std::string with_line_ends(std::string_view text);
+
+// Case of ASCII letters apart.
+bool ends_with_ignoring_case(std::wstring_view text, std::wstring_view suffix);
+
+}  // namespace traguardo::platform::detail
