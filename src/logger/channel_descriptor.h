@@ -29,8 +29,9 @@ class ChannelDescriptor {
   u16 index() const { return load_u16(bytes_.data()); }
   u32 count() const { return static_cast<u32>((bytes_.size() - head_) / 2); }
   u16 channel_index(u32 place) const { return load_u16(bytes_.data() + head_ + std::size_t{2} * place); }
-  // Acquisitions only: microseconds between two channels of a frame.
+  // Microseconds between two channels of a frame; a group's come all at once.
   u64 step_us() const {
+    if (head_ != kAcquisitionHead) return 0;
     switch (load_u16(bytes_.data() + 2)) {
       case 100:
         return 1'000'000;

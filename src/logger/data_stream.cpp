@@ -24,6 +24,12 @@ u64 time_of(const u8* frame) {
   return u64{load_u32(frame + kTimeOffset)} * kMicrosecondsPerMillisecond;
 }
 
+// False if the store can't grow any more; a refused sample is only noted.
+bool Accept(CCanaleQLT::Esito outcome, SStatMisura* statistics, u64 position) {
+  if (outcome == CCanaleQLT::kRifiutato && statistics != nullptr) statistics->AggiungiErrore(position);
+  return outcome != CCanaleQLT::kMemoriaFinita;
+}
+
 }  // namespace
 
 u32 CParserZep_2Gv4::OnUntaggedBytes(const u8* buffer, u32 size, u32 offset) {
@@ -114,15 +120,7 @@ u32 CParserZep_2Gv4::DecodeS(const Frame& frame) {
   if (statistics != nullptr) statistics->ContaS();
   Raise(time);
   const u8* sample = frame.at + kFrameHead;
-  switch (channel->Add(time, sample, frame.offset_of(sample))) {
-    case CCanaleQLT::kRifiutato:
-      if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
-      break;
-    case CCanaleQLT::kMemoriaFinita:
-      return StoreFailed();
-    case CCanaleQLT::kBuono:
-      break;
-  }
+  if (!Accept(channel->Add(time, sample, frame.offset_of(sample)), statistics, frame.position)) return StoreFailed();
   return static_cast<u32>(length);
 }
 
@@ -151,15 +149,8 @@ u32 CParserZep_2Gv4::DecodeM(const Frame& frame) {
     return static_cast<u32>(length);
   }
   if (statistics != nullptr) statistics->ContaM();
-  switch (channel->AddMany(time, count, frame.at + kMultipleHead)) {
-    case CCanaleQLT::kRifiutato:
-      if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
-      break;
-    case CCanaleQLT::kMemoriaFinita:
-      return StoreFailed();
-    case CCanaleQLT::kBuono:
-      break;
-  }
+  if (!Accept(channel->AddMany(time, count, frame.at + kMultipleHead), statistics, frame.position))
+    return StoreFailed();
   if (count != 0) Raise(time + u64{count - 1} * channel->object->record().period_us());
   return static_cast<u32>(length);
 }
@@ -180,73 +171,50 @@ ChannelDescriptor* CParserZep_2Gv4::FindDescriptor(const DescriptorTable& table,
 }
 
 u32 CParserZep_2Gv4::DecodeG(const Frame& frame) {
-  if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
-  ChannelDescriptor* group =
-      frame.left < kFrameHead ? nullptr : FindDescriptor(groups_, load_u16(frame.at + kIndexOffset));
-  if (group == nullptr) {
-    errors_g_.Append(frame.position);
-    return kRejected;
-  }
-  const u64 length = kFrameHead + group->data_length() + 1;
-  if (length > frame.left || frame.at[length - 1] != ')') {
-    errors_g_.Append(frame.position);
-    return kRejected;
-  }
-  const u64 time = time_of(frame.at);
-  if (!IsPlausible(time)) {
-    errors_g_.Append(frame.position);
-    return static_cast<u32>(length);
-  }
-  Raise(time);
-  errors_g_.Append(frame.position, group->missing());
-  const u8* data = frame.at + kFrameHead;
-  for (const ChannelDescriptor::Place& place : BelievedPlaces(*group)) {
-    const ChannelEntry* channel = &by_index_[place.channel];
-    SStatMisura* statistics = channel->statistics;
-    if (statistics != nullptr) statistics->ContaG();
-    const CCanaleQLT::Esito outcome = channel->Add(time, data, frame.offset_of(data));
-    if (outcome == CCanaleQLT::kMemoriaFinita) return StoreFailed();
-    if (outcome == CCanaleQLT::kRifiutato && statistics != nullptr) statistics->AggiungiErrore(frame.position);
-    data += channel->sample_size;
-  }
-  return static_cast<u32>(length);
+  return DecodePlaces(frame, groups_, &errors_g_, &SStatMisura::ContaG);
 }
 
 u32 CParserZep_2Gv4::DecodeA(const Frame& frame) {
+  return DecodePlaces(frame, acquisitions_, &errors_a_, &SStatMisura::ContaA);
+}
+
+// One sample for each place of a descriptor; place n is n steps later than the frame. The step of a group is 0.
+u32 CParserZep_2Gv4::DecodePlaces(const Frame& frame, const DescriptorTable& table, ErrorList* errors,
+                                  void (SStatMisura::*count_sample)()) {
   if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
-  ChannelDescriptor* acquisition =
-      frame.left < kFrameHead ? nullptr : FindDescriptor(acquisitions_, load_u16(frame.at + kIndexOffset));
-  if (acquisition == nullptr) {
-    errors_a_.Append(frame.position);
+  ChannelDescriptor* descriptor =
+      frame.left < kFrameHead ? nullptr : FindDescriptor(table, load_u16(frame.at + kIndexOffset));
+  if (descriptor == nullptr) {
+    errors->Append(frame.position);
     return kRejected;
   }
-  const u64 length = kFrameHead + acquisition->data_length() + 1;
+  const u64 length = kFrameHead + descriptor->data_length() + 1;
   if (length > frame.left || frame.at[length - 1] != ')') {
-    errors_a_.Append(frame.position);
+    errors->Append(frame.position);
     return kRejected;
   }
   const u64 time = time_of(frame.at);
   if (!IsPlausible(time)) {
-    errors_a_.Append(frame.position);
+    errors->Append(frame.position);
     return static_cast<u32>(length);
   }
   Raise(time);
-  errors_a_.Append(frame.position, acquisition->missing());
-  const u64 step = acquisition->step_us();
+  errors->Append(frame.position, descriptor->missing());
+  const u64 step = descriptor->step_us();
   const u8* data = frame.at + kFrameHead;
-  for (const ChannelDescriptor::Place& place : BelievedPlaces(*acquisition)) {
+  for (const ChannelDescriptor::Place& place : BelievedPlaces(*descriptor)) {
     const ChannelEntry* channel = &by_index_[place.channel];
     const u64 sample_time = time + place.number * step;
     Raise(sample_time);
     SStatMisura* statistics = channel->statistics;
-    if (statistics != nullptr) statistics->ContaA();
-    const CCanaleQLT::Esito outcome = channel->Add(sample_time, data, frame.offset_of(data));
-    if (outcome == CCanaleQLT::kMemoriaFinita) return StoreFailed();
-    if (outcome == CCanaleQLT::kRifiutato && statistics != nullptr) statistics->AggiungiErrore(frame.position);
+    if (statistics != nullptr) (statistics->*count_sample)();
+    if (!Accept(channel->Add(sample_time, data, frame.offset_of(data)), statistics, frame.position)) {
+      return StoreFailed();
+    }
     data += channel->sample_size;
   }
   // Places without a channel at the end of the list have their times, too.
-  Raise(time + (acquisition->count() - 1) * step);
+  Raise(time + (descriptor->count() - 1) * step);
   return static_cast<u32>(length);
 }
 

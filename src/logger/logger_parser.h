@@ -116,6 +116,8 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   u32 DecodeM(const Frame& frame);
   u32 DecodeA(const Frame& frame);
   u32 DecodeG(const Frame& frame);
+  u32 DecodePlaces(const Frame& frame, const DescriptorTable& table, ErrorList* errors,
+                   void (SStatMisura::*count_sample)());
   ChannelDescriptor* FindDescriptor(const DescriptorTable& table, u16 index);
   bool IsPlausible(u64 time) const;
   void Raise(u64 time) { highest_time_ = std::max(highest_time_, time); }

@@ -7,6 +7,14 @@
 
 namespace traguardo {
 
+namespace {
+
+void log_misplaced(const std::string& class_name, const char* operation) {
+  TRAGUARDO_LOG(class_name + "::" + operation, "%s [%d] ERROR = Not supposed to be here!\n");
+}
+
+}  // namespace
+
 CCanaleQLT::~CCanaleQLT() = default;
 
 bool CCanaleQLT::ConvertiValido(const u8*, float* out) const {
@@ -82,7 +90,7 @@ CCanaleQLT::Esito CCanaleQLT_GPS::ConvertiAndAddValore(u64 time, const u8* sampl
 }
 
 CCanaleQLT::Esito CCanaleQLT_GPS::ConvertiAndAddValori(u64, u32, const u8*) {
-  TRAGUARDO_LOG("CCanaleQLT_GPS::ConvertiAndAddValori", "%s [%d] ERROR = Not supposed to be here!\n");
+  log_misplaced("CCanaleQLT_GPS", "ConvertiAndAddValori");
   return kBuono;
 }
 
@@ -92,7 +100,7 @@ CCanaleQLT::Esito CCanaleQLT_Lap_v2::ConvertiAndAddValore(u64, const u8* sample,
 }
 
 CCanaleQLT::Esito CCanaleQLT_Lap_v2::ConvertiAndAddValori(u64, u32, const u8*) {
-  TRAGUARDO_LOG("CCanaleQLT_Lap_v2::ConvertiAndAddValori", "%s [%d] ERROR = Not supposed to be here!\n");
+  log_misplaced("CCanaleQLT_Lap_v2", "ConvertiAndAddValori");
   return kBuono;
 }
 
@@ -102,21 +110,17 @@ CCanaleQLT::Esito CCanaleQLT_Lap_v3::ConvertiAndAddValore(u64, const u8* sample,
 }
 
 CCanaleQLT::Esito CCanaleQLT_Lap_v3::ConvertiAndAddValori(u64, u32, const u8*) {
-  TRAGUARDO_LOG("CCanaleQLT_Lap_v3::ConvertiAndAddValori", "%s [%d] ERROR = Not supposed to be here!\n");
+  log_misplaced("CCanaleQLT_Lap_v3", "ConvertiAndAddValori");
   return kBuono;
 }
 
-void CCanaleQLT_DroppedPacket::LogMisplaced(const char* operation) const {
-  TRAGUARDO_LOG(std::string(class_name_) + "::" + operation, "%s [%d] ERROR = Not supposed to be here!\n");
-}
-
 CCanaleQLT::Esito CCanaleQLT_DroppedPacket::ConvertiAndAddValori(u64, u32, const u8*) {
-  LogMisplaced("ConvertiAndAddValori");
+  log_misplaced(class_name_, "ConvertiAndAddValori");
   return kBuono;
 }
 
 CCanaleQLT::Esito CCanaleQLT_IgnoredPacket::ConvertiAndAddValore(u64, const u8*, u64) {
-  LogMisplaced("ConvertiAndAddValore");
+  log_misplaced(class_name_, "ConvertiAndAddValore");
   return kBuono;
 }
 

@@ -150,9 +150,6 @@ class CCanaleQLT_DroppedPacket : public CCanaleQLT {
   Esito ConvertiAndAddValori(u64 time, u32 count, const u8* samples) override;
 
  protected:
-  void LogMisplaced(const char* operation) const;
-
- private:
   const char* class_name_;
 };
 
