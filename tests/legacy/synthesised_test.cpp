@@ -118,15 +118,9 @@ TEST(SynthesisedChannels, RecordsOfTheAddedChannels) {
   for (std::size_t i = 2; i < 6; ++i) {
     const WmpChannelRecord& record = opened.session().channel(i);
     const WmpChannelExtension& extension = opened.session().extension(i);
-    const Row found = {record.name(),
-                       record.unit_text(),
-                       record.computation_kind(),
-                       record.measure_class(),
-                       record.display_minimum(),
-                       record.display_maximum(),
-                       extension.function_id(),
-                       extension.second_function_id(),
-                       record.formula()};
+    const Row found(record.name(), record.unit_text(), record.computation_kind(), record.measure_class(),
+                    record.display_minimum(), record.display_maximum(), extension.function_id(),
+                    extension.second_function_id(), record.formula());
     EXPECT_EQ(found, geared[i - 2]);
     EXPECT_EQ(record.rate_index(), k100Hz);
     EXPECT_EQ(record.sample_count(), 100U);
@@ -226,20 +220,10 @@ TEST(RunCalculations, LinearIsTheSmoothedRiseOfEachRun) {
   OpenedSession opened(wmp::build(shaft_file(kGearedDevice)));
   const std::vector<float> shaft = values_of(opened, "Shaft");
   std::vector<float> wanted(100, 0.0F);
-  struct Run {
-    std::size_t first;
-    std::size_t end;
-    float low;
-    float high;
-    float wheel;
-  };
-  const Run runs[] = {{0, 60, 12, 30, 2000}, {60, 90, 11, 99, 1800}};
-  for (const Run& run : runs) {
-    const float factor = run.low * 0.016666668F * run.wheel * 0.101973176F / (run.high * 10.0F);
-    std::vector<float> rise(run.end - run.first, 0.0F);
-    for (std::size_t i = 1; i < rise.size(); ++i) {
-      rise[i] = (shaft[run.first + i] - shaft[run.first + i - 1]) * factor;
-    }
+  const auto add_run = [&](std::size_t first, std::size_t end, float low_teeth, float high_teeth, float wheel_mm) {
+    const float factor = low_teeth * 0.016666668F * wheel_mm * 0.101973176F / (high_teeth * 10.0F);
+    std::vector<float> rise(end - first, 0.0F);
+    for (std::size_t i = 1; i < rise.size(); ++i) rise[i] = (shaft[first + i] - shaft[first + i - 1]) * factor;
     for (std::size_t i = 0; i < rise.size(); ++i) {
       float mean = rise[i];
       if (i >= 3 && i + 3 < rise.size()) {
@@ -247,9 +231,11 @@ TEST(RunCalculations, LinearIsTheSmoothedRiseOfEachRun) {
         for (std::size_t j = i - 3; j <= i + 3; ++j) mean += rise[j];
         mean /= 7.0F;
       }
-      wanted[run.first + i] = mean;
+      wanted[first + i] = mean;
     }
-  }
+  };
+  add_run(0, 60, 12, 30, 2000);
+  add_run(60, 90, 11, 99, 1800);
   EXPECT_EQ(values_of(opened, "Linear"), wanted);
 }
 
@@ -276,20 +262,6 @@ TEST(RunCalculations, SpeedsAndRatiosOfEngineAndShaft) {
     // Formulas know no runs.
     EXPECT_EQ(cvt[i], engine[i] / shaft[i]);
     EXPECT_EQ(drive[i], (1.0F - ((engine[i] - shaft[i]) / engine[i])) * 100.0F);
-  }
-}
-
-TEST(RunCalculations, WithoutALoggedShaftAChannelIsZero) {
-  wmp::File file = shaft_file(0);
-  file.logged.pop_back();
-  file.derived = {kind_channel("One", 1), kind_channel("Four", 4), kind_channel("Five", 5),
-                  formula_channel("Shaft", "Engine")};
-  // A shaft that isn't logged is none.
-  file.derived[3].sensor = 77;
-  OpenedSession opened(wmp::build(file));
-  for (std::size_t i = 1; i < 4; ++i) {
-    EXPECT_EQ(opened.values(i), std::vector<float>(100, 0.0F)) << i;
-    EXPECT_FALSE(opened.session().compute_derived_channel(i)) << i;
   }
 }
 
@@ -341,13 +313,13 @@ TEST(ConfiguredChannels, EachOutputOfTheBoostLimitHasItsChannel) {
       open_with(opened, "FIA.txt",
                 "BarometricPressure=1.01\nRPM=Engine\nPboost=Boost\nThrottle=Throttle\nMaxPboost=limits.txt\n"));
   // 1005 mbar above the limit add 10.05 a sample, so that the triggers of 30 and 100 are crossed once each.
-  EXPECT_NEAR(values_of(opened, "LimitFIA")[50], 1000.0F, 0.01F);
-  EXPECT_NEAR(values_of(opened, "ValFIA")[50], 2005.0F, 0.01F);
-  EXPECT_NEAR(values_of(opened, "IntegFIA")[49], 502.5F, 0.1F);
-  EXPECT_EQ(values_of(opened, "Ctr30FIA")[99], 1.0F);
-  EXPECT_EQ(values_of(opened, "Ctr100FIA")[99], 1.0F);
-  EXPECT_EQ(values_of(opened, "FlagFIA")[5], 0.0F);
-  EXPECT_EQ(values_of(opened, "FlagFIA")[99], 1.0F);
+  const std::tuple<const char*, std::size_t, float, float> wanted[] = {
+      {"LimitFIA", 50, 1000.0F, 0.01F}, {"ValFIA", 50, 2005.0F, 0.01F}, {"IntegFIA", 49, 502.5F, 0.1F},
+      {"Ctr30FIA", 99, 1.0F, 0.0F},     {"Ctr100FIA", 99, 1.0F, 0.0F},  {"FlagFIA", 5, 0.0F, 0.0F},
+      {"FlagFIA", 99, 1.0F, 0.0F}};
+  for (const auto& [name, at, value, tolerance] : wanted) {
+    EXPECT_NEAR(values_of(opened, name)[at], value, tolerance) << name << ' ' << at;
+  }
 }
 
 TEST(ConfiguredChannels, TheLimiterIsComputedWhenAddedAndWhenAssured) {
@@ -372,17 +344,7 @@ TEST(ConfiguredChannels, TheLimiterIsComputedWhenAddedAndWhenAssured) {
 TEST(ConfiguredChannels, TheExporterRunsBehindThem) {
   OpenedSession opened(wmp::build(shaft_file(kScaledDevice)), Load::kTablesOnly);
   ASSERT_TRUE(open_with(opened, "Exporter.txt", "ch=SpeedCalc\nch=Engine\n"));
-  EXPECT_EQ(opened.session().channel_count(), 3U);
   EXPECT_EQ(opened.folder().read("session.wmp.export.csv").substr(0, 19), "SpeedCalc, Engine, ");
-}
-
-TEST(ConfiguredChannels, StoredOnesWithoutTheirFileAreZero) {
-  wmp::File file = shaft_file(0);
-  for (u16 kind = 6; kind <= 12; ++kind) file.derived.push_back(kind_channel("K" + std::to_string(kind), kind));
-  OpenedSession opened(wmp::build(file));
-  ASSERT_TRUE(opened.opened());
-  for (std::size_t i = 2; i < 9; ++i) EXPECT_EQ(opened.values(i), std::vector<float>(100, 0.0F)) << i;
-  EXPECT_EQ(opened.folder().names(), (Names{"session.bak", "session.wmp"}));
 }
 
 // --- Formulas
@@ -435,14 +397,34 @@ TEST(FormulaChannels, LapsEndWithTheirLapTime) {
   for (std::size_t i = 1; i < time.size(); ++i) EXPECT_EQ(time[i] > time[i - 1], i != 5) << i;
 }
 
-TEST(FormulaChannels, WhatCannotBeComputedIsZero) {
+TEST(DerivedChannels, WhatCannotBeComputedIsZero) {
+  const auto expect_zeros = [](OpenedSession& opened, std::size_t first, std::size_t end) {
+    for (std::size_t i = first; i < end; ++i) EXPECT_EQ(opened.values(i), std::vector<float>(100, 0.0F)) << i;
+  };
   wmp::File file = shaft_file(0);
   file.derived = {formula_channel("Empty", ""), formula_channel("Broken", "Engine +"),
                   formula_channel("Unknown", "KMH2MS * 2"), formula_channel("Kind", "Engine")};
   file.derived[3].kind = 99;
-  OpenedSession opened(wmp::build(file));
-  for (std::size_t i = 2; i < 5; ++i) EXPECT_EQ(opened.values(i), std::vector<float>(100, 0.0F)) << i;
-  EXPECT_EQ(opened.values(5), opened.values(0)) << "a kind that nobody knows is a formula";
+  OpenedSession formulas(wmp::build(file));
+  expect_zeros(formulas, 2, 5);
+  EXPECT_EQ(formulas.values(5), formulas.values(0)) << "a kind that nobody knows is a formula";
+
+  // Kinds without their configuration file.
+  file.derived.clear();
+  for (u16 kind = 6; kind <= 12; ++kind) file.derived.push_back(kind_channel("K" + std::to_string(kind), kind));
+  OpenedSession unconfigured(wmp::build(file));
+  ASSERT_TRUE(unconfigured.opened());
+  expect_zeros(unconfigured, 2, 9);
+  EXPECT_EQ(unconfigured.folder().names(), (Names{"session.bak", "session.wmp"}));
+
+  // A shaft that isn't logged is none.
+  file.logged.pop_back();
+  file.derived = {kind_channel("One", 1), kind_channel("Four", 4), kind_channel("Five", 5),
+                  formula_channel("Shaft", "Engine")};
+  file.derived[3].sensor = 77;
+  OpenedSession no_shaft(wmp::build(file));
+  expect_zeros(no_shaft, 1, 4);
+  EXPECT_FALSE(no_shaft.session().compute_derived_channel(1));
 }
 
 // --- Definitions of the math manager
