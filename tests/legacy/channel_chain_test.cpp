@@ -124,30 +124,26 @@ TEST(ChannelChain, TemperaturesAreAveragedOverAThirdOfASecond) {
 
 TEST(ChannelChain, FilterWordAndSensorAskForSmoothing) {
   // A step: any pass of the filter changes it.
-  std::vector<u16> words;
-  for (u16 i = 0; i < 40; ++i) words.push_back(static_cast<u16>(i < 20 ? 100 : 300));
-  const wmp::Channel plain = plain_channel("A", words, k10Hz);
-  const std::vector<float> unfiltered = converted(plain);
-  EXPECT_EQ(unfiltered, std::vector<float>(words.begin(), words.end()));
+  std::vector<u16> words(20, 100);
+  words.resize(40, 300);
   const auto with_filter = [&](u16 filter, u16 sensor) {
-    wmp::Channel channel = plain;
+    wmp::Channel channel = plain_channel("A", words, k10Hz);
     channel.filter = filter;
     channel.sensor = sensor;
     return converted(channel);
   };
+  const std::vector<float> unfiltered(words.begin(), words.end());
   const std::vector<float> once = with_filter(1, 998);
   EXPECT_NE(once, unfiltered);
   EXPECT_NE(with_filter(2, 998), once);
-  EXPECT_EQ(with_filter(0x401, 998), unfiltered);
-  EXPECT_EQ(with_filter(11, 998), unfiltered);
-  // Sensor 42 is smoothed once more, sensor 11 is not.
+  for (const u16 no_pass : {u16{0}, u16{0x401}, u16{11}}) EXPECT_EQ(with_filter(no_pass, 998), unfiltered) << no_pass;
+  // Sensor 42 is smoothed once more, so that its step overshoots; sensor 11 is not.
   EXPECT_NE(with_filter(0, 42), with_filter(1, 42));
-  EXPECT_EQ(with_filter(0, 11), with_filter(0x401, 11));
-  EXPECT_NE(with_filter(0, 11), with_filter(1, 11));
   const std::vector<float> gyro = with_filter(0, 42);
-  EXPECT_GT(*std::max_element(gyro.begin(), gyro.end()), gyro.back()) << "a smoothed step overshoots";
+  EXPECT_GT(*std::max_element(gyro.begin(), gyro.end()), gyro.back());
+  EXPECT_EQ(with_filter(0, 11), with_filter(0x401, 11));
   const std::vector<float> other = with_filter(0, 11);
-  EXPECT_EQ(*std::min_element(other.begin(), other.end()), other.back()) << "and this one stays a step";
+  EXPECT_EQ(*std::min_element(other.begin(), other.end()), other.back());
 }
 
 TEST(ChannelChain, StatisticsOfABoundedFunction) {
