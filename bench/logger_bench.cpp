@@ -4,16 +4,21 @@
 //
 //   bench_logger --benchmark_counters_tabular=true
 //
-// The ratio to look at: items_per_second of Parse/... over that of Floor/... with the same arguments.
+// The ratio to look at: items_per_second of Parse/... over that of Floor/... with the same arguments. The expansion of
+// a compressed session stands beside the plainest loop around zlib with buffers of the same size, from file to file.
 
 #include <benchmark/benchmark.h>
+#include <zlib.h>
 
+#include <array>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <map>
 
 #include "logger/logger_parser.h"
+#include "logger/lz77.h"
 #include "support/platform/platform.h"
 
 namespace traguardo {
@@ -202,6 +207,72 @@ void Floor(benchmark::State& state) {
   state.SetItemsProcessed(static_cast<i64>(samples) * state.iterations());
 }
 
+class CompressedSession {
+ public:
+  CompressedSession() : plain_size_(g_sessions.get(kMixed, 20).bytes.size()) {
+    const std::vector<u8>& plain = g_sessions.get(kMixed, 20).bytes;
+    uLongf size = compressBound(static_cast<uLong>(plain.size()));
+    std::vector<u8> packed(size);
+    compress(packed.data(), &size, plain.data(), static_cast<uLong>(plain.size()));
+    std::ofstream(source(), std::ios::binary)
+        .write(reinterpret_cast<const char*>(packed.data()), static_cast<std::streamsize>(size));
+  }
+  ~CompressedSession() {
+    std::filesystem::remove(source());
+    std::filesystem::remove(target());
+  }
+  std::string source() const { return base_ + ".qlc"; }
+  std::string target() const { return base_ + ".qlt"; }
+  // Bytes per second are those that come out.
+  void count(benchmark::State& state) const {
+    if (std::filesystem::file_size(target()) != plain_size_) state.SkipWithError("not expanded");
+    state.SetBytesProcessed(static_cast<i64>(plain_size_) * state.iterations());
+  }
+
+ private:
+  std::size_t plain_size_;
+  std::string base_ =
+      (std::filesystem::temp_directory_path() / ("traguardo-bench-" + platform::unique_token())).string();
+};
+
+void Expand(benchmark::State& state) {
+  const CompressedSession session;
+  for (auto _ : state) {
+    if (CLz77().Decomprimi(session.source().c_str(), session.target().c_str()) != 0) state.SkipWithError("damaged");
+  }
+  session.count(state);
+}
+
+// Into a new file each time and under its final name at the end, as an expansion does.
+void ExpandFloor(benchmark::State& state) {
+  const CompressedSession session;
+  const std::string fresh = session.target() + ".tmp";
+  static std::array<u8, 16384> input;
+  static std::array<u8, 16384> output;
+  for (auto _ : state) {
+    std::FILE* in = std::fopen(session.source().c_str(), "rb");
+    std::FILE* out = std::fopen(fresh.c_str(), "wb");
+    z_stream stream{};
+    inflateInit(&stream);
+    int result = Z_OK;
+    while (result == Z_OK) {
+      if (stream.avail_in == 0) {
+        stream.next_in = input.data();
+        stream.avail_in = static_cast<uInt>(std::fread(input.data(), 1, input.size(), in));
+      }
+      stream.next_out = output.data();
+      stream.avail_out = static_cast<uInt>(output.size());
+      result = inflate(&stream, Z_NO_FLUSH);
+      std::fwrite(output.data(), 1, output.size() - stream.avail_out, out);
+    }
+    inflateEnd(&stream);
+    std::fclose(out);
+    std::fclose(in);
+    std::filesystem::rename(fresh, session.target());
+  }
+  session.count(state);
+}
+
 void arguments(benchmark::internal::Benchmark* b) {
   b->ArgNames({"kind", "channels"})->Unit(benchmark::kMillisecond)->UseRealTime();
   for (const i64 kind : {kSingle, kMultiple, kGroup, kMixed}) {
@@ -210,6 +281,8 @@ void arguments(benchmark::internal::Benchmark* b) {
 }
 BENCHMARK(Parse)->Apply(arguments);
 BENCHMARK(Floor)->Apply(arguments);
+BENCHMARK(Expand)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(ExpandFloor)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 }  // namespace traguardo
