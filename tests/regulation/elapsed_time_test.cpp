@@ -1,9 +1,13 @@
+// The elapsed-time tables as files, and the sums of the default one and of those beside it, worked out from their
+// sources.
 #include "regulation/elapsed_time.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 
+#include "helpers/table_sums.h"
+#include "regulation/elapsed_time_data.h"
 #include "regulation/fake_session.h"
 #include "support/app_folders.h"
 
@@ -57,6 +61,44 @@ TEST(ElapsedTime, DropsLinesWithoutFourColumns) {
   EXPECT_EQ(rows[0].speed_mph, 2.5F);
   EXPECT_EQ(rows[1].distance_ft, 8.0F);
   EXPECT_EQ(rows[1].fraction, std::numeric_limits<float>::infinity());
+}
+
+TEST(ElapsedTimeData, DefaultTableRises) {
+  const auto table = default_elapsed_times();
+  const double first = table.front().speed_mph;
+  const double rise = table.back().speed_mph - first;
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    SCOPED_TRACE(i);
+    EXPECT_NEAR(table[i].fraction, (table[i].speed_mph - first) / rise, 0.000501);
+    if (i == 0) continue;
+    // By a thousandth at least, so that the written texts rise, too.
+    EXPECT_GT(table[i].distance_ft - table[i - 1].distance_ft, 0.0009f);
+    EXPECT_GT(table[i].speed_mph - table[i - 1].speed_mph, 0.0009f);
+  }
+}
+
+TEST(ElapsedTimeData, Sums) {
+  EXPECT_EQ(table_sums(default_elapsed_times(),
+                       [](TableDigest& d, const ElapsedTimeRow& r) {
+                         d.real(r.distance_ft).real(r.speed_mph).real(r.fraction);
+                       }),
+            (TableSums{213, 0, 0x9d5c1704ae6fc9bb}));
+  EXPECT_EQ(table_sums(strips(),
+                       [](TableDigest& d, const StripRow& r) {
+                         d.number(r.length).number(r.first).number(r.middle).number(r.last);
+                         d.number(r.timed_from).number(r.timed_to);
+                       }),
+            (TableSums{4, 10970, 0x0c1d72722a80cc90}));
+  EXPECT_EQ(table_sums(run_segments(),
+                       [](TableDigest& d, const RunSegmentRow& r) {
+                         d.number(r.target_ft).number(r.divisor).flag(r.predicted);
+                       }),
+            (TableSums{7, 26020, 0x9f754680105477a8}));
+  EXPECT_EQ(table_sums(mode_segments(),
+                       [](TableDigest& d, const ModeSegmentRow& r) {
+                         d.number(r.mode).number(r.target_ft).flag(r.predicted);
+                       }),
+            (TableSums{18, 10845, 0x9783f3b0be671eca}));
 }
 
 }  // namespace
