@@ -19,9 +19,7 @@ constexpr u16 k2Hz = 1;
 std::vector<float> converted(wmp::Channel channel) {
   wmp::File file;
   file.logged = {std::move(channel)};
-  OpenedSession opened(wmp::build(file));
-  EXPECT_TRUE(opened.opened()) << opened.error();
-  return opened.values(0);
+  return SoundSession(file).values(0);
 }
 
 TEST(ChannelChain, GainAndOffsetComeBeforeTheInvert) {
@@ -81,26 +79,26 @@ wmp::File thermocouple_file(bool junction_first) {
 TEST(ChannelChain, ColdJunctionOnEitherSideOfItsThermocouple) {
   const float warmer = (12.0F / 4.9152F + 25.0F) * 2.0F + 1.0F;
   const std::vector<float> sums = {1051, 1051, 1051, 1051, 1051, 1000.0F + warmer, 1000.0F + warmer};
-  OpenedSession behind(wmp::build(thermocouple_file(false)));
+  SoundSession behind(thermocouple_file(false));
   EXPECT_EQ(behind.values(0), sums);
   EXPECT_EQ(behind.values(1), (std::vector<float>{-51, -warmer}));
   // Made anew for the thermocouple, without the later steps of its own chain.
-  OpenedSession in_front(wmp::build(thermocouple_file(true)));
+  SoundSession in_front(thermocouple_file(true));
   EXPECT_EQ(in_front.values(1), sums);
   EXPECT_EQ(in_front.values(0), (std::vector<float>{51, warmer}));
 
   // A second thermocouple on each side sees the same temperatures.
   wmp::File many = thermocouple_file(false);
   many.logged = {many.logged[0], many.logged[0], many.logged[1], many.logged[0], many.logged[0]};
-  OpenedSession all(wmp::build(many));
+  SoundSession all(many);
   for (const std::size_t index : {0U, 1U, 3U, 4U}) EXPECT_EQ(all.values(index), sums) << index;
   // A digit channel is no thermocouple, whatever its sensor.
   many.logged[3].digit = true;
-  EXPECT_EQ(OpenedSession(wmp::build(many)).values(4), sums);
+  EXPECT_EQ(SoundSession(many).values(4), sums);
 
   wmp::File alone = thermocouple_file(false);
   alone.logged.pop_back();
-  EXPECT_EQ(OpenedSession(wmp::build(alone)).values(0), std::vector<float>(7, 1000.0F));
+  EXPECT_EQ(SoundSession(alone).values(0), std::vector<float>(7, 1000.0F));
 }
 
 TEST(ChannelChain, ImperialColdJunctionWithAndWithoutDescriptor) {
@@ -108,9 +106,9 @@ TEST(ChannelChain, ImperialColdJunctionWithAndWithoutDescriptor) {
   file.logged[1].gain = 1;
   file.logged[1].offset = 0;
   const ImperialUnits imperial;
-  EXPECT_EQ(OpenedSession(wmp::build(file)).values(0)[0], 1077.0F);
+  EXPECT_EQ(SoundSession(file).values(0)[0], 1077.0F);
   file.logged[0].unit = "\t01021";
-  EXPECT_EQ(OpenedSession(wmp::build(file)).values(0)[0], 1045.0F);
+  EXPECT_EQ(SoundSession(file).values(0)[0], 1045.0F);
 }
 
 TEST(ChannelChain, TemperaturesAreAveragedOverAThirdOfASecond) {
@@ -150,13 +148,13 @@ TEST(ChannelChain, StatisticsOfABoundedFunction) {
   wmp::File file;
   file.logged = {plain_channel("A", {0, 1, 2, 3})};
   file.logged[0].function_id = 98;
-  OpenedSession opened(wmp::build(file));
+  SoundSession opened(file);
   EXPECT_EQ(opened.session().statistics(0).minimum, 1.0F);
   EXPECT_EQ(opened.session().statistics(0).mean, 0.75F);
   EXPECT_EQ(opened.session().statistics(0).maximum, 3.0F);
   // Function ids of a file that says it has none don't count.
   file.function_ids = false;
-  OpenedSession without(wmp::build(file));
+  SoundSession without(file);
   EXPECT_EQ(without.session().statistics(0).minimum, 0.0F);
   EXPECT_EQ(without.session().statistics(0).mean, 1.5F);
 }

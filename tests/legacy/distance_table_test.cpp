@@ -151,7 +151,7 @@ void expect_lap_rows(CWMP& session, double metres_per_second) {
 }
 
 TEST(LapRows, FollowTheReferenceSpeed) {
-  OpenedSession logged(wmp::build(file_with_speeds({speed_channel("Wheel", 72), speed_channel("Other", 36)}, 1)));
+  SoundSession logged(file_with_speeds({speed_channel("Wheel", 72), speed_channel("Other", 36)}, 1));
   expect_lap_rows(logged.session(), 10.0);
   EXPECT_TRUE(logged.session().set_reference_speed(0));
   expect_lap_rows(logged.session(), 20.0);
@@ -160,12 +160,12 @@ TEST(LapRows, FollowTheReferenceSpeed) {
   file.derived = {plain_channel("Half", {}, k10Hz)};
   file.derived[0].measure_class = kSpeedClass;
   file.derived[0].formula = "Wheel / 2";
-  OpenedSession derived(wmp::build(file));
+  SoundSession derived(file);
   expect_lap_rows(derived.session(), 10.0);
 
-  OpenedSession none(wmp::build(file_with_speeds({speed_channel("Wheel", 72)}, -1)));
+  SoundSession none(file_with_speeds({speed_channel("Wheel", 72)}, -1));
   expect_lap_rows(none.session(), 0.0);
-  OpenedSession standing(wmp::build(file_with_speeds({speed_channel("Wheel", 0)}, 0)));
+  SoundSession standing(file_with_speeds({speed_channel("Wheel", 0)}, 0));
   EXPECT_TRUE(standing.session().distance_table().empty());
   expect_lap_rows(standing.session(), 0.0);
 }
@@ -210,8 +210,7 @@ TEST(ReferenceSpeed, IsSearchedAmongTheSpeedsThatMove) {
       channels.back().measure_class = candidate.measure_class;
       channels.back().function_id = candidate.function;
     }
-    OpenedSession opened(wmp::build(file_with_speeds(channels, 0)));
-    ASSERT_TRUE(opened.opened());
+    SoundSession opened(file_with_speeds(channels, 0));
     EXPECT_EQ(opened.session().find_reference_speed(one.select), one.wanted);
     EXPECT_EQ(opened.session().reference_speed(), one.reference);
   }
@@ -221,7 +220,7 @@ TEST(ReferenceSpeed, IsSetOnlyToASpeedWithATable) {
   std::vector<wmp::Channel> channels = {speed_channel("Wheel", 72), speed_channel("Other", 36),
                                         speed_channel("Standing", 0), speed_channel("No speed", 36)};
   channels[3].measure_class = 1;
-  OpenedSession opened(wmp::build(file_with_speeds(channels, 0)));
+  SoundSession opened(file_with_speeds(channels, 0));
   CWMP& session = opened.session();
   EXPECT_TRUE(session.set_reference_speed(0));
   for (const i32 refused : {-1, 2, 3, 4}) {
@@ -252,9 +251,9 @@ TEST(ReferenceSpeed, PositionsAreAccurateUntilSixAreFarOff) {
     SCOPED_TRACE(one.what);
     wmp::File file;
     file.logged = {plain_channel("GPS_PosAccuracy", one.accuracies)};
-    EXPECT_EQ(OpenedSession(wmp::build(file)).session().positions_are_accurate(), one.wanted);
+    EXPECT_EQ(SoundSession(file).session().positions_are_accurate(), one.wanted);
     file.logged[0].name = "Another";
-    EXPECT_TRUE(OpenedSession(wmp::build(file)).session().positions_are_accurate());
+    EXPECT_TRUE(SoundSession(file).session().positions_are_accurate());
   }
 }
 

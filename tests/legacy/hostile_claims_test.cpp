@@ -110,8 +110,7 @@ TEST(HostileClaims, AManyRunSessionNeedsNoMoreThanItsLaps) {
   // The last lap's run number says 65,535 runs; four of them exist.
   wmp::File file = small_file(600);
   file.laps = {wmp::Lap{10, 1, 1}, wmp::Lap{10, 2, 1}, wmp::Lap{10, 60000, 1}, wmp::Lap{10, 65535, 1}};
-  OpenedSession opened(wmp::build(file));
-  ASSERT_TRUE(opened.opened());
+  SoundSession opened(file);
   EXPECT_EQ(opened.session().runs().size(), 4U);
   EXPECT_EQ(opened.session().configuration().run_count(), 65535);
 }

@@ -28,8 +28,7 @@ using Times = std::vector<u32>;
 
 // Opens the tables alone and gives the times of the laps.
 Times times_of(const wmp::File& file) {
-  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
-  EXPECT_TRUE(opened.opened()) << opened.error();
+  SoundSession opened(file, Load::kTablesOnly);
   Times times;
   for (const WmpLapRecord& lap : opened.session().laps()) times.push_back(lap.time_ms());
   return times;
@@ -53,8 +52,7 @@ TEST(NormaliseLaps, RunsNeverFallAndNumbersRiseWithinARun) {
     SCOPED_TRACE(one.what);
     std::vector<wmp::Lap> stored;
     for (const auto& [run, number] : one.stored) stored.push_back(wmp::Lap{10, run, number});
-    OpenedSession opened(wmp::build(file_with_laps(600, stored)), Load::kTablesOnly);
-    ASSERT_TRUE(opened.opened()) << opened.error();
+    SoundSession opened(file_with_laps(600, stored), Load::kTablesOnly);
     std::vector<std::pair<u16, i16>> found;
     for (const WmpLapRecord& lap : opened.session().laps()) found.emplace_back(lap.run(), lap.number());
     EXPECT_EQ(found, one.wanted);
@@ -64,8 +62,7 @@ TEST(NormaliseLaps, RunsNeverFallAndNumbersRiseWithinARun) {
 TEST(NormaliseLaps, TimesChainAndUnsetTrueTimesFillUp) {
   const std::vector<wmp::Lap> stored = {wmp::Lap{20, 1, 1, 0}, wmp::Lap{30, 1, 2, 0xCB3434CB}, wmp::Lap{25, 1, 3, 26},
                                         wmp::Lap{0, 1, 4, 5, 0, 1, 77}};
-  OpenedSession opened(wmp::build(file_with_laps(600, stored)), Load::kTablesOnly);
-  ASSERT_TRUE(opened.opened()) << opened.error();
+  SoundSession opened(file_with_laps(600, stored), Load::kTablesOnly);
   EXPECT_EQ(laps_of(opened.session()),
             (Laps{{1, 1, 0, 20, 20}, {1, 2, 20, 30, 30}, {1, 3, 50, 25, 26}, {1, 4, 75, 0, 5}}));
   EXPECT_EQ(opened.session().laps()[3].mark(), 0U);
@@ -77,7 +74,7 @@ TEST(NormaliseLaps, LapsOfLaterFamiliesEndWithTheSession) {
   wmp::File file = file_with_laps(600, stored);
   file.family = 3;
   EXPECT_EQ(times_of(file), (Times{60, 40, 0}));
-  OpenedSession cut(wmp::build(file), Load::kTablesOnly);
+  SoundSession cut(file, Load::kTablesOnly);
   Times samples;
   for (const WmpLapRecord& lap : cut.session().laps()) samples.push_back(lap.sample_count());
   EXPECT_EQ(samples, (Times{9, 6, 0}));
@@ -112,8 +109,7 @@ TEST(NormaliseLaps, EarlySoftwareHasOneRun) {
     file.software = software;
     file.family = family;
     file.firmware = {static_cast<u8>(firmware >> 8), static_cast<u8>(firmware & 0xFF), 0};
-    OpenedSession opened(wmp::build(file), Load::kTablesOnly);
-    ASSERT_TRUE(opened.opened()) << opened.error();
+    SoundSession opened(file, Load::kTablesOnly);
     EXPECT_EQ(opened.session().laps()[0].run(), one_run ? 1 : 2);
     EXPECT_EQ(opened.session().laps()[1].run(), one_run ? 1 : 3);
   }
@@ -123,8 +119,7 @@ TEST(RunTable, FollowsTheLapsAndKeepsTheRecordsOfTheirRuns) {
   wmp::File file =
       file_with_laps(600, {wmp::Lap{10, 1, 1}, wmp::Lap{10, 1, 2}, wmp::Lap{10, 3, 1}, wmp::Lap{20, 4, 1}});
   file.runs = {wmp::Run{7, 0, 0, 700, ""}, wmp::Run{3, 0, 0, 300, ""}, wmp::Run{1, 0, 0, 100, ""}};
-  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
-  ASSERT_TRUE(opened.opened()) << opened.error();
+  SoundSession opened(file, Load::kTablesOnly);
   std::vector<std::pair<u16, float>> wheels;
   for (const auto& run : opened.session().runs()) wheels.emplace_back(run.number, run.wheel_circumference_mm());
   EXPECT_EQ(wheels, (std::vector<std::pair<u16, float>>{{1, 100.0F}, {3, 300.0F}, {4, 0.0F}}));
@@ -137,12 +132,12 @@ TEST(RunTable, FollowsTheLapsAndKeepsTheRecordsOfTheirRuns) {
   EXPECT_EQ(ends, (Times{0, 20, 20, 30, 30, 50}));
 
   // Made of the laps where the file has none; left alone where the last lap has run 0.
-  OpenedSession old(wmp::build(file_with_laps(451, {wmp::Lap{10, 4, 1}, wmp::Lap{10, 9, 2}})), Load::kTablesOnly);
+  SoundSession old(file_with_laps(451, {wmp::Lap{10, 4, 1}, wmp::Lap{10, 9, 2}}), Load::kTablesOnly);
   ASSERT_EQ(old.session().runs().size(), 1U);
   EXPECT_EQ(old.session().runs()[0].number, 1);
   EXPECT_EQ(old.session().runs()[0].record, nullptr);
   file.laps = {wmp::Lap{10, 0, 1}};
-  OpenedSession zero(wmp::build(file), Load::kTablesOnly);
+  SoundSession zero(file, Load::kTablesOnly);
   ASSERT_EQ(zero.session().runs().size(), 3U);
   EXPECT_EQ(zero.session().run_spans()[0].length_ms, 0U);
 }
@@ -156,7 +151,7 @@ TEST(NormaliseTables, NamesClassesAndRates) {
   file.logged[2].sensor = 0;
   file.logged[2].measure_class = 8;
   file.logged[3].name = "    ";
-  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+  SoundSession opened(file, Load::kTablesOnly);
   CWMP& session = opened.session();
   ASSERT_EQ(session.channel_count(), 4U);
   EXPECT_EQ(session.channel(0).name(), "Water temp");
@@ -175,7 +170,7 @@ TEST(NormaliseTables, TheSecondChannelOfFamily4IsTheLoggersTemperature) {
     file.family = 4;
     file.logged[1].sensor = sensor;
     file.logged[1].measure_class = 7;
-    OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+    SoundSession opened(file, Load::kTablesOnly);
     EXPECT_EQ(opened.session().channel(1).sensor_id(), wanted);
     EXPECT_EQ(opened.session().channel(1).measure_class(), sensor == 17 ? 1 : 7);
   }
@@ -188,7 +183,7 @@ TEST(NormaliseCounts, DerivedChannelsAreAsLongAsTheLongestLoggedOne) {
     wmp::File file = small_file(600);
     file.logged.push_back(plain_channel("No rate", {1, 2, 3, 4, 5, 6, 7}, 10));
     file.derived = {plain_channel("Derived", {}, rate)};
-    OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+    SoundSession opened(file, Load::kTablesOnly);
     ASSERT_EQ(opened.session().channel_count(), 4U);
     EXPECT_TRUE(opened.session().is_derived(3));
     EXPECT_EQ(opened.session().channel(3).sample_count(), wanted) << rate;
@@ -214,7 +209,7 @@ TEST(NormaliseCounts, SizesRiseToWhatTheTablesNeed) {
 TEST(ChannelTable, RowsComeAndGoWithTheirSamples) {
   wmp::File file = small_file(451);
   file.derived = {plain_channel("One", {}, 5)};
-  OpenedSession opened(wmp::build(file));
+  SoundSession opened(file);
   CWMP& session = opened.session();
   ASSERT_EQ(session.channel_count(), 3U);
   const std::vector<float> second = opened.values(1);

@@ -18,8 +18,7 @@ TEST(OpenFile, EveryVersionYieldsTheSameSamples) {
   constexpr u16 kVersions[] = {100, 200, 320, 400, 450, 451, 550, 600, 700};
   for (const u16 version : kVersions) {
     SCOPED_TRACE(version);
-    OpenedSession opened(wmp::build(small_file(version)));
-    ASSERT_TRUE(opened.opened()) << opened.error();
+    SoundSession opened(small_file(version));
     ASSERT_EQ(opened.session().channel_count(), 2U);
     EXPECT_EQ(opened.session().channel(0).name(), "First");
     EXPECT_EQ(opened.values(0), first);
@@ -136,7 +135,7 @@ TEST(OpenFile, SpellsFirmwareAndSoftware) {
     wmp::File file = small_file(600);
     file.software = software;
     file.firmware = {0x41, 0x0A, 0x99};
-    OpenedSession opened(wmp::build(file));
+    SoundSession opened(file);
     EXPECT_EQ(opened.session().software_text(), text);
     EXPECT_EQ(opened.session().firmware_text(), "41.0a.99");
   }
@@ -148,7 +147,7 @@ TEST(OpenFile, StoredUnitsBecomeWhatIsShown) {
   for (const auto& [stored, shown] : cases) {
     wmp::File file = small_file(451);
     file.logged[0].unit = stored;
-    OpenedSession opened(wmp::build(file));
+    SoundSession opened(file);
     EXPECT_EQ(opened.session().channel(0).unit_text(), shown);
   }
 }
@@ -176,7 +175,7 @@ TEST(OpenFile, ChecksTheReferenceSpeed) {
     }
     file.reference = stored;
     file.firmware = {firmware, 0, 0};
-    EXPECT_EQ(OpenedSession(wmp::build(file)).session().reference_speed(), wanted) << what;
+    EXPECT_EQ(SoundSession(file).session().reference_speed(), wanted) << what;
   }
 }
 
@@ -186,8 +185,7 @@ TEST(OpenFile, DropsMathChannelsOfAnOlderKind) {
   file.reference = 3;
   file.logged[1].measure_class = 3;
   file.derived[0].math_generation = 0;
-  OpenedSession dropped(wmp::build(file));
-  ASSERT_TRUE(dropped.opened()) << dropped.error();
+  SoundSession dropped(file);
   ASSERT_EQ(dropped.session().channel_count(), 2U);
   EXPECT_EQ(dropped.values(0), (std::vector<float>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
   EXPECT_EQ(dropped.values(1), (std::vector<float>{11, 12, 13, 14, 15}));
@@ -196,14 +194,14 @@ TEST(OpenFile, DropsMathChannelsOfAnOlderKind) {
   EXPECT_EQ(dropped.session().laps()[0].time_ms(), 60U);
 
   file.derived[0].math_generation = 1;
-  OpenedSession kept(wmp::build(file));
+  SoundSession kept(file);
   EXPECT_EQ(kept.session().channel_count(), 4U);
 }
 
 TEST(OpenFile, OldLapsAreNumberedWhereTheyHaveNoNumbers) {
   wmp::File file = small_file(100);
   file.laps = {wmp::Lap{60, 9, 0, 7}, wmp::Lap{40, 9, 0, 7}};
-  OpenedSession opened(wmp::build(file));
+  SoundSession opened(file);
   ASSERT_EQ(opened.session().laps().size(), 2U);
   EXPECT_EQ(opened.session().laps()[0].number(), 1);
   EXPECT_EQ(opened.session().laps()[1].number(), 2);

@@ -1,6 +1,8 @@
 // A legacy session opened from bytes, with all that a CWMP borrows.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <utility>
 #include <vector>
@@ -53,6 +55,14 @@ class OpenedSession {
   CWMP session_{folder_.path().wstring(), &options_, &sensors_, &math_, -1};
   u32 error_ = 0;
   bool opened_ = false;
+};
+
+// A session that is expected to open.
+class SoundSession : public OpenedSession {
+ public:
+  explicit SoundSession(const wmp::File& file, Load load = Load::kEverything) : OpenedSession(wmp::build(file), load) {
+    EXPECT_TRUE(opened()) << error();
+  }
 };
 
 // The log of the process, for the length of a test.

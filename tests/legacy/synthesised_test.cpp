@@ -91,8 +91,7 @@ TEST(SynthesisedChannels, FollowTheDevice) {
   const std::pair<u32, Names> devices[] = {{48, geared}, {56, geared},  {59, geared},  {60, geared}, {18, scaled},
                                            {70, scaled}, {317, scaled}, {318, scaled}, {47, logged}, {0, logged}};
   for (const auto& [device, wanted] : devices) {
-    OpenedSession opened(wmp::build(shaft_file(device)));
-    ASSERT_TRUE(opened.opened()) << device;
+    SoundSession opened(shaft_file(device));
     EXPECT_EQ(names_of(opened.session()), wanted) << device;
     EXPECT_EQ(opened.session().measures().size(), wanted.size());
     EXPECT_EQ(opened.session().header().channel_count(), static_cast<i16>(wanted.size()));
@@ -112,7 +111,7 @@ TEST(SynthesisedChannels, RecordsOfTheAddedChannels) {
   };
   wmp::File file = shaft_file(kGearedDevice);
   file.function_ids = false;
-  OpenedSession opened(wmp::build(file));
+  SoundSession opened(file);
   ASSERT_EQ(opened.session().channel_count(), 6U);
   EXPECT_TRUE(opened.session().configuration().has_function_ids());
   for (std::size_t i = 2; i < 6; ++i) {
@@ -140,13 +139,13 @@ TEST(SynthesisedChannels, RecordsOfTheAddedChannels) {
 TEST(SynthesisedChannels, AnUnknownDriveIsTheUsualOne) {
   wmp::File file = shaft_file(kGearedDevice);
   file.runs = {wmp::Run{}, wmp::Run{2, 0, 0, 0.0F, ""}};
-  OpenedSession opened(wmp::build(file));
+  SoundSession opened(file);
   EXPECT_EQ(opened.session().channel(2).formula(), "(Shaft / 60000) * 18 * 1524 * 3.6000 / 80");
   // Linear has no usual drive: nothing to divide by.
   EXPECT_EQ(values_of(opened, "Linear"), std::vector<float>(100, 0.0F));
   // The smaller count is the missing one.
   file.runs[0] = wmp::Run{1, 60, 0, 1000.0F, ""};
-  OpenedSession half(wmp::build(file));
+  SoundSession half(file);
   EXPECT_EQ(half.session().channel(2).formula(), "(Shaft / 60000) * 18 * 1000 * 3.6000 / 60");
 }
 
@@ -160,7 +159,7 @@ TEST(SynthesisedChannels, AnUntouchedShaftIsSetUp) {
   for (const auto& [device, stored, wanted] : cases) {
     wmp::File file = shaft_file(device);
     file.logged[1].parameters = {stored.first, stored.second};
-    OpenedSession opened(wmp::build(file));
+    SoundSession opened(file);
     const WmpChannelRecord& shaft = opened.session().channel(1);
     EXPECT_EQ(Pair(shaft.parameter(0), shaft.parameter(1)), wanted) << device;
   }
@@ -169,13 +168,13 @@ TEST(SynthesisedChannels, AnUntouchedShaftIsSetUp) {
 TEST(SynthesisedChannels, AStoredSpeedStays) {
   wmp::File file = shaft_file(kGearedDevice);
   file.derived = {formula_channel("Speed", "Shaft * 2")};
-  OpenedSession opened(wmp::build(file));
+  SoundSession opened(file);
   EXPECT_EQ(names_of(opened.session()), (Names{"Engine", "Shaft", "Speed", "CVT", "Drive", "Linear"}));
   EXPECT_EQ(opened.session().channel(2).formula(), "Shaft * 2");
   EXPECT_EQ(opened.session().channel(1).parameter(1), 0.0F);
   // A stored channel of another kind's name gets the formula of that kind.
   file.derived = {formula_channel("cvt", "Shaft * 2")};
-  OpenedSession renamed(wmp::build(file));
+  SoundSession renamed(file);
   EXPECT_EQ(names_of(renamed.session()), (Names{"Engine", "Shaft", "cvt", "Speed", "Drive", "Linear"}));
   EXPECT_EQ(renamed.values(2)[50], 3500.0F / 1350.0F);
 }
@@ -194,7 +193,7 @@ TEST(SynthesisedChannels, AMissingInputIsALineInTheLog) {
                           Case{0, "FMI-limiter.txt", {"4887"}}}) {
     SCOPED_TRACE(one.device);
     file.device_code = one.device;
-    OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+    SoundSession opened(file, Load::kTablesOnly);
     if (*one.configuration != 0) opened.folder().write(one.configuration, std::string());
     const LogFile log;
     ASSERT_TRUE(opened.open("session.wmp", Load::kEverything));
@@ -206,7 +205,7 @@ TEST(SynthesisedChannels, AMissingInputIsALineInTheLog) {
       EXPECT_EQ(count_of(log.text(), wanted), 1U) << log.text();
     }
   }
-  OpenedSession opened(wmp::build(shaft_file(0)));
+  SoundSession opened(shaft_file(0));
   const LogFile log;
   opened.session().AssicuraPresenzaCanaleMatematico(0, true);
   opened.session().AssicuraPresenzaCanaleMatematico(13, true);
@@ -217,7 +216,7 @@ TEST(SynthesisedChannels, AMissingInputIsALineInTheLog) {
 // --- Run by run
 
 TEST(RunCalculations, LinearIsTheSmoothedRiseOfEachRun) {
-  OpenedSession opened(wmp::build(shaft_file(kGearedDevice)));
+  SoundSession opened(shaft_file(kGearedDevice));
   const std::vector<float> shaft = values_of(opened, "Shaft");
   std::vector<float> wanted(100, 0.0F);
   const auto add_run = [&](std::size_t first, std::size_t end, float low_teeth, float high_teeth, float wheel_mm) {
@@ -240,10 +239,10 @@ TEST(RunCalculations, LinearIsTheSmoothedRiseOfEachRun) {
 }
 
 TEST(RunCalculations, SpeedsAndRatiosOfEngineAndShaft) {
-  OpenedSession geared(wmp::build(shaft_file(kGearedDevice)));
+  SoundSession geared(shaft_file(kGearedDevice));
   wmp::File file = shaft_file(kScaledDevice);
   file.logged[1].parameters[0] = 62.5F;
-  OpenedSession scaled(wmp::build(file));
+  SoundSession scaled(file);
   EXPECT_EQ(scaled.session().channel(2).formula(), "Shaft / 62.5000");
   const std::vector<float> engine = values_of(geared, "Engine");
   const std::vector<float> shaft = values_of(geared, "Shaft");
@@ -268,8 +267,7 @@ TEST(RunCalculations, SpeedsAndRatiosOfEngineAndShaft) {
 TEST(RunCalculations, RunsBeyondTheSamplesEndWithThem) {
   wmp::File file = shaft_file(kGearedDevice);
   file.laps = {wmp::Lap{950, 1, 1}, wmp::Lap{0xFFFFFF00, 2, 1}, wmp::Lap{70000, 3, 1}};
-  OpenedSession opened(wmp::build(file));
-  ASSERT_TRUE(opened.opened());
+  SoundSession opened(file);
   const std::vector<float> speed = values_of(opened, "Speed");
   EXPECT_GT(speed[94], 0.0F);
   EXPECT_GT(speed[99], 0.0F);
@@ -278,7 +276,7 @@ TEST(RunCalculations, RunsBeyondTheSamplesEndWithThem) {
 // --- Configuration files
 
 TEST(ConfiguredChannels, BoostLimitBringsSixChannels) {
-  OpenedSession opened(wmp::build(shaft_file(0)), Load::kTablesOnly);
+  SoundSession opened(shaft_file(0), Load::kTablesOnly);
   ASSERT_TRUE(open_with(opened, "FIA.txt", "{\nracer=Somebody else\n}\n"));
   EXPECT_EQ(names_of(opened.session()),
             (Names{"Engine", "Shaft", "FlagFIA", "LimitFIA", "ValFIA", "IntegFIA", "Ctr30FIA", "Ctr100FIA"}));
@@ -293,7 +291,7 @@ TEST(ConfiguredChannels, BoostLimitBringsSixChannels) {
   // A stored one of another rate is made anew, at its place among the others.
   wmp::File file = shaft_file(0);
   file.derived = {kind_channel("ValFIA", 8, k10Hz), kind_channel("Ctr30FIA", 10)};
-  OpenedSession stored(wmp::build(file), Load::kTablesOnly);
+  SoundSession stored(file, Load::kTablesOnly);
   ASSERT_TRUE(open_with(stored, "FIA.txt", ""));
   EXPECT_EQ(names_of(stored.session()),
             (Names{"Engine", "Shaft", "Ctr30FIA", "FlagFIA", "LimitFIA", "ValFIA", "IntegFIA", "Ctr100FIA"}));
@@ -307,7 +305,7 @@ TEST(ConfiguredChannels, EachOutputOfTheBoostLimitHasItsChannel) {
   file.runs = {wmp::Run{}};
   file.logged.push_back(plain_channel("Boost", std::vector<u16>(100, 2005), k100Hz));
   file.logged.push_back(plain_channel("Throttle", std::vector<u16>(100, 100), k100Hz));
-  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+  SoundSession opened(file, Load::kTablesOnly);
   opened.folder().write("limits.txt", std::string("1000=1\n9000=1\n"));
   ASSERT_TRUE(
       open_with(opened, "FIA.txt",
@@ -330,7 +328,7 @@ TEST(ConfiguredChannels, TheLimiterIsComputedWhenAddedAndWhenAssured) {
   file.logged = {plain_channel("Engine", engine, k100Hz)};
   file.laps = {wmp::Lap{1000}};
   file.runs = {wmp::Run{}};
-  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+  SoundSession opened(file, Load::kTablesOnly);
   ASSERT_TRUE(open_with(opened, "FMI-limiter.txt", "{\nid=77\nlimiter=3000\npts_number=3\nthreshold=5000\n}\n"));
   EXPECT_EQ(names_of(opened.session()), (Names{"Engine", "FMI_Limiter"}));
   EXPECT_EQ(opened.session().channel(1).formula(), "LimiterFMI");
@@ -342,7 +340,7 @@ TEST(ConfiguredChannels, TheLimiterIsComputedWhenAddedAndWhenAssured) {
 }
 
 TEST(ConfiguredChannels, TheExporterRunsBehindThem) {
-  OpenedSession opened(wmp::build(shaft_file(kScaledDevice)), Load::kTablesOnly);
+  SoundSession opened(shaft_file(kScaledDevice), Load::kTablesOnly);
   ASSERT_TRUE(open_with(opened, "Exporter.txt", "ch=SpeedCalc\nch=Engine\n"));
   EXPECT_EQ(opened.folder().read("session.wmp.export.csv").substr(0, 19), "SpeedCalc, Engine, ");
 }
@@ -355,12 +353,12 @@ TEST(FormulaChannels, AreComputedAgainWithEachChannelThatIsAdded) {
                   formula_channel("Uses", "CVT * 2")};
   file.derived[2].gain = 2;
   file.derived[2].offset = 1;
-  OpenedSession alone(wmp::build(file));
+  SoundSession alone(file);
   EXPECT_EQ(alone.values(2), std::vector<float>(100, 1.0F)) << "what stands behind has no values yet";
   EXPECT_EQ(alone.values(3)[7], 6140.0F);
   EXPECT_EQ(alone.values(4), std::vector<float>(100, 1.0F)) << "0.0, and the channel's own offset";
   file.device_code = kGearedDevice;
-  OpenedSession again(wmp::build(file));
+  SoundSession again(file);
   EXPECT_EQ(again.values(2)[7], 6141.0F);
   EXPECT_EQ(again.values(4)[50], (3500.0F / 1350.0F * 2.0F) * 2.0F + 1.0F) << "gain and offset count once";
 }
@@ -391,7 +389,7 @@ TEST(FormulaChannels, LapsEndWithTheirLapTime) {
   file.logged = {plain_channel("A", std::vector<u16>(12, 1), k10Hz)};
   file.derived = {formula_channel("Time", "time()", k10Hz)};
   file.laps = {wmp::Lap{500, 1, 1, 300}, wmp::Lap{700, 1, 2}};
-  OpenedSession opened(wmp::build(file));
+  SoundSession opened(file);
   const std::vector<float> time = opened.values(1);
   ASSERT_EQ(time.size(), 12U);
   for (std::size_t i = 1; i < time.size(); ++i) EXPECT_EQ(time[i] > time[i - 1], i != 5) << i;
@@ -405,15 +403,14 @@ TEST(DerivedChannels, WhatCannotBeComputedIsZero) {
   file.derived = {formula_channel("Empty", ""), formula_channel("Broken", "Engine +"),
                   formula_channel("Unknown", "KMH2MS * 2"), formula_channel("Kind", "Engine")};
   file.derived[3].kind = 99;
-  OpenedSession formulas(wmp::build(file));
+  SoundSession formulas(file);
   expect_zeros(formulas, 2, 5);
   EXPECT_EQ(formulas.values(5), formulas.values(0)) << "a kind that nobody knows is a formula";
 
   // Kinds without their configuration file.
   file.derived.clear();
   for (u16 kind = 6; kind <= 12; ++kind) file.derived.push_back(kind_channel("K" + std::to_string(kind), kind));
-  OpenedSession unconfigured(wmp::build(file));
-  ASSERT_TRUE(unconfigured.opened());
+  SoundSession unconfigured(file);
   expect_zeros(unconfigured, 2, 9);
   EXPECT_EQ(unconfigured.folder().names(), (Names{"session.bak", "session.wmp"}));
 
@@ -422,7 +419,7 @@ TEST(DerivedChannels, WhatCannotBeComputedIsZero) {
   file.derived = {kind_channel("One", 1), kind_channel("Four", 4), kind_channel("Five", 5),
                   formula_channel("Shaft", "Engine")};
   file.derived[3].sensor = 77;
-  OpenedSession no_shaft(wmp::build(file));
+  SoundSession no_shaft(file);
   expect_zeros(no_shaft, 1, 4);
   EXPECT_FALSE(no_shaft.session().compute_derived_channel(1));
 }
@@ -433,7 +430,7 @@ TEST(Definitions, AreEnteredUpdatedOrLeftAlone) {
   wmp::File file = shaft_file(0);
   file.derived = {kind_channel("EXISTS", 5), formula_channel("kept", "Shaft")};
   file.derived[0].parameters = {1, 2, 3, 4, 5};
-  OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+  SoundSession opened(file, Load::kTablesOnly);
   std::filesystem::create_directory(opened.folder().path() / "MATHCHANNELS");
   const std::string name = (std::filesystem::path("MATHCHANNELS") / "ZEP_TWMATH_2.ZMC").string();
   ASSERT_TRUE(open_with(opened, name,
@@ -474,7 +471,7 @@ SMathChannel definition_of(const std::string& name, u16 channel_class, bool cand
 }
 
 TEST(Definitions, CandidatesBecomeTheReference) {
-  OpenedSession opened(wmp::build(shaft_file(0)));
+  SoundSession opened(shaft_file(0));
   CWMP& session = opened.session();
   ASSERT_EQ(session.reference_speed(), -1);
   ASSERT_TRUE(session.add_definition(definition_of("Plain", kSpeedClass, false), 0));
@@ -501,8 +498,7 @@ TEST(Definitions, CandidatesBecomeTheReference) {
 TEST(Definitions, NothingIsAddedToASessionWithoutSamples) {
   wmp::File file = shaft_file(kGearedDevice);
   file.logged.clear();
-  OpenedSession opened(wmp::build(file));
-  ASSERT_TRUE(opened.opened()) << opened.error();
+  SoundSession opened(file);
   EXPECT_FALSE(opened.session().add_definition(definition_of("Any", 1, true), 0));
   EXPECT_EQ(opened.session().channel_count(), 0U);
 }
