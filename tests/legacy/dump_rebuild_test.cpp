@@ -158,13 +158,12 @@ TEST(DumpRebuild, StreamsByHand) {
       {"a block that ends within a round: the next one starts the schedule over",
        Dump({1, 2}).words({1, 2, 3}).checksum().words({4, 5}).checksum(),
        {0, 0, 4, 0, 5}},
-      {"the same at a mark", Dump({1, 2}).words({1, 2}).mark().words({3}).mark().words({4, 5}).mark(), {1, 0, 4, 2, 5}},
+      {"the same at a mark, which doesn't start the sum over",
+       Dump({1, 2}).words({1, 2}).mark().words({3}).mark().words({4, 5}).checksum(),
+       {1, 0, 4, 2, 5}},
       {"the last block ends without a word on it",
        Dump({1, 2}).words({1, 2}).checksum(1).words({3, 4, 5}),
        {0, 3, 5, 0, 4}},
-      {"a mark doesn't start the sum over",
-       Dump({1}).mark().words({5}).mark().words({6}).checksum().words({7}).checksum(),
-       {5, 6, 7}},
       {"laps don't move the schedule",
        Dump({1, 2}).words({1}).lap_end(3).words({2, 3}).lap_record(5, 12, 61000).words({4, 5, 6}).checksum(),
        {1, 3, 5, 2, 4, 6}},
@@ -180,7 +179,6 @@ TEST(DumpRebuild, StreamsByHand) {
        {5, 6, 0, 8, 0, 0, 7, 9}},
       {"up to 255", Dump({1}).words({5}).repeat(255, 0xFFFF).words({6}).checksum(), lost_run},
       {"and 256 are the end", Dump({1}).words({5}).repeat(256, 0xFFFF).words({6, 7}), {5}},
-      {"cut within them", Dump({1}).words({5}).repeat(3, 0xFFFF), {5, 0, 0, 0}},
       {"others of high byte 0xFF are samples", Dump({1}).words({0xFF00, 0xFFFE}), {0xFF00, 0xFFFE}},
   };
   for (const Case& one : cases) {
@@ -200,16 +198,14 @@ TEST(DumpRebuild, ReadingStopsBehindAnErasedTail) {
   EXPECT_EQ(words_of(across).size(), 32768U - 100 + 251 + 100);
 }
 
-TEST(DumpRebuild, OnlySoManyDamagedBlocksAreKnown) {
+TEST(DumpRebuild, OnlySoManyDamagedBlocksAndWordsAreKnown) {
   // One sample a block, all damaged: the list's last place goes to the last of them.
   Dump made({1});
   for (u16 i = 0; i < 2100; ++i) made.word(7).checksum(1);
   Words wanted(2100, 0);
   std::fill(wanted.begin() + 1999, wanted.end() - 1, u16{7});
   EXPECT_EQ(words_of(made), wanted);
-}
-
-TEST(DumpRebuild, NoMoreWordsThanTheSessionHasRoomFor) {
+  // No more words than the session has room for.
   const Bytes bytes = Dump({1, 2}).words({1, 2, 3, 4, 5, 6}).bytes();
   EXPECT_EQ(rebuild(bytes, kPlainFamily, 4).words, (Words{1, 3, 5, 2}));
   EXPECT_EQ(rebuild(bytes, kPlainFamily, 0).words, Words{});
@@ -401,8 +397,7 @@ TEST(DumpRebuild, TheChannelsOfASessionFile) {
   file.dump = made.bytes();
   const std::vector<u16> fast = {10, 11, 12, 13, 0, 0, 16, 17};
   file.logged = {plain_channel("Slow", {1, 2, 0, 4}, 2), plain_channel("Fast", fast, 3)};
-  OpenedSession opened(wmp::build(file));
-  ASSERT_TRUE(opened.opened()) << opened.error();
+  SoundSession opened(file);
   EXPECT_EQ(opened.values(0), (std::vector<float>{1, 2, 0, 4}));
   EXPECT_EQ(opened.values(1), (std::vector<float>{10, 11, 12, 13, 0, 0, 16, 17}));
   EXPECT_EQ(opened.folder().names(), (std::vector<std::string>{"session.bak", "session.wmp"}));
@@ -410,7 +405,7 @@ TEST(DumpRebuild, TheChannelsOfASessionFile) {
   // What the dump lacks reads as zero.
   file.logged = {plain_channel("A", {5, 6, 0, 0})};
   file.dump = Dump({1}).words({5, 6}).bytes();
-  EXPECT_EQ(OpenedSession(wmp::build(file)).values(0), (std::vector<float>{5, 6, 0, 0}));
+  EXPECT_EQ(SoundSession(file).values(0), (std::vector<float>{5, 6, 0, 0}));
   // Without a dump that can be used there is no session.
   wmp::Bytes beyond = wmp::build(file);
   wmp::set_dword(&beyond, wmp::configuration_at(500), 0xFFFFFFF0);
