@@ -46,8 +46,8 @@ class HourSession : public IMathSession {
   std::span<float> Samples(std::size_t) override { return result_; }
   std::size_t LapCount() const override { return 40; }
   SMathLap Lap(std::size_t index) const override { return {90'000.0 * static_cast<double>(index), 90'000.0}; }
-  void FillInput(std::size_t source, std::size_t, std::span<float> out) override {
-    resample_linear(sources_[source], 1000 / kRateHz, 1000 / kRateHz, out);
+  void FillInput(std::size_t source, std::size_t, std::size_t first, std::span<float> out) override {
+    resample_linear(sources_[source], 1000 / kRateHz, 1000 / kRateHz, first, out);
   }
 
  private:

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <iterator>
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
@@ -52,11 +53,10 @@ class FormulaSession : public IMathSession {
   std::span<float> Samples(std::size_t) override { return values_; }
   std::size_t LapCount() const override { return laps_.size(); }
   SMathLap Lap(std::size_t index) const override { return laps_[index]; }
-  void FillInput(std::size_t source, std::size_t, std::span<float> out) override {
-    const std::vector<float> grid = on_even_grid(file_, *file_.view->GetCanali()[source], step_us_);
-    const std::size_t count = std::min(grid.size(), out.size());
-    std::copy_n(grid.begin(), count, out.begin());
-    std::fill(out.begin() + static_cast<std::ptrdiff_t>(count), out.end(), 0.0F);
+  void FillInput(std::size_t source, std::size_t, std::size_t first, std::span<float> out) override {
+    auto [known, is_new] = grids_.try_emplace(source);
+    if (is_new) known->second = on_even_grid(file_, *file_.view->GetCanali()[source], step_us_);
+    resample_linear(known->second, 1, 1, first, out);
   }
 
  private:
@@ -78,6 +78,7 @@ class FormulaSession : public IMathSession {
   u64 step_us_;
   u32 frequency_hz_;
   std::vector<float> values_;
+  std::map<std::size_t, std::vector<float>> grids_;
   std::vector<std::string> names_;
   std::vector<SMathLap> laps_;
 };

@@ -27,7 +27,7 @@ class WmpMathSession : public IMathSession {
   // Ends with the lap time, which a host doesn't see where there is a true one.
   SMathLap Lap(std::size_t index) const override;
   // A channel of steps stays on its earlier sample between two.
-  void FillInput(std::size_t source, std::size_t target, std::span<float> out) override;
+  void FillInput(std::size_t source, std::size_t target, std::size_t first, std::span<float> out) override;
 
  private:
   CWMP* session_;

@@ -18,13 +18,8 @@ constexpr std::size_t kStackSize = 128;
 constexpr std::size_t kFormulaLength = 255;
 // Symbols are numbered in 16 bits.
 constexpr std::size_t kLargestSymbolCount = 65536;
-
-// What a symbol of the code stands for: a channel of the session, or a definition that isn't one of its channels.
-struct InputSource {
-  bool in_session;
-  u16 index;
-  bool operator==(const InputSource&) const = default;
-};
+// Samples of an input that stand in memory at a time.
+constexpr std::size_t kPiece = 4096;
 
 // When each lap ends, while the time goes on.
 class LapClock {
@@ -147,22 +142,37 @@ void CGestMathChan::run_passes(IMathSession& session, std::size_t target) {
 // One input per channel that the formula names, in the order in which the code first reaches them; the code then names
 // inputs instead of channels. A definition that is no channel of the session has no samples, and reads 0.0.
 CGestMathChan::Inputs CGestMathChan::load_inputs(IMathSession& session, std::size_t target) {
-  std::vector<InputSource> sources;
+  Inputs inputs;
   for (parser_.Rewind(); parser_.HasMore();) {
     const Instruction instruction = parser_.Next();
     if (instruction.bytes == nullptr) break;
     if (instruction.opcode() < kOpOtherSymbol || instruction.opcode() > kOpMathChannel) continue;
-    const InputSource source{instruction.opcode() != kOpMathChannel, instruction.index()};
-    const auto known = std::ranges::find(sources, source);
-    parser_.SetIndex(static_cast<u16>(known - sources.begin()));
-    if (known == sources.end()) sources.push_back(source);
+    const std::size_t source = instruction.index();
+    const bool in_session = instruction.opcode() != kOpMathChannel;
+    const auto known = std::ranges::find_if(
+        inputs, [&](const Input& input) { return input.source == source && input.in_session == in_session; });
+    parser_.SetIndex(static_cast<u16>(known - inputs.begin()));
+    if (known == inputs.end()) inputs.push_back({source, in_session, false, {}});
   }
-  Inputs inputs;
-  for (const InputSource& source : sources) {
-    std::vector<float>& input = inputs.emplace_back(session.Samples(target).size(), 0.0F);
-    if (source.in_session && !input.empty()) session.FillInput(source.index, target, input);
+  const std::size_t count = session.Samples(target).size();
+  for (Input& input : inputs) {
+    input.is_whole = count <= kPiece || parser_.NeedsSmoothing() || (input.in_session && input.source == target);
+    input.values.resize(input.is_whole ? count : kPiece);
+    if (input.is_whole && input.in_session && count > 0) session.FillInput(input.source, target, 0, input.values);
   }
   return inputs;
+}
+
+// Sets the cursors to sample `first`.
+void CGestMathChan::load_piece(IMathSession& session, std::size_t target, std::size_t first, Inputs& inputs,
+                               std::span<InputCursor> cursors) {
+  const std::size_t left = session.Samples(target).size() - first;
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    Input& input = inputs[i];
+    cursors[i].sample = input.values.data() + (input.is_whole ? first : 0);
+    if (input.is_whole || !input.in_session) continue;
+    session.FillInput(input.source, target, first, std::span(input.values).first(std::min(left, kPiece)));
+  }
 }
 
 void CGestMathChan::run_pass(u16 pass, IMathSession& session, std::size_t target, Inputs& inputs) {
@@ -173,17 +183,16 @@ void CGestMathChan::run_pass(u16 pass, IMathSession& session, std::size_t target
   if (parser_.NeedsSmoothing()) {
     // About one second of samples; each pass smooths the already smoothed ones again.
     const std::size_t half_width = session.FrequencyHz(target) / 2;
-    for (std::vector<float>& input : inputs) CFiltri::MediaMobile(input.data(), input.size(), half_width);
+    for (Input& input : inputs) CFiltri::MediaMobile(input.values.data(), input.values.size(), half_width);
   }
-  std::vector<InputCursor> cursors;
-  cursors.reserve(inputs.size());
-  for (const std::vector<float>& input : inputs) cursors.push_back({input.data()});
+  std::vector<InputCursor> cursors(inputs.size());
 
   const std::span<float> samples = session.Samples(target);
   const std::size_t first = first_output(session, period_ms, samples.size());
   LapClock laps(session);
   double time_ms = 0.0;
   for (std::size_t i = 0; i < samples.size(); ++i) {
+    if (i % kPiece == 0) load_piece(session, target, i, inputs, cursors);
     interpreter_.SetSampleIndex(static_cast<u32>(i));
     time_ms += period_ms;
     if (laps.passes_into_next_lap(time_ms)) interpreter_.ResetLap();

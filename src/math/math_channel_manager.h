@@ -62,13 +62,23 @@ class CGestMathChan {
   static void GetMessage(i32 code, std::string* text, std::string* identifier, std::string* table);
 
  private:
-  using Inputs = std::vector<std::vector<float>>;
+  // What a symbol of the code reads. An input is a piece of its channel at a time; the whole channel where the pieces
+  // hang together: where it is smoothed, and where the channel to compute reads itself and must see what stood there.
+  struct Input {
+    std::size_t source = 0;
+    bool in_session = false;
+    bool is_whole = false;
+    std::vector<float> values;
+  };
+  using Inputs = std::vector<Input>;
 
   void KeepSymbols(const IMathSession& session);
   bool compile(std::string_view formula, i32* error, u16* position);
   std::size_t character_of(i32 error, u16 position) const;
   Inputs load_inputs(IMathSession& session, std::size_t target);
   void run_passes(IMathSession& session, std::size_t target);
+  static void load_piece(IMathSession& session, std::size_t target, std::size_t first, Inputs& inputs,
+                         std::span<InputCursor> cursors);
   void run_pass(u16 pass, IMathSession& session, std::size_t target, Inputs& inputs);
 
   std::vector<SMathChannel> channels_;

@@ -39,12 +39,15 @@ class IMathSession {
   virtual std::size_t LapCount() const = 0;
   virtual SMathLap Lap(std::size_t index) const = 0;
 
-  // Channel `source` on the grid of the target, one value per element of `out`. Behind the source's end it reads 0.0.
-  virtual void FillInput(std::size_t source, std::size_t target, std::span<float> out) = 0;
+  // Channel `source` on the grid of the target from its sample `first` on, one value per element of `out`. Behind the
+  // source's end it reads 0.0. Long channels are asked for in pieces, from front to back, once per pass.
+  virtual void FillInput(std::size_t source, std::size_t target, std::size_t first, std::span<float> out) = 0;
 };
 
 // The usual way to fill an input: samples at whole multiples of their period, copied where the periods are equal, else
 // interpolated between neighbours in single precision; 0.0 behind the last sample. A period of 0 reads 0.0 throughout.
-void resample_linear(std::span<const float> source, u32 source_period_ms, u32 target_period_ms, std::span<float> out);
+// first: the place on the target's grid at which `out` begins.
+void resample_linear(std::span<const float> source, u32 source_period_ms, u32 target_period_ms, std::size_t first,
+                     std::span<float> out);
 
 }  // namespace traguardo

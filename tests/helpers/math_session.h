@@ -34,9 +34,9 @@ class MemoryMathSession : public IMathSession {
   std::span<float> Samples(std::size_t target) override { return channels[target].samples; }
   std::size_t LapCount() const override { return laps.size(); }
   SMathLap Lap(std::size_t index) const override { return laps[index]; }
-  void FillInput(std::size_t source, std::size_t target, std::span<float> out) override {
+  void FillInput(std::size_t source, std::size_t target, std::size_t first, std::span<float> out) override {
     filled.push_back(source);
-    resample_linear(channels[source].samples, channels[source].period_ms, channels[target].period_ms, out);
+    resample_linear(channels[source].samples, channels[source].period_ms, channels[target].period_ms, first, out);
   }
 };
 

@@ -59,6 +59,23 @@ TEST_F(MathChannels, ATargetReadsItsOwnOldSamples) {
   EXPECT_EQ(session_.channels[target].samples, (std::vector<float>{2, 4, 6}));
 }
 
+// Long inputs come in pieces, which must not show: neither at their seams nor where the target reads itself, ahead of
+// which its own new samples run by five.
+TEST_F(MathChannels, LongInputsHaveNoSeams) {
+  constexpr std::size_t kCount = 10'000;
+  std::vector<float> slow;  // on the target's grid, sample i reads i
+  for (std::size_t i = 0; i <= kCount / 4; ++i) slow.push_back(static_cast<float>(4 * i));
+  session_.add("slow", 40, slow);
+  std::vector<float> doubled;
+  for (std::size_t i = 0; i < kCount; ++i) doubled.push_back(static_cast<float>(2 * i));
+  const std::size_t target = session_.add("self", 10, doubled, "slow+self");
+  session_.laps = {{50.0, 1e6}};
+  ASSERT_TRUE(manager_.ComputeChannel(session_, target));
+  std::vector<float> expected = {0, 2, 4, 6, 8};
+  for (std::size_t i = 0; i < kCount - 5; ++i) expected.push_back(static_cast<float>(3 * i));
+  EXPECT_EQ(session_.channels[target].samples, expected);
+}
+
 TEST_F(MathChannels, FormulasThatFailLeaveTheSamplesAlone) {
   session_.add("Speed", 100, {1});
   const std::size_t target = session_.add("result", 100, {5, 5}, "Speed * KMH2MS");
