@@ -216,8 +216,13 @@ bool BoostLimitCheck::report_what_is_missing(const SessionRun& run) const {
 bool BoostLimitCheck::read_limit_file(const SessionRun& run) {
   const std::wstring path =
       platform::path_in_folder(session_->working_folder(), platform::path_from_host_bytes(settings_->limit_file));
-  if (!limit_file_) limit_file_ = BoostLimitFile::read(path);
-  if (limit_file_->state == BoostLimitFile::State::kGood) return true;
+  if (!limit_file_) {
+    limit_file_ = BoostLimitFile::read(path);
+    if (limit_file_->state == BoostLimitFile::State::kGood) {
+      limits_.emplace(limit_file_->engine_speeds, limit_file_->limits);
+    }
+  }
+  if (limits_) return true;
   const std::string shown = platform::host_bytes_from_path(path);
   if (limit_file_->state == BoostLimitFile::State::kMissing) {
     report(run, std::string(kNoLimitFile).append(shown).append(kNoLimitFileAdvice));
@@ -257,7 +262,6 @@ void BoostLimitCheck::raise_flags(const SessionRun& run, const CScaler& scaler) 
   const SessionChannel throttle = session_->channel(*settings_->throttle);
   const u32 boost_period_ms = session_->channel(*settings_->boost).period_ms;
   const std::vector<float> boost = filtered_boost(boost_signal(run), settings_->fir);
-  const CPBoostLimit limits(limit_file_->engine_speeds, limit_file_->limits);
 
   const u64 first = run.start_ms / period_ms;
   const u64 end = std::min<u64>(first + run.duration_ms / period_ms, longest_output());
@@ -274,7 +278,7 @@ void BoostLimitCheck::raise_flags(const SessionRun& run, const CScaler& scaler) 
     const float value = value_at(boost, boost_period_ms, since_start_ms);
     const float rpm_now = value_at(rpm.samples, rpm.period_ms, time_ms);
     const float throttle_now = value_at(throttle.samples, throttle.period_ms, time_ms);
-    const float limit = scaler.Scale(limits.limit_at(rpm_now));
+    const float limit = scaler.Scale(limits_->limit_at(rpm_now));
     const BoostFlagRun::Sample sample = flag_run.step(value, limit, rpm_now, throttle_now);
     write_at(limit_out, index, limit);
     write_at(value_out, index, value);

@@ -105,6 +105,8 @@ struct BoostOutputs {
 class BoostLimitCheck {
  public:
   BoostLimitCheck(SessionView* session, const BoostOutputs& outputs);
+  BoostLimitCheck(const BoostLimitCheck&) = delete;
+  BoostLimitCheck& operator=(const BoostLimitCheck&) = delete;
   // One run; what it has to say goes into the report. False where the run could not be computed for a fault of its
   // configuration; the outputs are untouched then.
   bool run(const SessionRun& run);
@@ -122,6 +124,7 @@ class BoostLimitCheck {
   BoostOutputs outputs_;
   std::optional<BoostSettings> settings_;
   std::optional<BoostLimitFile> limit_file_;
+  std::optional<CPBoostLimit> limits_;  // over limit_file_, if that is good
 };
 
 }  // namespace traguardo
