@@ -184,6 +184,11 @@ TEST_F(Prediction, AgreesWithTheStepsInDoublePrecision) {
     SCOPED_TRACE(length);
     agrees_with_model(table, accelerating(25.0, 2.5, 420), length);
   }
+  // A restless run, in which the order of the smoothing passes shows.
+  const auto restless = [](double, std::size_t i) {
+    return 25.0 + 0.125 * static_cast<double>(i) + (i % 7 == 0 ? 8 : 0);
+  };
+  agrees_with_model(table, run_of(50.0, 420, restless), 660);
   // A run that beats the reference for a while lifts the rest for good.
   const auto faster_for_a_while = [](double distance, std::size_t) {
     return reference_speed(distance) + (distance > 400 && distance < 500 ? 5.0 : 0.0);
