@@ -329,25 +329,26 @@ class WmpSimulatorTest(unittest.TestCase):
     # --- The files, by the parser above ---------------------------------------------------------------------------
 
     @for_every_version
-    def test_tables_and_lengths(self, version, _, file):
+    def test_tables_samples_and_traces(self, version, path, file):
         self.assertEqual(file.version, version)
         self.assertEqual([c.name for c in file.logged], self.logged_names(version))
         self.assertEqual([c.name for c in file.derived], FORMULAS if version >= 451 else [])
         for channel in file.channels:
             self.assertEqual(channel.count * 1000, channel.rate * file.duration_ms, channel.name)
-        for channel in file.derived:
-            self.assertEqual((channel.origin, channel.is_current), (0, True))
-            self.assertNotEqual(channel.formula, "")
-        self.assertEqual(file.reference, 1)
-        self.assertEqual(file.date, "12-05-24 14:03:20")
-
-    @for_every_version
-    def test_samples_move(self, version, _, file):
         for channel in file.logged:
             samples = channel.values if version <= 320 else channel.words
             self.assertGreater(len(set(samples)), 2, channel.name)
             if version > 320:
                 self.assertLess(max(samples), 0x8000, channel.name)
+        for channel in file.derived:
+            self.assertEqual((channel.origin, channel.is_current), (0, True))
+            self.assertNotEqual(channel.formula, "")
+        self.assertEqual(file.reference, 1)
+        self.assertEqual(file.date, "12-05-24 14:03:20")
+        trace = self.trace(path)
+        self.assertEqual(len(trace.records), file.duration_ms // 100)
+        self.assertEqual([struct.unpack_from("<I", r)[0] for r in trace.records[:3]], [0, 100, 200])
+        self.assertEqual(len(trace.good()), len(trace.records) - 20)
 
     def test_units_in_both_descriptor_forms(self):
         channels = {c.name: c for c in self.file(self.sessions[600]).logged}
@@ -398,17 +399,10 @@ class WmpSimulatorTest(unittest.TestCase):
                 self.assertEqual(engine, list(file.logged[0].words))
                 self.assertEqual(len(self.json("laps", path)), 3)
 
-    @for_every_version
-    def test_traces(self, _, path, file):
-        trace = self.trace(path)
-        self.assertEqual(len(trace.records), file.duration_ms // 100)
-        self.assertEqual([struct.unpack_from("<I", r)[0] for r in trace.records[:3]], [0, 100, 200])
-        self.assertEqual(len(trace.good()), len(trace.records) - 20)
-
     # --- What the host reads --------------------------------------------------------------------------------------
 
     @for_every_version
-    def test_info(self, version, path, file):
+    def test_info_and_gps(self, version, path, file):
         info = self.json("info", path)
         self.assertEqual((info["vehicle"], info["track"], info["racer"]),
                          (text(file.names[:40]), text(file.names[40:80]), text(file.names[80:120])))
@@ -418,7 +412,11 @@ class WmpSimulatorTest(unittest.TestCase):
         last = max((c.count - 1) / c.rate for c in file.channels)
         self.assertAlmostEqual(info["duration_s"], last, places=6)
         self.assertEqual((info["laps"], info["channels"]), (3, len(file.channels)))
-        self.assertEqual((info["gps_channels"], info["gps_raw_samples"]), (15, len(self.trace(path).good())))
+        good = len(self.trace(path).good())
+        self.assertEqual((info["gps_channels"], info["gps_raw_samples"]), (15, good))
+        gps = self.json("gps", path)
+        self.assertEqual(gps["fixes"], good)
+        self.assertTrue(44.49 < gps["latitude_min_deg"] < 44.5 < gps["latitude_max_deg"] < 44.51, gps)
         self.assertEqual(self.bytes(path[:-3] + "bak"), self.bytes(path))
 
     @for_every_version
@@ -506,24 +504,6 @@ class WmpSimulatorTest(unittest.TestCase):
                 for thousands, value in zip(krpm, rpm):
                     self.assertAlmostEqual(thousands, value / 1000, places=5)
 
-    def test_engine_of_the_same_car(self):
-        one = self.json("samples", self.logger_session, "Engine RPM", "--head", 5000)
-        other = self.json("samples", self.sessions[600], "Engine", "--head", 5000)
-        self.assertEqual(len(other["values"]), 5000)
-        self.assertAlmostEqual(one["times_s"][-1], other["times_s"][-1], places=6)
-        worst = max(abs(a - b) for a, b in zip(one["values"], other["values"]))
-        self.assertLess(worst, 26, "both sensors tremble by 12 at most")
-
-    @for_every_version
-    def test_export_and_gps(self, version, path, file):
-        lines = self.ok("export", path, "--lap", 2, "-o", "-").splitlines()
-        names = {line.split(",")[0] for line in lines[1:]}
-        self.assertTrue({c.name for c in file.channels} <= names)
-        self.assertIn("GPS Latitude", names)
-        gps = self.json("gps", path)
-        self.assertEqual(gps["fixes"], len(self.trace(path).good()))
-        self.assertTrue(44.49 < gps["latitude_min_deg"] < 44.5 < gps["latitude_max_deg"] < 44.51, gps)
-
     # --- Devices --------------------------------------------------------------------------------------------------
 
     def test_devices_whose_readers_add_channels(self):
@@ -574,13 +554,10 @@ class WmpSimulatorTest(unittest.TestCase):
                     if channel["name"].startswith("Aux "):
                         self.assertTrue(-1 <= channel["min"] < channel["max"] <= 221, channel)
 
-    def test_one_rate(self):
-        path = self.simulate("rate", "--version", 700, "--rate", 4, "--laps", 1)
-        self.assertEqual({c.rate for c in self.file(path).channels}, {4})
-
-    def test_lap_that_the_end_cuts(self):
-        path = self.simulate("minutes", "--minutes", 0.5)
+    def test_one_rate_and_a_lap_that_the_end_cuts(self):
+        path = self.simulate("minutes", "--version", 700, "--rate", 4, "--minutes", 0.5)
         file = self.file(path)
+        self.assertEqual({c.rate for c in file.channels}, {4})
         self.assertEqual([(lap.time, lap.counts) for lap in file.laps], [(30000, 0)])
         self.assertEqual([lap["duration_s"] for lap in self.json("laps", path)], [30.0])
 
