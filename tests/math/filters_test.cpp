@@ -77,15 +77,6 @@ TEST(Filters, FirLeavesShortAndConstantChannelsAsTheyAre) {
   expect_same(zeros, std::vector<float>(30, 0.0F));
 }
 
-TEST(Filters, FirKeepsASlowWaveInItsPlace) {
-  std::vector<float> values(400);
-  for (std::size_t i = 0; i < values.size(); ++i) values[i] = 100.0F + std::sin(static_cast<float>(i) * 0.05F);
-  for (float& value : values) value -= 100.0F;
-  const std::vector<float> before = values;
-  CFiltri::FiltraFir(values.data(), values.size());
-  for (std::size_t i = 20; i < 380; ++i) EXPECT_NEAR(values[i], before[i], 2e-3F) << i;
-}
-
 TEST(Filters, MovingAverageIsTheMeanOfItsNeighbourhood) {
   const auto averaged = [](std::vector<float> values, std::size_t half_width) {
     CFiltri::MediaMobile(values.data(), values.size(), half_width);
