@@ -20,7 +20,6 @@ namespace {
 using test::MemoryMathSession;
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 // The values that a formula gives a channel of 100 ms beside the channels a, b and c of the same period.
 std::vector<float> values_of(const std::string& formula, std::vector<float> a, std::vector<float> b = {},
@@ -42,6 +41,12 @@ float value_of(const std::string& formula) {
   return values_of(formula, {0.0F}).at(0);
 }
 
+void expect_near(const std::vector<float>& values, const std::vector<float>& expected) {
+  ASSERT_EQ(values.size(), expected.size());
+  for (std::size_t i = 0; i < values.size(); ++i) EXPECT_NEAR(values[i], expected[i], 1e-5F) << i;
+}
+
+// What has a base, a unit, an order or an edge to get wrong; the random formulas go through every function.
 TEST(FormulaValues, OperatorsAndFunctionsOfNumbers) {
   struct Case {
     const char* formula;
@@ -60,22 +65,9 @@ TEST(FormulaValues, OperatorsAndFunctionsOfNumbers) {
       {"(0-8)^(1/3)", kNaN},
       {"sqrt(2.25)", 1.5F},
       {"sqrt(0-1)", kNaN},
-      {"exp(0)", 1.0F},
-      {"exp(200)", kInfinity},
       {"log(1000)", 3.0F},
-      {"log(0)", -kInfinity},
-      {"ln(1)", 0.0F},
-      {"ln(-1)", kNaN},
-      {"sin(0)", 0.0F},
-      {"cos(0)", 1.0F},
-      {"tan(0)", 0.0F},
       {"asin(1)", pi / 2.0F},
-      {"asin(1.5)", kNaN},
-      {"acos(-1)", pi},
       {"atan(1)", pi / 4.0F},
-      {"abs(-3.5)", 3.5F},
-      {"min(3,-4)", -4.0F},
-      {"max(3,-4)", 3.0F},
       {"med(3,-4)", -0.5F},
       {"high_pass(5,4)", 5.0F},
       {"high_pass(4,4)", 0.0F},
@@ -121,34 +113,26 @@ TEST(FormulaValues, OperatorsAndFunctionsOfNumbers) {
 
 TEST(FormulaValues, FunctionsThatRememberSamples) {
   const std::vector<float> ramp = {1.0F, 3.0F, 3.0F, 2.0F};
-  const auto expect = [](const std::vector<float>& values, const std::vector<float>& expected) {
-    ASSERT_EQ(values.size(), expected.size());
-    for (std::size_t i = 0; i < values.size(); ++i) EXPECT_NEAR(values[i], expected[i], 1e-5F) << i;
-  };
-  expect(values_of("deriv(a)", ramp), {10.0F, 20.0F, 0.0F, -10.0F});
-  expect(values_of("deriv(10)", ramp), {100.0F, 0.0F, 0.0F, 0.0F});
-  expect(values_of("integ(a)", ramp), {0.0F, 0.1F, 0.4F, 0.7F});
-  expect(values_of("time()-time()", ramp), {0.0F, 0.0F, 0.0F, 0.0F});
+  expect_near(values_of("deriv(a)", ramp), {10.0F, 20.0F, 0.0F, -10.0F});
+  expect_near(values_of("deriv(10)", ramp), {100.0F, 0.0F, 0.0F, 0.0F});
+  expect_near(values_of("integ(a)", ramp), {0.0F, 0.1F, 0.4F, 0.7F});
+  expect_near(values_of("time()-time()", ramp), {0.0F, 0.0F, 0.0F, 0.0F});
   // Every occurrence remembers for itself.
-  expect(values_of("integ(a)*10+integ(1)", ramp), {0.0F, 1.1F, 4.2F, 7.3F});
-  expect(values_of("deriv(deriv(a))", ramp), {100.0F, 100.0F, -200.0F, -100.0F});
+  expect_near(values_of("integ(a)*10+integ(1)", ramp), {0.0F, 1.1F, 4.2F, 7.3F});
+  expect_near(values_of("deriv(deriv(a))", ramp), {100.0F, 100.0F, -200.0F, -100.0F});
 }
 
 // The period is added first, and the lap's end must be passed: the fourth sample is the first one at 400 ms.
 TEST(FormulaValues, LapsStartAgainBehindTheirEnd) {
   const std::vector<float> ones(8, 1.0F);
   const std::vector<SMathLap> laps = {{0, 300}, {300, 200}, {500, 100}};
-  const auto expect = [](const std::vector<float>& values, const std::vector<float>& expected) {
-    ASSERT_EQ(values.size(), expected.size());
-    for (std::size_t i = 0; i < values.size(); ++i) EXPECT_NEAR(values[i], expected[i], 1e-5F) << i;
-  };
-  expect(values_of("time()", ones, {}, {}, laps), {0.0F, 0.1F, 0.2F, 0.0F, 0.1F, 0.0F, 0.1F, 0.2F});
-  expect(values_of("lap_integ(a)", ones, {}, {}, laps), {0.0F, 0.1F, 0.2F, 0.0F, 0.1F, 0.0F, 0.1F, 0.2F});
-  expect(values_of("integ(a)", ones, {}, {}, laps), {0.0F, 0.1F, 0.2F, 0.3F, 0.4F, 0.5F, 0.6F, 0.7F});
+  expect_near(values_of("time()", ones, {}, {}, laps), {0.0F, 0.1F, 0.2F, 0.0F, 0.1F, 0.0F, 0.1F, 0.2F});
+  expect_near(values_of("lap_integ(a)", ones, {}, {}, laps), {0.0F, 0.1F, 0.2F, 0.0F, 0.1F, 0.0F, 0.1F, 0.2F});
+  expect_near(values_of("integ(a)", ones, {}, {}, laps), {0.0F, 0.1F, 0.2F, 0.3F, 0.4F, 0.5F, 0.6F, 0.7F});
   // One lap never restarts, and of many short ones each sample passes one.
-  expect(values_of("time()", {1, 1, 1}, {}, {}, {{0, 100}}), {0.0F, 0.1F, 0.2F});
-  expect(values_of("time()", {1, 1, 1, 1, 1}, {}, {}, {{0, 10}, {10, 10}, {20, 10}, {30, 1000}}),
-         {0.0F, 0.0F, 0.0F, 0.1F, 0.2F});
+  expect_near(values_of("time()", {1, 1, 1}, {}, {}, {{0, 100}}), {0.0F, 0.1F, 0.2F});
+  expect_near(values_of("time()", {1, 1, 1, 1, 1}, {}, {}, {{0, 10}, {10, 10}, {20, 10}, {30, 1000}}),
+              {0.0F, 0.0F, 0.0F, 0.1F, 0.2F});
 }
 
 // speed 36 km/h = 10 m/s; gyro 90 deg/s * 6.28 / 360 = 1.57.
@@ -190,8 +174,7 @@ std::vector<float> slow_values_of(const std::string& formula, std::vector<float>
 TEST(FormulaValues, SlipIsTheRatioOverItsMean) {
   // Ratios 20, 10, 0 (too slow), 0 (too low a speed of the engine): mean 7.5, the zeros included.
   const std::vector<float> values = slow_values_of("slip(rpm,speed)", {200, 200, 200, 50}, {10, 20, 0.05F, 10});
-  const float expected[] = {20 / 7.5F, 10 / 7.5F, 0.0F, 5 / 7.5F};  // No limit of rpm in the second pass.
-  for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(values[i], expected[i], 1e-6F) << i;
+  expect_near(values, {20 / 7.5F, 10 / 7.5F, 0.0F, 5 / 7.5F});  // No limit of rpm in the second pass.
   EXPECT_EQ(slow_values_of("slip(rpm,speed)", {100, 90}, {10, 20}), (std::vector<float>{0.0F, 0.0F}));
 }
 
@@ -207,6 +190,14 @@ class GearBox {
   std::vector<float> speed;
 };
 
+// A sample of each stretch of the drive.
+std::vector<float> gears_of(const std::string& formula, const GearBox& box, const std::vector<std::size_t>& samples) {
+  const std::vector<float> values = slow_values_of(formula, box.rpm, box.speed);
+  std::vector<float> gears;
+  for (const std::size_t sample : samples) gears.push_back(values.at(sample));
+  return gears;
+}
+
 TEST(FormulaValues, GearsAreThePeaksOfTheRatio) {
   GearBox box;
   box.drive(0.0F, 60);  // Standing: bin 0, which never counts.
@@ -214,34 +205,19 @@ TEST(FormulaValues, GearsAreThePeaksOfTheRatio) {
   box.drive(0.020F, 30);
   box.drive(0.030F, 50);
   box.drive(0.0305F, 1);  // The range's end, which falls behind the bins.
-  const std::vector<float> values = slow_values_of("gear(rpm,speed,1,3)", box.rpm, box.speed);
-  const auto expect_gears = [&values](const float(&gears)[5]) {
-    const std::size_t samples[] = {0, 60, 100, 130, 180};
-    for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(values[samples[i]], gears[i]) << i;
-  };
-  expect_gears({1, 1, 2, 3, 3});
+  using Gears = std::vector<float>;
+  const std::vector<std::size_t> stretches = {0, 60, 100, 130, 180};
+  EXPECT_EQ(gears_of("gear(rpm,speed,1,3)", box, stretches), (Gears{1, 1, 2, 3, 3}));
   // One of the three bins more than the box has gears: the missing centre sorts to the front.
-  const std::vector<float> four = slow_values_of("gear(rpm,speed,1,4)", box.rpm, box.speed);
-  const float four_gears[] = {1, 2, 3, 4, 4};
-  const std::size_t places[] = {0, 60, 100, 130, 180};
-  for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(four[places[i]], four_gears[i]) << i;
+  EXPECT_EQ(gears_of("gear(rpm,speed,1,4)", box, stretches), (Gears{1, 2, 3, 4, 4}));
   // Two gears of three: the two highest peaks, of 50 and 40 samples.
-  const std::vector<float> two = slow_values_of("gear(rpm,speed,5,6)", box.rpm, box.speed);
-  EXPECT_EQ(two[60], 5.0F);
-  EXPECT_EQ(two[130], 6.0F);
-}
+  EXPECT_EQ(gears_of("gear(rpm,speed,5,6)", box, {60, 130}), (Gears{5, 6}));
 
-TEST(FormulaValues, EqualPeaksBothCount) {
-  GearBox box;
-  box.drive(0.0F, 5);
-  box.drive(0.010F, 40);
-  box.drive(0.020F, 40);
-  box.drive(0.030F, 40);
-  box.drive(0.0305F, 1);
-  const std::vector<float> values = slow_values_of("gear(rpm,speed,1,3)", box.rpm, box.speed);
-  EXPECT_EQ(values[10], 1.0F);
-  EXPECT_EQ(values[50], 2.0F);
-  EXPECT_EQ(values[90], 3.0F);
+  GearBox equal_peaks;
+  equal_peaks.drive(0.0F, 5);
+  for (const float ratio : {0.010F, 0.020F, 0.030F}) equal_peaks.drive(ratio, 40);
+  equal_peaks.drive(0.0305F, 1);
+  EXPECT_EQ(gears_of("gear(rpm,speed,1,3)", equal_peaks, {10, 50, 90}), (Gears{1, 2, 3}));
 }
 
 TEST(FormulaValues, GearRangesThatNoBoxHasStayInBounds) {
@@ -258,20 +234,6 @@ TEST(FormulaValues, GearRangesThatNoBoxHasStayInBounds) {
   const std::vector<float> values = slow_values_of("gear(rpm,speed,1,30)", box.rpm, box.speed);
   EXPECT_LE(*std::max_element(values.begin(), values.end()), 10.0F);
   EXPECT_EQ(slow_values_of("gear(rpm,speed,6,1)", box.rpm, box.speed)[9], 6.0F);
-}
-
-// Two passes leave the gear at its ratio; three give the slip what it has in the second.
-TEST(FormulaValues, TheFirstOfSlipAndGearDecidesThePasses) {
-  GearBox box;
-  box.drive(0.0F, 5);
-  box.drive(0.010F, 40);
-  box.drive(0.020F, 30);
-  box.drive(0.021F, 1);
-  const std::vector<float> ratio = slow_values_of("0*slip(rpm,speed)+gear(rpm,speed,1,2)", box.rpm, box.speed);
-  EXPECT_FLOAT_EQ(ratio[10], 0.01F);
-  const std::vector<float> slip = slow_values_of("slip(rpm,speed)", box.rpm, box.speed);
-  const std::vector<float> both = slow_values_of("0*gear(rpm,speed,1,2)+slip(rpm,speed)", box.rpm, box.speed);
-  EXPECT_EQ(both, slip);
 }
 
 class CodeByHand : public testing::Test {
