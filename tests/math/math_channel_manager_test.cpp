@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "helpers/math_session.h"
@@ -52,13 +53,6 @@ TEST_F(MathChannels, TheFirstOfEqualNamesCountsAndLongNamesAreCut) {
   EXPECT_EQ(compute("a name of more than 32 character", 100, 1), (std::vector<float>{3}));
 }
 
-// A channel that stands further back, or that is the target itself, gives what it holds.
-TEST_F(MathChannels, ATargetReadsItsOwnOldSamples) {
-  const std::size_t target = session_.add("self", 100, {1, 2, 3}, "self*2");
-  EXPECT_TRUE(manager_.ComputeChannel(session_, target));
-  EXPECT_EQ(session_.channels[target].samples, (std::vector<float>{2, 4, 6}));
-}
-
 // Long inputs come in pieces, which must not show: neither at their seams nor where the target reads itself, ahead of
 // which its own new samples run by five.
 TEST_F(MathChannels, LongInputsHaveNoSeams) {
@@ -88,9 +82,12 @@ TEST_F(MathChannels, FormulasThatFailLeaveTheSamplesAlone) {
   EXPECT_EQ(manager_.ComputeFormula("Speed*2", other, other_target).code, 102);
 }
 
-TEST_F(MathChannels, NoSamplesAreNoFailure) {
+TEST_F(MathChannels, TargetsWithoutSamplesAndOfTheirOwnOldOnes) {
   session_.add("a", 100, {1, 2});
-  EXPECT_EQ(compute("gear(a,a,1,6)+slip(a,a)", 100, 0), std::vector<float>{});
+  EXPECT_EQ(compute("gear(a,a,1,6)+slip(a,a)", 100, 0), std::vector<float>{}) << "no failure";
+  const std::size_t target = session_.add("self", 100, {1, 2, 3}, "self*2");
+  EXPECT_TRUE(manager_.ComputeChannel(session_, target));
+  EXPECT_EQ(session_.channels[target].samples, (std::vector<float>{2, 4, 6}));
 }
 
 // 4 Hz: two values on either side. Every pass smooths once more; without such a function inputs stay raw.
@@ -107,10 +104,10 @@ TEST_F(MathChannels, TheResultBeginsWithTheFirstLap) {
   session_.laps = {{200, 1000}};
   session_.add("a", 100, {1, 2, 3, 4});
   EXPECT_EQ(compute("a", 100, 4), (std::vector<float>{-77, -77, 1, 2}));
-  session_.laps = {{400, 1000}};
-  EXPECT_EQ(compute("a", 100, 4), (std::vector<float>{-77, -77, -77, -77}));
-  session_.laps = {{1e18, 1000}};
-  EXPECT_EQ(compute("a", 100, 4), (std::vector<float>{-77, -77, -77, -77}));
+  for (const double start_ms : {400.0, 1e18}) {
+    session_.laps = {{start_ms, 1000}};
+    EXPECT_EQ(compute("a", 100, 4), (std::vector<float>{-77, -77, -77, -77}));
+  }
 }
 
 TEST_F(MathChannels, OutcomesSayWhatAndWhere) {
@@ -136,13 +133,11 @@ TEST_F(MathChannels, OutcomesSayWhatAndWhere) {
       {"  ", 110, 0, 2, "Error: the formule string is empty"},
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(c.formula);
     const FormulaOutcome outcome = manager_.ComputeFormula(c.formula, session_, target);
-    EXPECT_EQ(static_cast<bool>(outcome), c.code == 0);
-    EXPECT_EQ(outcome.code, c.code);
-    EXPECT_EQ(outcome.position, c.position);
-    EXPECT_EQ(outcome.character, c.character);
-    EXPECT_EQ(outcome.message, c.message);
+    EXPECT_EQ(static_cast<bool>(outcome), c.code == 0) << c.formula;
+    EXPECT_EQ(std::tie(outcome.code, outcome.position, outcome.character), std::tie(c.code, c.position, c.character))
+        << c.formula;
+    EXPECT_EQ(outcome.message, c.message) << c.formula;
   }
 }
 
