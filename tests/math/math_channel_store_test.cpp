@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "helpers/temp_folder.h"
@@ -75,22 +76,12 @@ TEST_F(DefinitionFiles, WhatIsWrittenIsRead) {
   ASSERT_TRUE(store_.ReadDefinitions(L"mine.ZMC"));
   ASSERT_EQ(channels_.size(), 12U);
   EXPECT_EQ(channels_[1].description, "two lines");
-  for (std::size_t i = 0; i < 12; ++i) {
-    EXPECT_EQ(channels_[i].name, written[i].name);
-    EXPECT_EQ(channels_[i].unit, written[i].unit);
-    EXPECT_EQ(channels_[i].enabled, written[i].enabled);
-    EXPECT_EQ(channels_[i].update_existing, written[i].update_existing);
-    EXPECT_EQ(channels_[i].flags, written[i].flags);
-    EXPECT_EQ(channels_[i].filter_word, written[i].filter_word);
-    EXPECT_EQ(channels_[i].channel_class, written[i].channel_class);
-    EXPECT_EQ(channels_[i].frequency_code, written[i].frequency_code);
-    EXPECT_EQ(channels_[i].display_minimum, written[i].display_minimum);
-    EXPECT_EQ(channels_[i].display_maximum, written[i].display_maximum);
-    EXPECT_EQ(channels_[i].formula, written[i].formula);
-    EXPECT_EQ(channels_[i].function, written[i].function);
-    EXPECT_EQ(channels_[i].sub_function, written[i].sub_function);
-    EXPECT_EQ(channels_[i].decimals, written[i].decimals);
-  }
+  const auto fields_of = [](const SMathChannel& c) {
+    return std::tie(c.name, c.unit, c.enabled, c.update_existing, c.flags, c.filter_word, c.channel_class,
+                    c.frequency_code, c.display_minimum, c.display_maximum, c.formula, c.function, c.sub_function,
+                    c.decimals);
+  };
+  for (std::size_t i = 0; i < 12; ++i) EXPECT_TRUE(fields_of(channels_[i]) == fields_of(written[i])) << written[i].name;
   ASSERT_EQ(tokenizer_.ConstantCount(), 20U);
   EXPECT_EQ(tokenizer_.ConstantName(19), "tiny");
   EXPECT_EQ(tokenizer_.ConstantValue(19), 1e-38F);
