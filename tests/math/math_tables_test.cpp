@@ -65,9 +65,5 @@ TEST(MathTables, OperatorCodesArePrintable) {
   EXPECT_EQ(bytes, " +!-\"*#/$^");
 }
 
-TEST(MathTables, MessagesAreOfOneWidth) {
-  for (const SMessageRow& row : math_messages()) EXPECT_EQ(row.text.size(), 62U) << row.code;
-}
-
 }  // namespace
 }  // namespace traguardo
