@@ -167,6 +167,16 @@ TEST(ValueText, DecimalsOfAConverter) {
   EXPECT_EQ(text(), L"  25.0");
   converter.SetNumDecimali(-3);
   EXPECT_EQ(text(), L"   25");
+
+  // Those of an odometer's time choose its form.
+  const u32 packet = fid::make(FID_PHI_PACKAGE, FID_DETTAGLI_TOTAL_ODOMETER);
+  CConverter odometer(make_record(packet, KSMPL_FMT_TOTAL_ODOMETER, 12), 0x1612, {" ", 1, 0, 0, 0, 0}, 0, {});
+  std::wstring hours;
+  odometer.ConvertiTesto(make_sample(12, {{0, 7300}}).data(), &hours);
+  EXPECT_EQ(hours, L"   2");
+  odometer.SetNumDecimali(5);
+  odometer.ConvertiTesto(make_sample(12, {{0, 7300}}).data(), &hours);
+  EXPECT_EQ(hours, L"  2:01");
 }
 
 TEST(ValueText, OfTimingFields) {
@@ -215,17 +225,6 @@ TEST(ValueText, SubChannelsOfATimingPacket) {
   check(kSMPL_FMT_MYLAPS_GAP, gaps, 0x1F12, -20250.0F, L"-20.2");
   check(kSMPL_FMT_MYLAPS_PERSONAL, gaps, 0x1F92, 1500.0F, L"+1.50");
   check(kSMPL_FMT_MYLAPS_PERSONAL, gaps, 0x2012, -20250.0F, L"-20.2");
-}
-
-TEST(ValueText, OfAnOdometersTime) {
-  const u32 packet = fid::make(FID_PHI_PACKAGE, FID_DETTAGLI_TOTAL_ODOMETER);
-  CConverter converter(make_record(packet, KSMPL_FMT_TOTAL_ODOMETER, 12), 0x1612, {" ", 1, 0, 0, 0, 0}, 0, {});
-  std::wstring text;
-  EXPECT_TRUE(converter.ConvertiTesto(make_sample(12, {{0, 7300}}).data(), &text));
-  EXPECT_EQ(text, L"   2");
-  converter.SetNumDecimali(5);
-  EXPECT_TRUE(converter.ConvertiTesto(make_sample(12, {{0, 7300}}).data(), &text));
-  EXPECT_EQ(text, L"  2:01");
 }
 
 }  // namespace
