@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <ctime>
 #include <limits>
 #include <map>
@@ -218,48 +219,33 @@ TEST(CGPSSamples, ContinuesAGpsClockOverTheEndOfAWeek) {
       trace_of({gps_record({.time_ms = 1000}), gps_record({.time_ms = 1500}), gps_record({.time_ms = 1501})});
   trace.RiallineaGps(1000, 2100, 604799500);
   const std::vector<SGpsRecord>& records = trace.records();
-  ASSERT_EQ(records.size(), 3u);
-  EXPECT_EQ(records[0].week(), 2100);
-  EXPECT_EQ(records[0].time_of_week_ms(), 604799500u);
   // A whole week is not yet above a week.
-  EXPECT_EQ(records[1].week(), 2100);
-  EXPECT_EQ(records[1].time_of_week_ms(), 604800000u);
-  EXPECT_EQ(records[2].week(), 2101);
-  EXPECT_EQ(records[2].time_of_week_ms(), 1u);
+  const std::pair<i16, u32> expected[] = {{2100, 604799500}, {2100, 604800000}, {2101, 1}};
+  ASSERT_EQ(records.size(), 3u);
+  for (std::size_t i = 0; i < 3; ++i) {
+    EXPECT_EQ(records[i].week(), expected[i].first) << i;
+    EXPECT_EQ(records[i].time_of_week_ms(), expected[i].second) << i;
+  }
 }
 
 TEST(CGPSSamples, TellsTheDateOfItsFirstFix) {
   struct Case {
     const char* name;
     GpsFields fields;
-    int year, month, day, hour, minute, second, week_day, year_day;
+    std::array<int, 8> fields_of_time;  // year, month, day, hour, minute, second, day of week and of year
   };
   const Case cases[] = {
-      {"epoch", {.week = 0}, 80, 0, 6, 0, 0, 0, 0, 5},
-      {"a Thursday", {.time_of_week_ms = 345600123, .week = 2000}, 118, 4, 10, 0, 0, 0, 4, 129},
+      {"epoch", {.week = 0}, {80, 0, 6, 0, 0, 0, 0, 5}},
+      {"a Thursday", {.time_of_week_ms = 345600123, .week = 2000}, {118, 4, 10, 0, 0, 0, 4, 129}},
       {"a nanosecond early",
        {.time_of_week_ms = 345600000, .fractional_ns = -1, .week = 2000},
-       118,
-       4,
-       9,
-       23,
-       59,
-       59,
-       3,
-       128},
-      {"leap year", {.time_of_week_ms = 259199999, .week = 2094}, 120, 1, 25, 23, 59, 59, 2, 55},
+       {118, 4, 9, 23, 59, 59, 3, 128}},
+      {"leap year", {.time_of_week_ms = 259199999, .week = 2094}, {120, 1, 25, 23, 59, 59, 2, 55}},
       {"rounded up",
        {.time_of_week_ms = 259199999, .fractional_ns = 1000000, .week = 2094},
-       120,
-       1,
-       26,
-       0,
-       0,
-       0,
-       3,
-       56},
-      {"first Sunday of 1970", {.week = -522}, 70, 0, 4, 0, 0, 0, 0, 3},
-      {"before 1970: no time", {.week = -523}, 0, 0, 0, 0, 0, 0, 0, 0},
+       {120, 1, 26, 0, 0, 0, 3, 56}},
+      {"first Sunday of 1970", {.week = -522}, {70, 0, 4, 0, 0, 0, 0, 3}},
+      {"before 1970: no time", {.week = -523}, {}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -268,14 +254,9 @@ TEST(CGPSSamples, TellsTheDateOfItsFirstFix) {
     bad.fix = 2;
     bad.week = 1;
     ASSERT_TRUE(trace_of({gps_record(bad), gps_record(c.fields)}).GetFirstFixTime(when));
-    EXPECT_EQ(when.tm_year, c.year);
-    EXPECT_EQ(when.tm_mon, c.month);
-    EXPECT_EQ(when.tm_mday, c.day);
-    EXPECT_EQ(when.tm_hour, c.hour);
-    EXPECT_EQ(when.tm_min, c.minute);
-    EXPECT_EQ(when.tm_sec, c.second);
-    EXPECT_EQ(when.tm_wday, c.week_day);
-    EXPECT_EQ(when.tm_yday, c.year_day);
+    EXPECT_EQ((std::array{when.tm_year, when.tm_mon, when.tm_mday, when.tm_hour, when.tm_min, when.tm_sec, when.tm_wday,
+                          when.tm_yday}),
+              c.fields_of_time);
   }
   std::tm when{};
   EXPECT_FALSE(trace_of({gps_record({.fix = 2})}).GetFirstFixTime(when));
