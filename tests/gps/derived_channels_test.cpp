@@ -68,8 +68,6 @@ TEST(GpsChannelTable, HoldsAllChannels) {
   EXPECT_EQ(flags, 512u);
   EXPECT_EQ(gps_channel_index("gps speed"), kGpsChannelCount);
   EXPECT_STREQ(gps_channel_name(kGpsChannelCount), "");
-  EXPECT_EQ(gps_channel_index("GPS North"), u32{kGpsNorth});
-  EXPECT_EQ(gps_channel_index("GPS Radius"), u32{kGpsRadius});
 }
 
 TEST(GpsRadius, StaysWithinItsLimits) {
