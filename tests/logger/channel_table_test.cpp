@@ -116,7 +116,8 @@ TEST(ChannelTable, ChannelsTakeUnitAndPropertiesFromTheirRecord) {
   EXPECT_EQ(session.channel("unknown")->GetUnita(), "");
 }
 
-TEST(ChannelTable, EveryFormatIsConvertedAsItSays) {
+// What a channel makes of its formats; each format's own cases stand with the converter.
+TEST(ChannelTable, SamplesAreConvertedAsTheirFormatSays) {
   struct Case {
     const char* name;
     i32 format;
@@ -127,26 +128,13 @@ TEST(ChannelTable, EveryFormatIsConvertedAsItSays) {
   const float nan = std::nanf("");
   const Case cases[] = {
       {"S32", 0, kSpeed, {0xFE, 0xFF, 0xFF, 0xFF}, -2},
-      {"S32 sentinel", 0, kSpeed, {0xFE, 0xCF, 0xFF, 0xFF}, 0},
-      {"S16", 1, kSpeed, {0xFF, 0xFF}, -1},
-      {"S16 sentinel", 1, kSpeed, {0xFD, 0xCF}, 0},
-      {"S8", 2, kSpeed, {0x80}, -128},
-      {"U32", 3, kSpeed, {0xFF, 0xFF, 0xFF, 0xFF}, 4294967296.0F},
-      {"U16", 4, kSpeed, {0xFF, 0xFF}, 65535},
       {"U16 sentinel", 4, kSpeed, {0xFF, 0xCF}, 0},
-      {"U8", 5, kSpeed, {0xFF}, 255},
       {"FLOAT", 6, kSpeed, {0, 0, 0x20, 0xC0}, -2.5F},
-      {"FLOAT not a number", 6, kSpeed, {0, 0, 0xC0, 0x7F}, 0},
-      {"F16", 20, kSpeed, {0, 0x3C}, 1},
-      {"F16 denormal", 20, kSpeed, {1, 0}, 5.9604644775390625e-08F},
-      {"F16 infinity", 20, kSpeed, {0, 0xFC}, 0},
       {"F16 not a number passes", 20, kSpeed, {0, 0x7E}, nan},
       {"GEAR below the lowest", 11, 0x61F, {0xEC, 0xFF}, -8},
-      {"GEAR", 11, 0x61F, {0xFB, 0xFF}, -5},
       {"GEAR sentinel", 11, 0x61F, {0xFF, 0xCF}, -8},
       {"bit field", 13, kBattery, {0xFF}, 255},
       {"text of a gear", 15, 0x61F, {9, 0, '4', 0, 0, 0, 0, 0}, 4},
-      {"text of a gear without digit", 15, 0x61F, {9, 0, 'N', 0, 0, 0, 0, 0}, 9},
       {"text of another word", 15, kSpeed, {9, 0, '4', 0, 0, 0, 0, 0}, 9},
       {"gain of the unit", 4, kBattery, {0xB0, 0x36}, 14000 * 0.001F},
       {"no reader", 25, kSpeed, {1, 2, 3, 4}, 0},
