@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "helpers/parsed_session.h"
 
 namespace traguardo {
@@ -52,28 +54,23 @@ TEST(HeaderTags, DateAndTimeAreClampedFieldByField) {
   struct Case {
     const char* date;
     const char* time;
-    int year, month, day, hour, minute, second, weekday, yearday;
+    std::array<int, 9> want;  // year, month, day, hour, minute, second, day of week and of year, no summer time
   };
   // Days of week and year from a calendar.
   const Case cases[] = {
-      {"08/01/2018", "12:22:53", 118, 7, 1, 12, 22, 53, 3, 212},
-      {"13/40/2010", "25.61.99", 110, 11, 31, 23, 59, 59, 5, 364},
-      {"02/30/2000", "00:00:00", 100, 1, 29, 0, 0, 0, 2, 59},
-      {"02/30/1900", "12.34.56", 90, 1, 28, 12, 34, 56, 3, 58},
-      {"00/00/2023", "01:02:03x", 123, 0, 1, 1, 2, 3, 0, 0},
+      {"08/01/2018", "12:22:53", {118, 7, 1, 12, 22, 53, 3, 212}},
+      {"13/40/2010", "25.61.99", {110, 11, 31, 23, 59, 59, 5, 364}},
+      {"02/30/2000", "00:00:00", {100, 1, 29, 0, 0, 0, 2, 59}},
+      {"02/30/1900", "12.34.56", {90, 1, 28, 12, 34, 56, 3, 58}},
+      {"00/00/2023", "01:02:03x", {123, 0, 1, 1, 2, 3, 0, 0}},
   };
   for (const Case& c : cases) {
     ParsedSession session(tag("TMD", c.date) + tag("TMT", c.time) + test::tail());
-    const std::tm* when = session.reader().GetDataOra();
-    EXPECT_EQ(when->tm_year, c.year) << c.date;
-    EXPECT_EQ(when->tm_mon, c.month) << c.date;
-    EXPECT_EQ(when->tm_mday, c.day) << c.date;
-    EXPECT_EQ(when->tm_hour, c.hour) << c.time;
-    EXPECT_EQ(when->tm_min, c.minute) << c.time;
-    EXPECT_EQ(when->tm_sec, c.second) << c.time;
-    EXPECT_EQ(when->tm_wday, c.weekday) << c.date;
-    EXPECT_EQ(when->tm_yday, c.yearday) << c.date;
-    EXPECT_EQ(when->tm_isdst, 0);
+    const std::tm& when = *session.reader().GetDataOra();
+    EXPECT_EQ((std::array{when.tm_year, when.tm_mon, when.tm_mday, when.tm_hour, when.tm_min, when.tm_sec, when.tm_wday,
+                          when.tm_yday, when.tm_isdst}),
+              c.want)
+        << c.date << ' ' << c.time;
   }
 }
 
