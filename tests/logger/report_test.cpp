@@ -256,13 +256,22 @@ TEST(Report, EndsItsLinesAsThePlatformDoes) {
 #endif
 }
 
-TEST(Report, IsLeftAloneWithoutASetting) {
+// Without a setting it is left alone, else a longer one is replaced whole; where it can't be written, the open goes on.
+TEST(Report, MeetsAnOlderOne) {
   const test::TempFolder folder;
   folder.write("a.qlt", damaged_session());
-  folder.write("a.qlt.tw3.log", std::string("an older one"));
-  CParserZep_2Gv4 reader(folder.wide("a.qlt"), {});
-  EXPECT_TRUE(reader.ParsaFile(nullptr));
-  EXPECT_EQ(folder.read("a.qlt.tw3.log"), "an older one");
+  const std::string older(100000, '?');
+  const auto opens = [&folder](const LoggerReportOptions& options) {
+    return CParserZep_2Gv4(folder.wide("a.qlt"), options).ParsaFile(nullptr);
+  };
+  folder.write("a.qlt.tw3.log", older);
+  EXPECT_TRUE(opens({}));
+  EXPECT_EQ(folder.read("a.qlt.tw3.log"), older);
+  EXPECT_TRUE(opens(kGpsSamples));
+  EXPECT_EQ(folder.read("a.qlt.tw3.log").find('?'), std::string::npos);
+  std::filesystem::remove(folder.path() / "a.qlt.tw3.log");
+  std::filesystem::create_directory(folder.path() / "a.qlt.tw3.log");
+  EXPECT_TRUE(opens(kEverything));
 }
 
 TEST(Report, StandsAlsoBesideAFileThatHoldsNoTag) {
@@ -275,23 +284,6 @@ TEST(Report, StandsAlsoBesideAFileThatHoldsNoTag) {
   ParsedSession all(Bytes(100, 'x'), kEverything);
   // Rates without a channel, no frame errors (bytes that start nothing don't count as such), laps without a mark.
   EXPECT_EQ(report_of(all), text + "\n\nTot Hz: 0\n\n");
-}
-
-TEST(Report, ThatCantBeWrittenChangesNothing) {
-  const test::TempFolder folder;
-  folder.write("a.qlt", damaged_session());
-  std::filesystem::create_directory(folder.path() / "a.qlt.tw3.log");
-  CParserZep_2Gv4 reader(folder.wide("a.qlt"), kEverything);
-  EXPECT_TRUE(reader.ParsaFile(nullptr));
-}
-
-TEST(Report, ReplacesALongerOne) {
-  const test::TempFolder folder;
-  folder.write("a.qlt", tag("RCR", "x") + test::tail());
-  folder.write("a.qlt.tw3.log", std::string(10000, '?'));
-  CParserZep_2Gv4 reader(folder.wide("a.qlt"), kGpsSamples);
-  EXPECT_TRUE(reader.ParsaFile(nullptr));
-  EXPECT_EQ(folder.read("a.qlt.tw3.log").find('?'), std::string::npos);
 }
 
 TEST(Report, GivesTheLabelToTheFirstIdentSeenOrNot) {
