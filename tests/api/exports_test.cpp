@@ -84,9 +84,7 @@ TEST_F(Exports, WrongCountsWriteNothing) {
   std::fill(std::begin(times), std::end(times), -7.0);
   for (const int count : {20, 22, 0, -1}) {
     EXPECT_EQ(get_channel_samples(handle_, 0, times, values, count), 0) << count;
-    if (count != 10) {
-      EXPECT_EQ(get_lap_channel_samples(handle_, 0, 0, times, values, count), 0) << count;
-    }
+    EXPECT_EQ(get_lap_channel_samples(handle_, 0, 0, times, values, count), 0) << count;
   }
   EXPECT_EQ(times[0], -7.0);
 }
@@ -98,34 +96,18 @@ TEST_F(Exports, MisuseGivesTheCodesOfItsFunction) {
     const char* call;
     int got, want;
   };
+  // The host in C holds every function's code for an unknown handle; here some of each form, with other handles.
   for (const int bad : {-1, 0, handle_ + 1, 1 << 30}) {
     const Case cases[] = {
         {"laps", get_laps_count(bad), -1},
-        {"lap info", get_lap_info(bad, 0, t, v), -1},
-        {"channels", get_channels_count(bad), -1},
-        {"samples count", get_channel_samples_count(bad, 0), -1},
         {"samples", get_channel_samples(bad, 0, t, v, 1), -1},
-        {"lap samples count", get_lap_channel_samples_count(bad, 0, 0), -1},
-        {"lap samples", get_lap_channel_samples(bad, 0, 0, t, v, 1), -1},
-        {"GPS", get_GPS_channels_count(bad), -1},
-        {"GPS samples count", get_GPS_channel_samples_count(bad, 0), -1},
-        {"GPS samples", get_GPS_channel_samples(bad, 0, t, v, 1), -1},
-        {"GPS lap count", get_lap_GPS_channel_samples_count(bad, 0, 0), -1},
         {"GPS lap", get_lap_GPS_channel_samples(bad, 0, 0, t, v, 1), -1},
-        {"raw", get_GPS_raw_channels_count(bad), -1},
         {"raw samples count", get_GPS_raw_channel_samples_count(bad, 0), -1},
-        {"raw samples", get_GPS_raw_channel_samples(bad, 0, t, v, 1), -1},
-        {"raw lap count", get_lap_GPS_raw_channel_samples_count(bad, 0, 0), -1},
-        {"raw lap", get_lap_GPS_raw_channel_samples(bad, 0, 0, t, v, 1), -1},
         {"close", close_file_i(bad), -1},
     };
     for (const Case& c : cases) EXPECT_EQ(c.got, c.want) << c.call << " with handle " << bad;
-    for (const char* text :
-         {get_vehicle_name(bad), get_track_name(bad), get_racer_name(bad), get_championship_name(bad),
-          get_venue_type_name(bad), get_channel_name(bad, 0), get_channel_units(bad, 0), get_GPS_channel_name(bad, 0),
-          get_GPS_channel_units(bad, 0), get_GPS_raw_channel_name(bad, 0), get_GPS_raw_channel_units(bad, 0)}) {
-      EXPECT_EQ(text, nullptr);
-    }
+    EXPECT_EQ(get_vehicle_name(bad), nullptr);
+    EXPECT_EQ(get_GPS_raw_channel_units(bad, 0), nullptr);
     EXPECT_EQ(get_date_and_time(bad), nullptr);
   }
   for (const int bad : {-1, 2, 1 << 30}) {
