@@ -198,13 +198,5 @@ TEST_F(ParsedChannel, TakesBlocksWithoutATestOfOrder) {
   EXPECT_EQ(channel.GetUltimoTempo(), 30U) << "one step past the last sample";
 }
 
-TEST_F(ParsedChannel, PeriodAndFrequencyDescribeEachOther) {
-  CParsedChannel channel = make();
-  channel.SetPeriodo(10000);
-  EXPECT_EQ(channel.GetFrequenza(), 100.0F);
-  channel.SetPeriodo(0);
-  EXPECT_EQ(channel.GetFrequenza(), 0.0F);
-}
-
 }  // namespace
 }  // namespace traguardo
