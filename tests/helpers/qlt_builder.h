@@ -90,20 +90,22 @@ inline Bytes cnf(const std::vector<Channel>& channels, const Bytes& more = {}) {
   for (const Channel& channel : channels) inner = inner + channel.chs();
   return tag("CNF", inner + more);
 }
-inline Bytes acd(u16 index, u16 time_base, const std::vector<u16>& channels) {
+inline Bytes u16_bytes(u16 value) {
   Bytes out;
-  put(&out, index, 2);
-  put(&out, time_base, 2);
-  put(&out, channels.size(), 2);
-  for (const u16 channel : channels) put(&out, channel, 2);
-  return tag("ACD", out);
+  put(&out, value, 2);
+  return out;
+}
+// How many there are, and they themselves.
+inline Bytes counted(const std::vector<u16>& values) {
+  Bytes out = u16_bytes(static_cast<u16>(values.size()));
+  for (const u16 value : values) put(&out, value, 2);
+  return out;
+}
+inline Bytes acd(u16 index, u16 time_base, const std::vector<u16>& channels) {
+  return tag("ACD", u16_bytes(index) + u16_bytes(time_base) + counted(channels));
 }
 inline Bytes grp(u16 index, const std::vector<u16>& channels) {
-  Bytes out;
-  put(&out, index, 2);
-  put(&out, channels.size(), 2);
-  for (const u16 channel : channels) put(&out, channel, 2);
-  return tag("GRP", out);
+  return tag("GRP", u16_bytes(index) + counted(channels));
 }
 
 inline Bytes frame_head(char letter, u32 time_ms, u16 index) {
@@ -115,19 +117,11 @@ inline Bytes frame_head(char letter, u32 time_ms, u16 index) {
 inline Bytes frame(char letter, u32 time_ms, u16 index, const Bytes& data) {
   return frame_head(letter, time_ms, index) + data + bytes_of(")");
 }
-inline Bytes u16_bytes(u16 value) {
-  Bytes out;
-  put(&out, value, 2);
-  return out;
-}
 inline Bytes frame_s(u32 time_ms, u16 index, u16 value) {
   return frame('S', time_ms, index, u16_bytes(value));
 }
 inline Bytes frame_m(u32 time_ms, u16 index, const std::vector<u16>& values) {
-  Bytes data;
-  put(&data, values.size(), 2);
-  for (const u16 value : values) put(&data, value, 2);
-  return frame('M', time_ms, index, data);
+  return frame('M', time_ms, index, counted(values));
 }
 
 inline Bytes chunk(u32 kind, u32 index, u32 number, bool last, const Bytes& data) {
