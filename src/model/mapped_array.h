@@ -50,6 +50,8 @@ class MemoryMappedArray {
   u8* TakeRoom() {
     u8* record = next_;
     next_ += record_size_;
+    // With hundreds of channels in turn no processor sees by itself that each of them writes on.
+    __builtin_prefetch(record + kWriteAhead, 1);
     return record;
   }
   // Append mode only: the next record begins a window.
@@ -78,6 +80,7 @@ class MemoryMappedArray {
   u64 GetDimensioneFile() const { return file_size_; }
 
  private:
+  static constexpr std::size_t kWriteAhead = 128;
   static constexpr u32 kRecordsPerWindow = platform::kAllocationGranularity;
 
   bool MapFileIntoMemoryRead();
