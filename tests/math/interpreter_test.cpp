@@ -20,6 +20,7 @@ namespace {
 using test::MemoryMathSession;
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 // The values that a formula gives a channel of 100 ms beside the channels a, b and c of the same period.
 std::vector<float> values_of(const std::string& formula, std::vector<float> a, std::vector<float> b = {},
@@ -46,7 +47,6 @@ void expect_near(const std::vector<float>& values, const std::vector<float>& exp
   for (std::size_t i = 0; i < values.size(); ++i) EXPECT_NEAR(values[i], expected[i], 1e-5F) << i;
 }
 
-// What has a base, a unit, an order or an edge to get wrong; the random formulas go through every function.
 TEST(FormulaValues, OperatorsAndFunctionsOfNumbers) {
   struct Case {
     const char* formula;
@@ -65,9 +65,22 @@ TEST(FormulaValues, OperatorsAndFunctionsOfNumbers) {
       {"(0-8)^(1/3)", kNaN},
       {"sqrt(2.25)", 1.5F},
       {"sqrt(0-1)", kNaN},
+      {"exp(0)", 1.0F},
+      {"exp(200)", kInfinity},
       {"log(1000)", 3.0F},
+      {"log(0)", -kInfinity},
+      {"ln(1)", 0.0F},
+      {"ln(-1)", kNaN},
+      {"sin(0)", 0.0F},
+      {"cos(0)", 1.0F},
+      {"tan(0)", 0.0F},
       {"asin(1)", pi / 2.0F},
+      {"asin(1.5)", kNaN},
+      {"acos(-1)", pi},
       {"atan(1)", pi / 4.0F},
+      {"abs(-3.5)", 3.5F},
+      {"min(3,-4)", -4.0F},
+      {"max(3,-4)", 3.0F},
       {"med(3,-4)", -0.5F},
       {"high_pass(5,4)", 5.0F},
       {"high_pass(4,4)", 0.0F},
