@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,9 @@ struct Format {
   bool compressed;
   std::vector<std::string> left;
 };
+void PrintTo(const Format& format, std::ostream* out) {
+  *out << format.name;
+}
 class FullDisk : public ::testing::TestWithParam<Format> {};
 
 TEST_P(FullDisk, IsAFailedOpenThatLeavesNothing) {
