@@ -195,6 +195,25 @@ test::wmp::File small_older_session() {
   return file;
 }
 
+// On Windows a host's path is UTF-8; here it is whatever bytes the folder has.
+TEST(OpenFile, TakesPathsBeyondAscii) {
+  const TempFolder folder;
+  const std::string inner = folder.file(
+      "S\xC3\xBC"
+      "d \xE2\x82\xAC");
+  const std::wstring wide = platform::path_from_host_bytes(inner);
+  ASSERT_TRUE(platform::create_folders(wide));
+  const std::string path = inner + "/\xC3\xA9.qlt";
+  const Bytes bytes = small_session();
+  ASSERT_TRUE(platform::write_whole_file(platform::path_from_host_bytes(path),
+                                         {reinterpret_cast<const char*>(bytes.data()), bytes.size()}));
+  const int handle = open_file(path.c_str());
+  ASSERT_GT(handle, 0);
+  EXPECT_EQ(get_channel_samples_count(handle, 0), 21);
+  EXPECT_EQ(close_file_i(handle), handle);
+  EXPECT_EQ(platform::list_files(wide, L"").size(), 1U) << "stores stay behind";
+}
+
 TEST(OpenFile, ReadsTheOlderFamilyLikeAnyOther) {
   const TempFolder folder;
   const std::string path = folder.write("s.WMP", test::wmp::build(small_older_session()));

@@ -2,6 +2,7 @@
 
 #include <random>
 
+#include "helpers/gps_records.h"
 #include "helpers/parsed_session.h"
 
 namespace traguardo {
@@ -170,6 +171,23 @@ TEST(DataStream, SamplesShorterThanTheirFormatReadZerosBehindTheirEnd) {
 }
 
 // Eleven bytes may not ask for 65,535 samples again and again.
+TEST(DataStream, PositionsCutBehindTheirFixTypeReadZerosToo) {
+  constexpr u32 kGpsPacket = 26 | 3 << 7;
+  constexpr u32 kKeptBytes = 20;
+  const SGpsRecord whole = test::gps_record({.time_ms = 500, .position_accuracy_cm = 150});
+  const Bytes cut(whole.bytes.begin(), whole.bytes.begin() + kKeptBytes);
+  ParsedSession session(cnf({{kA, "Rover", 8, kKeptBytes, kGpsPacket}, {kB, "b"}}) + frame('S', 500, kA, cut) +
+                        frame_m(600, kB, std::vector<u16>(40, 0x5555)) + tail());
+  const IRkGpsTrace* trace = session.reader().GetTracciaGps("Rover");
+  ASSERT_NE(trace, nullptr);
+  std::vector<const SGpsRecord*> records;
+  trace->GetGoodSamplePointers(records);
+  ASSERT_EQ(records.size(), 1U);
+  Bytes expected = cut;
+  expected.resize(SGpsRecord::kSize);
+  EXPECT_EQ(Bytes(records[0]->bytes.begin(), records[0]->bytes.end()), expected);
+}
+
 TEST(DataStream, SamplesWithoutBytesAreBelievedOnlyUpToTheFilesSize) {
   Bytes bytes = cnf({{kA, "a", 5, 0, 0x10, 1}});
   for (u32 i = 0; i < 1000; ++i) {
