@@ -164,10 +164,12 @@ TEST(DataStream, TruncationAnywhereKeepsWhatStandsBefore) {
 }
 
 TEST(DataStream, SamplesShorterThanTheirFormatReadZerosBehindTheirEnd) {
-  ParsedSession session(cnf({{kA, "a", 3, 2}, {kB, "none", 5, 0}}) + frame('S', 10, kA, Bytes{1, 2}) +
-                        frame('S', 10, kB, {}) + tail());
+  constexpr u16 kBits = 3;
+  ParsedSession session(cnf({{kA, "a", 3, 2}, {kB, "none", 5, 0}, {kBits, "bits", kSMPL_FMT_BITFIELD_8, 0}}) +
+                        frame('S', 10, kA, Bytes{1, 2}) + frame('S', 10, kB, {}) + frame('S', 10, kBits, {}) + tail());
   EXPECT_EQ(session.samples("a"), (Samples{{10000, 513}}));
   EXPECT_EQ(session.samples("none"), (Samples{{10000, 0}}));
+  EXPECT_EQ(session.samples("bits"), (Samples{{10000, 0}}));
 }
 
 // Eleven bytes may not ask for 65,535 samples again and again.
