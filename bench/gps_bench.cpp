@@ -34,7 +34,7 @@ SGpsRecord record_of_drive(u32 index) {
 }
 
 std::unique_ptr<CGPSSamples> long_trace() {
-  auto trace = std::make_unique<CGPSSamplesLibXml2>(nullptr);
+  auto trace = std::make_unique<CGPSSamplesLibXml2>();
   for (u32 i = 0; i < kRecords; ++i) trace->AddRecordNoClock(record_of_drive(i));
   return trace;
 }

@@ -1,29 +1,28 @@
 #include "api/exports.h"
 
 #include "api/file_table.h"
+#include "api/guarded.h"
+#include "api/results.h"
 
 using traguardo::CSuperChannel;
-using traguardo::find_file;
+using traguardo::FileInUse;
 using traguardo::find_lap;
+using traguardo::guarded;
 using traguardo::LapLookup;
 using traguardo::SFileQLT;
 using traguardo::SRkLap;
 using traguardo::u32;
+using traguardo::use_file;
 
 namespace {
 
 constexpr double kSecondsPerMicrosecond = 1e-6;
-constexpr int kNoHandle = -1;
-constexpr int kNoView = -2;
-constexpr int kNoChannel = -3;
-// The lap functions have codes of their own.
-constexpr int kLapNoLap = -1;
-constexpr int kLapNoChannel = -2;
 
 const char* text_of(int handle, const std::string& (traguardo::CSuperParser::*getter)() const) {
-  const SFileQLT* file = find_file(handle);
-  if (file == nullptr) return nullptr;
-  return file->view == nullptr ? "" : ((*file->view).*getter)().c_str();
+  return guarded<const char*>(nullptr, [&]() -> const char* {
+    const FileInUse file = use_file(handle);
+    return file ? ((*file->view).*getter)().c_str() : nullptr;
+  });
 }
 
 CSuperChannel* channel_of(const SFileQLT& file, int channel) {
@@ -32,54 +31,61 @@ CSuperChannel* channel_of(const SFileQLT& file, int channel) {
   return index < channels.size() ? channels[index].get() : nullptr;
 }
 
-CSuperChannel* channel_of(int handle, int channel) {
-  const SFileQLT* file = find_file(handle);
-  return file == nullptr || file->view == nullptr ? nullptr : channel_of(*file, channel);
+// A text that belongs to a channel; null for one that isn't there.
+template <typename Getter>
+const char* channel_text(int handle, int channel, Getter&& getter) {
+  return guarded<const char*>(nullptr, [&]() -> const char* {
+    const FileInUse file = use_file(handle);
+    const CSuperChannel* found = file ? channel_of(*file, channel) : nullptr;
+    return found == nullptr ? nullptr : getter(*found).c_str();
+  });
 }
 
-// The channel and the range of a lap, or the result that the lap functions give instead.
-struct LapChannel {
-  int result = 0;
-  CSuperChannel* channel = nullptr;
-  traguardo::u64 from = 0;
-  traguardo::u64 to = 0;
-};
+// What `work` makes of a channel, or the code that says why there is none.
+template <typename Work>
+int with_channel(int handle, int channel, Work&& work) {
+  return guarded(traguardo::kNoData, [&] {
+    const FileInUse file = use_file(handle);
+    if (!file) return traguardo::kNoHandle;
+    CSuperChannel* found = channel_of(*file, channel);
+    return found == nullptr ? traguardo::kNoChannel : static_cast<int>(work(*found));
+  });
+}
 
-LapChannel lap_channel_of(int handle, int lap, int channel) {
-  const SFileQLT* file = find_file(handle);
-  if (file == nullptr) return {kNoHandle};
-  if (file->view == nullptr) return {kNoView};
-  const SRkLap* found = nullptr;
-  switch (find_lap(*file, lap, &found)) {
-    case LapLookup::kNoSession:
-      return {0};
-    case LapLookup::kNoLap:
-      return {kLapNoLap};
-    case LapLookup::kFound:
-      break;
-  }
-  CSuperChannel* const super = channel_of(*file, channel);
-  if (super == nullptr) return {kLapNoChannel};
-  return {0, super, found->start, found->start + found->duration};
+// The same for a channel and the time range of a lap, microseconds; with the codes of the lap functions.
+template <typename Work>
+int with_lap_channel(int handle, int lap, int channel, Work&& work) {
+  return guarded(traguardo::kNoData, [&] {
+    const FileInUse file = use_file(handle);
+    if (!file) return traguardo::kNoHandle;
+    const SRkLap* found = nullptr;
+    switch (find_lap(*file, lap, &found)) {
+      case LapLookup::kNoSession:
+        return traguardo::kLapNoSession;
+      case LapLookup::kNoLap:
+        return traguardo::kLapNoLap;
+      case LapLookup::kFound:
+        break;
+    }
+    CSuperChannel* const super = channel_of(*file, channel);
+    if (super == nullptr) return traguardo::kLapNoChannel;
+    return static_cast<int>(work(*super, found->start, found->start + found->duration));
+  });
 }
 
 }  // namespace
 
 int open_file(const char* path) {
-  return traguardo::open_file_with_progress(path, nullptr);
+  return guarded(traguardo::kOpenUnreadable, [&] { return traguardo::open_file_with_progress(path, nullptr); });
 }
 
 int close_file_i(int handle) {
-  return traguardo::close_file(handle);
+  return guarded(traguardo::kNoHandle, [&] { return traguardo::close_file(handle); });
 }
 
 int close_file_n(const char* path) {
-  constexpr int kNotOpen = -2;
-  if (path == nullptr) return kNotOpen;
-  for (const auto& [handle, file] : traguardo::open_files()) {
-    if (file.path == path) return traguardo::close_file(handle);
-  }
-  return kNotOpen;
+  if (path == nullptr) return traguardo::kCloseNotOpen;
+  return guarded(traguardo::kCloseNotOpen, [&] { return traguardo::close_file(path); });
 }
 
 // The compiler's own stamps have the form that hosts expect, and follow SOURCE_DATE_EPOCH.
@@ -112,73 +118,67 @@ const char* get_venue_type_name(int handle) {
 }
 
 const struct tm* get_date_and_time(int handle) {
-  const SFileQLT* file = find_file(handle);
-  return file == nullptr || file->view == nullptr ? nullptr : file->view->GetDataOra();
+  return guarded<const struct tm*>(nullptr, [&] {
+    const FileInUse file = use_file(handle);
+    return file ? file->view->GetDataOra() : nullptr;
+  });
 }
 
 int get_laps_count(int handle) {
-  const SFileQLT* file = find_file(handle);
-  if (file == nullptr) return kNoHandle;
-  if (file->view == nullptr) return kNoView;
-  std::size_t laps = 0;
-  for (const auto& [number, session] : file->view->GetSessioni()) {
-    if (session != nullptr) laps += session->lap_count;
-  }
-  return static_cast<int>(laps);
+  return guarded(traguardo::kNoData, [&] {
+    const FileInUse file = use_file(handle);
+    return file ? static_cast<int>(file->laps.size()) : traguardo::kNoHandle;
+  });
 }
 
 int get_lap_info(int handle, int lap, double* start, double* duration) {
-  const SFileQLT* file = find_file(handle);
-  if (file == nullptr) return kNoHandle;
-  if (file->view == nullptr) return kNoView;
-  const SRkLap* found = nullptr;
-  if (find_lap(*file, lap, &found) != LapLookup::kFound) return 0;
-  if (start != nullptr) *start = static_cast<double>(found->start) * kSecondsPerMicrosecond;
-  if (duration != nullptr) *duration = static_cast<double>(found->duration) * kSecondsPerMicrosecond;
-  return 1;
+  return guarded(traguardo::kNoData, [&] {
+    const FileInUse file = use_file(handle);
+    if (!file) return traguardo::kNoHandle;
+    const SRkLap* found = nullptr;
+    if (start == nullptr || duration == nullptr) return traguardo::kNothingWritten;
+    if (find_lap(*file, lap, &found) != LapLookup::kFound) return 0;
+    *start = static_cast<double>(found->start) * kSecondsPerMicrosecond;
+    *duration = static_cast<double>(found->duration) * kSecondsPerMicrosecond;
+    return 1;
+  });
 }
 
 int get_channels_count(int handle) {
-  const SFileQLT* file = find_file(handle);
-  if (file == nullptr) return kNoHandle;
-  return file->view == nullptr ? kNoView : static_cast<int>(file->view->GetCanali().size());
+  return guarded(traguardo::kNoData, [&] {
+    const FileInUse file = use_file(handle);
+    return file ? static_cast<int>(file->view->GetCanali().size()) : traguardo::kNoHandle;
+  });
 }
 
 const char* get_channel_name(int handle, int channel) {
-  const CSuperChannel* found = channel_of(handle, channel);
-  return found == nullptr ? nullptr : found->GetNome().c_str();
+  return channel_text(
+      handle, channel, [](const CSuperChannel& found) -> const auto& { return found.GetNome(); });
 }
 
 const char* get_channel_units(int handle, int channel) {
-  const CSuperChannel* found = channel_of(handle, channel);
-  return found == nullptr ? nullptr : found->GetUnita().c_str();
+  return channel_text(
+      handle, channel, [](const CSuperChannel& found) -> const auto& { return found.GetUnita(); });
 }
 
 int get_channel_samples_count(int handle, int channel) {
-  const SFileQLT* file = find_file(handle);
-  if (file == nullptr) return kNoHandle;
-  if (file->view == nullptr) return kNoView;
-  CSuperChannel* found = channel_of(*file, channel);
-  return found == nullptr ? kNoChannel : static_cast<int>(found->GetNumValori());
+  return with_channel(handle, channel, [](CSuperChannel& found) { return found.GetNumValori(); });
 }
 
 int get_channel_samples(int handle, int channel, double* times, double* values, int count) {
-  const SFileQLT* file = find_file(handle);
-  if (file == nullptr) return kNoHandle;
-  if (file->view == nullptr) return kNoView;
-  CSuperChannel* found = channel_of(*file, channel);
-  return found == nullptr ? kNoChannel : static_cast<int>(found->GetValori(times, values, count));
+  return with_channel(handle, channel, [&](CSuperChannel& found) {
+    return times == nullptr || values == nullptr ? 0U : found.GetValori(times, values, count);
+  });
 }
 
 int get_lap_channel_samples_count(int handle, int lap, int channel) {
-  const LapChannel found = lap_channel_of(handle, lap, channel);
-  return found.channel == nullptr ? found.result
-                                  : static_cast<int>(found.channel->GetNumValoriRange(found.from, found.to));
+  return with_lap_channel(handle, lap, channel, [](CSuperChannel& found, traguardo::u64 from, traguardo::u64 to) {
+    return found.GetNumValoriRange(from, to);
+  });
 }
 
 int get_lap_channel_samples(int handle, int lap, int channel, double* times, double* values, int count) {
-  const LapChannel found = lap_channel_of(handle, lap, channel);
-  return found.channel == nullptr
-             ? found.result
-             : static_cast<int>(found.channel->GetValoriRange(found.from, found.to, times, values, count));
+  return with_lap_channel(handle, lap, channel, [&](CSuperChannel& found, traguardo::u64 from, traguardo::u64 to) {
+    return times == nullptr || values == nullptr ? 0U : found.GetValoriRange(from, to, times, values, count);
+  });
 }

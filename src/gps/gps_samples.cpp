@@ -66,16 +66,7 @@ struct Extent {
 
 }  // namespace
 
-CGPSSamples::CGPSSamples(const u8* file_base) : file_base_(file_base) {}
-
 // --- Into the store ------------------------------------------------------------------------------------------------
-
-bool CGPSSamples::AddRecord(u64 time_us, const u8* bytes, u32 size) {
-  const u64 offset = file_base_ == nullptr
-                         ? 0
-                         : reinterpret_cast<std::uintptr_t>(bytes) - reinterpret_cast<std::uintptr_t>(file_base_);
-  return AddRecord(time_us, bytes, size, offset);
-}
 
 bool CGPSSamples::AddRecord(u64 time_us, const u8* bytes, u32 size, u64 file_offset) {
   if (size != SGpsRecord::kSize) {

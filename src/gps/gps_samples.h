@@ -15,9 +15,6 @@ namespace traguardo {
 // don't reach these.
 class CGPSSamples : public IRkGpsTrace {
  public:
-  // file_base: start of the mapped file, from which the offsets in the statistics count; may be null.
-  explicit CGPSSamples(const u8* file_base);
-
   void GetGoodSamplePointers(std::vector<const SGpsRecord*>& samples) const override;
   void GetChannels(u64 step, u64 start, u64 end, std::vector<SGpsChannelOut>& channels,
                    std::vector<u64>& times) override;
@@ -31,9 +28,8 @@ class CGPSSamples : public IRkGpsTrace {
 
   // time_us: the highest time of the reader, or the time of the frame that holds the record. True if the record was
   // stored, also where it thereby cleared the trace; false for a wrong size, a copy of the record before, or a clock of
-  // more than a second ahead of time_us. REQUIRES: `size` readable bytes.
-  bool AddRecord(u64 time_us, const u8* bytes, u32 size);
-  // For a record whose bytes lie outside the mapped file, such as one rebuilt from pieces.
+  // more than a second ahead of time_us. `file_offset`: where the statistics say that it stood. REQUIRES: `size`
+  // readable bytes.
   bool AddRecord(u64 time_us, const u8* bytes, u32 size, u64 file_offset);
   // The same without the test of the clock.
   bool AddRecordNoClock(const SGpsRecord& record);
@@ -70,13 +66,11 @@ class CGPSSamples : public IRkGpsTrace {
   GpsCentre reference_;
   std::shared_ptr<const GpsRows> rows_;  // null until asked for, and while there is no good record
   SStatGPS statistics_;
-  const u8* file_base_;
 };
 
 // The trace that readers make.
 class CGPSSamplesLibXml2 : public CGPSSamples {
  public:
-  using CGPSSamples::CGPSSamples;
   ~CGPSSamplesLibXml2() override = default;
 };
 

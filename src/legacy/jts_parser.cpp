@@ -25,7 +25,7 @@ bool CParserJTS::CaricaTraccia(IProgress*, CParser* target) {
   std::wstring error;
   if (!IJTSFileParser::LeggiCampioniGps(GetNomeFile(), &samples, &error)) return false;
   if (samples.size() < kFewestSamples) return false;
-  trace_ = target->GetOCreaTracciaGps("GPS", nullptr);
+  trace_ = target->GetOCreaTracciaGps("GPS");
   if (trace_ != nullptr) {
     for (const SGpsRecord& sample : samples) trace_->AddRecordNoClock(sample);
   }

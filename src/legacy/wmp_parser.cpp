@@ -108,8 +108,7 @@ bool CParserWMP::copy_channels(const CWMP& session) {
   for (const std::unique_ptr<CWMPMisura>& measure : session.measures()) {
     const std::span<const float> values = measure->values();
     if (measure->hidden() || values.empty() || measure->period_ms() == 0) continue;
-    auto channel = std::make_unique<CParsedChannel>(measure->name(), GetPercorsoStore(),
-                                                    static_cast<u32>(measure->index()), GetMantieniCostanti());
+    auto channel = std::make_unique<CParsedChannel>(measure->name(), GetFileStore(), GetMantieniCostanti());
     if (!channel->IsStoreValido()) return false;
     channel->SetUnita(std::wstring_view(measure->unit_text()));
     if (session.is_derived(measure->index())) channel->mark_derived();

@@ -20,29 +20,27 @@ class ChannelDescriptor {
   };
 
   // Null if the bytes are no descriptor: index, time base, count (groups: index, count), then exactly `count` channel
-  // indexes, at least one. The bytes stay where they are and must outlive the descriptor.
-  static std::unique_ptr<ChannelDescriptor> Acquisition(std::span<const u8> payload) {
-    return Make(payload, kAcquisitionHead, 4);
+  // indexes, at least one. `is_known` tells which of them stand in the channel table: a place whose channel comes later
+  // stays without one for good, since the logger that wrote the descriptor knew of none.
+  template <typename IsKnown>
+  static std::unique_ptr<ChannelDescriptor> Acquisition(std::span<const u8> payload, IsKnown&& is_known) {
+    constexpr u32 kHead = 6;
+    auto descriptor = Make(payload, kHead, 4, is_known);
+    if (descriptor != nullptr) descriptor->step_us_ = step_of(load_u16(payload.data() + 2));
+    return descriptor;
   }
-  static std::unique_ptr<ChannelDescriptor> Group(std::span<const u8> payload) { return Make(payload, kGroupHead, 2); }
+  template <typename IsKnown>
+  static std::unique_ptr<ChannelDescriptor> Group(std::span<const u8> payload, IsKnown&& is_known) {
+    constexpr u32 kHead = 4;
+    return Make(payload, kHead, 2, is_known);
+  }
 
-  u16 index() const { return load_u16(bytes_.data()); }
-  u32 count() const { return static_cast<u32>((bytes_.size() - head_) / 2); }
-  u16 channel_index(u32 place) const { return load_u16(bytes_.data() + head_ + std::size_t{2} * place); }
+  u16 index() const { return index_; }
+  u32 count() const { return count_; }
   // Microseconds between two channels of a frame; a group's come all at once.
-  u64 step_us() const {
-    if (head_ != kAcquisitionHead) return 0;
-    switch (load_u16(bytes_.data() + 2)) {
-      case 100:
-        return 1'000'000;
-      case 103:
-        return 1'000;
-      case 106:
-        return 1;
-      default:
-        return 0;
-    }
-  }
+  u64 step_us() const { return step_us_; }
+  // The places that had a channel when the descriptor was read.
+  const std::vector<Place>& known_places() const { return known_; }
 
   // Looks the channels up again: `by_index` maps a channel index to its entry or null. Called before use whenever the
   // channel table has changed, so that a descriptor never points to an object that is gone.
@@ -51,11 +49,10 @@ class ChannelDescriptor {
     std::vector<Place> with_bytes;
     std::vector<Place> all;
     data_length_ = 0;
-    for (u32 i = 0; i < count(); ++i) {
-      const u16 channel = channel_index(i);
-      const ChannelEntry* entry = by_index(channel);
+    for (const Place& place : known_) {
+      const ChannelEntry* entry = by_index(place.channel);
       if (entry == nullptr) continue;
-      all.push_back({channel, static_cast<u16>(i)});
+      all.push_back(place);
       data_length_ += entry->sample_size;
       if (entry->sample_size != 0) with_bytes.push_back(all.back());
     }
@@ -79,21 +76,40 @@ class ChannelDescriptor {
   u64 generation = 0;
 
  private:
-  static constexpr u32 kAcquisitionHead = 6;
-  static constexpr u32 kGroupHead = 4;
+  static u64 step_of(u16 time_base) {
+    switch (time_base) {
+      case 100:
+        return 1'000'000;
+      case 103:
+        return 1'000;
+      case 106:
+        return 1;
+      default:
+        return 0;
+    }
+  }
 
-  static std::unique_ptr<ChannelDescriptor> Make(std::span<const u8> payload, u32 head, u32 count_offset) {
+  template <typename IsKnown>
+  static std::unique_ptr<ChannelDescriptor> Make(std::span<const u8> payload, u32 head, u32 count_offset,
+                                                 IsKnown&& is_known) {
     if (payload.size() < head) return nullptr;
     const u32 stated = load_u16(payload.data() + count_offset);
     if (stated == 0 || payload.size() != std::size_t{2} * stated + head) return nullptr;
     auto descriptor = std::make_unique<ChannelDescriptor>();
-    descriptor->bytes_ = payload;
-    descriptor->head_ = head;
+    descriptor->index_ = load_u16(payload.data());
+    descriptor->count_ = stated;
+    for (u32 i = 0; i < stated; ++i) {
+      const u16 channel = load_u16(payload.data() + head + std::size_t{2} * i);
+      if (is_known(channel)) descriptor->known_.push_back({channel, static_cast<u16>(i)});
+    }
+    descriptor->known_.shrink_to_fit();
     return descriptor;
   }
 
-  std::span<const u8> bytes_;
-  u32 head_ = 0;
+  u16 index_ = 0;
+  u32 count_ = 0;
+  u64 step_us_ = 0;
+  std::vector<Place> known_;
   std::vector<Place> places_;
   std::vector<Place> with_bytes_;  // only where some places have none
   bool has_empty_places_ = false;

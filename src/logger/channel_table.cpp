@@ -36,13 +36,15 @@ bool CParserZep_2Gv4::TakeConfiguration(const SAtomTag& tag) {
   decoder->VectorTagsNamed(tag.payload, tag.payloadSize, {"CHS", "CDE", "FT1", "ACD", "GRP"}, inner_tags);
   if (!GeneraMappeSCanale(inner_tags)) return false;
   TakeExtras(inner_tags);
+  const auto is_known = [this](u16 channel) { return ChannelAt(channel) != nullptr; };
   // The first descriptor of an index stays.
   for (const SAtomTag& inner : inner_tags) {
     const std::span<const u8> payload(inner.payload, inner.payloadSize);
     if (inner.name == "ACD") {
-      if (auto descriptor = ChannelDescriptor::Acquisition(payload)) acquisitions_.Enter(std::move(descriptor));
+      if (auto descriptor = ChannelDescriptor::Acquisition(payload, is_known))
+        acquisitions_.Enter(std::move(descriptor));
     } else if (inner.name == "GRP") {
-      if (auto descriptor = ChannelDescriptor::Group(payload)) groups_.Enter(std::move(descriptor));
+      if (auto descriptor = ChannelDescriptor::Group(payload, is_known)) groups_.Enter(std::move(descriptor));
     }
   }
   AssignConverters();
@@ -130,7 +132,7 @@ std::unique_ptr<CCanaleQLT> CParserZep_2Gv4::PacketObject(const ChannelRecord& r
   switch (record.object()) {
     case FID_DETTAGLI_GPS:
       if (record.variant() == FID_SPEC_GPS_ZEPNAVSOL) {
-        CGPSSamples* trace = GetOCreaTracciaGps(record.name(), base_);
+        CGPSSamples* trace = GetOCreaTracciaGps(record.name());
         return trace == nullptr ? nullptr : std::make_unique<CCanaleQLT_GPS>(record, trace);
       }
       break;
@@ -153,8 +155,8 @@ std::unique_ptr<CCanaleQLT> CParserZep_2Gv4::PacketObject(const ChannelRecord& r
 }
 
 bool CParserZep_2Gv4::GiveChannel(CCanaleQLT* object, const std::string& name) {
-  std::unique_ptr<CParsedChannel> channel(
-      new (std::nothrow) CParsedChannel(name, GetPercorsoStore(), object->record().id(), GetMantieniCostanti()));
+  std::unique_ptr<CParsedChannel> channel(new (std::nothrow)
+                                              CParsedChannel(name, GetFileStore(), GetMantieniCostanti()));
   if (channel == nullptr) {
     TRAGUARDO_LOG(kGeneraMappe, "%s [%d] ERROR = Can't alloc memory\n");
     return false;

@@ -10,7 +10,7 @@ void CanMsgAssembler::Open(char letter) {
 
 // A first chunk shorter than a time stamp gives a malformed frame, which the frame decoder rejects.
 void CanMsgAssembler::AppendTimeAndIndex(u16 index) {
-  const std::span<const u8> first = chunks_.begin()->second;
+  const std::span<const u8> first = chunks_.begin()->second.data();
   rebuilt_.insert(rebuilt_.end(), first.begin(),
                   first.begin() + std::min<std::ptrdiff_t>(kTimeStampSize, std::ssize(first)));
   rebuilt_.push_back(static_cast<u8>(index & 0xFF));
@@ -19,7 +19,8 @@ void CanMsgAssembler::AppendTimeAndIndex(u16 index) {
 
 void CanMsgAssembler::AppendRest(std::vector<u8>* out) const {
   bool is_first = true;
-  for (const auto& [number, data] : chunks_) {
+  for (const auto& [number, chunk] : chunks_) {
+    const std::span<const u8> data = chunk.data();
     const std::size_t skipped = is_first ? std::min(kTimeStampSize, data.size()) : 0;
     out->insert(out->end(), data.begin() + static_cast<std::ptrdiff_t>(skipped), data.end());
     is_first = false;
@@ -42,7 +43,9 @@ bool CanMsgAssembler::GroupIndex(u16* index) const {
 
 void CanMsgAssembler::RebuildGroup() {
   Open('G');
-  for (const auto& [number, data] : chunks_) rebuilt_.insert(rebuilt_.end(), data.begin(), data.end());
+  for (const auto& [number, chunk] : chunks_) {
+    rebuilt_.insert(rebuilt_.end(), chunk.data().begin(), chunk.data().end());
+  }
   rebuilt_.push_back(')');
 }
 

@@ -1,6 +1,8 @@
 // Collects the chunks of one packet stream that came over a bus of 8-byte messages.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <map>
 #include <span>
 #include <vector>
@@ -27,9 +29,9 @@ class ChunkHeader {
 
 class CanMsgAssembler {
  public:
-  // False if the chunk number is there already.
+  // At most 8 bytes. False if the chunk number is there already.
   bool Store(u16 chunk, std::span<const u8> data) {
-    if (!chunks_.emplace(chunk, data).second) return false;
+    if (!chunks_.try_emplace(chunk, data).second) return false;
     if (chunk > highest_chunk_) highest_chunk_ = chunk;
     return true;
   }
@@ -66,8 +68,21 @@ class CanMsgAssembler {
   // All chunks' bytes behind the time stamp.
   void AppendRest(std::vector<u8>* out) const;
 
+  // The bytes of one message.
+  class Chunk {
+   public:
+    explicit Chunk(std::span<const u8> data) : size_(static_cast<u8>(data.size())) {
+      std::copy(data.begin(), data.end(), bytes_.begin());
+    }
+    std::span<const u8> data() const { return {bytes_.data(), size_}; }
+
+   private:
+    std::array<u8, 8> bytes_{};
+    u8 size_;
+  };
+
   i32 highest_chunk_ = -1;
-  std::map<u16, std::span<const u8>> chunks_;
+  std::map<u16, Chunk> chunks_;
   std::vector<u8> rebuilt_;
 };
 

@@ -3,6 +3,7 @@
 // A frame is believed when its index is known, it fits, and its closing parenthesis is where it must be; anything else
 // costs one byte, and the next frame or tag is found by itself.
 
+#include <algorithm>
 #include <limits>
 
 #include "logger/logger_parser.h"
@@ -32,16 +33,18 @@ bool Accept(CCanaleQLT::Esito outcome, SStatMisura* statistics, u64 position) {
 
 }  // namespace
 
-u32 CParserZep_2Gv4::OnUntaggedBytes(const u8* buffer, u32 size, u32 offset) {
+u32 CParserZep_2Gv4::OnUntaggedBytes(u32 offset) {
   u64 at = offset;
-  while (at < size) {
-    if (buffer[at] != '(') {
+  while (at < size_) {
+    const u64 left = size_ - at;
+    const u8* bytes = input_.At(at, std::min(left, kLookAhead));
+    if (bytes[0] != '(') {
       // "<h" may be a tag: the walker tests it.
-      if (!(buffer[at] == '<' && at + 1 < size && buffer[at + 1] == 'h')) errors_file_.Append(at);
+      if (!(bytes[0] == '<' && left > 1 && bytes[1] == 'h')) errors_file_.Append(at);
       break;
     }
-    const u8 letter = at + 1 < size ? buffer[at + 1] : 0;
-    const u32 consumed = DecodeFrame(letter, Frame{buffer + at, size - at, at, false});
+    const u8 letter = left > 1 ? bytes[1] : 0;
+    const u32 consumed = DecodeFrame(letter, Frame{bytes, left, at, false});
     if (consumed == kStopWalk) return kStopWalk;
     if (consumed == 0) {
       errors_file_.Append(at);
@@ -49,8 +52,15 @@ u32 CParserZep_2Gv4::OnUntaggedBytes(const u8* buffer, u32 size, u32 offset) {
     }
     at += consumed;
   }
-  const u64 advanced = std::min<u64>(at, size) - offset;
+  const u64 advanced = std::min<u64>(at, size_) - offset;
   return advanced == 0 ? 1 : static_cast<u32>(advanced);
+}
+
+// Its last byte is looked at first: a count in a broken frame may claim any length.
+bool CParserZep_2Gv4::ClosesFarAway(Frame* frame, u64 length) {
+  if (*input_.Far(frame->position + length - 1, 1) != ')') return false;
+  frame->at = input_.At(frame->position, length);
+  return true;
 }
 
 // 0 for a letter that is no kind of frame.
@@ -95,7 +105,7 @@ u32 CParserZep_2Gv4::StoreFailed() {
   return kStopWalk;
 }
 
-u32 CParserZep_2Gv4::DecodeS(const Frame& frame) {
+u32 CParserZep_2Gv4::DecodeS(Frame frame) {
   if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
   if (frame.left < kFrameHead) {
     errors_s_.Append(frame.position);
@@ -107,7 +117,7 @@ u32 CParserZep_2Gv4::DecodeS(const Frame& frame) {
     return kRejected;
   }
   const u64 length = kFrameHead + channel->sample_size + 1;
-  if (length > frame.left || frame.at[length - 1] != ')') {
+  if (!Closes(&frame, length)) {
     errors_s_.Append(frame.position);
     return kRejected;
   }
@@ -124,7 +134,7 @@ u32 CParserZep_2Gv4::DecodeS(const Frame& frame) {
   return static_cast<u32>(length);
 }
 
-u32 CParserZep_2Gv4::DecodeM(const Frame& frame) {
+u32 CParserZep_2Gv4::DecodeM(Frame frame) {
   if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
   if (frame.left < kMultipleHead) {
     errors_m_.Append(frame.position);
@@ -138,7 +148,7 @@ u32 CParserZep_2Gv4::DecodeM(const Frame& frame) {
   const u32 count = load_u16(frame.at + kCountOffset);
   const u64 sample_size = channel->sample_size;
   const u64 length = kMultipleHead + count * sample_size + 1;
-  if (length > frame.left || frame.at[length - 1] != ')' || (sample_size == 0 && !CoversEmptySamples(count))) {
+  if (!Closes(&frame, length) || (sample_size == 0 && !CoversEmptySamples(count))) {
     errors_m_.Append(frame.position);
     return kRejected;
   }
@@ -179,7 +189,7 @@ u32 CParserZep_2Gv4::DecodeA(const Frame& frame) {
 }
 
 // One sample for each place of a descriptor; place n is n steps later than the frame. The step of a group is 0.
-u32 CParserZep_2Gv4::DecodePlaces(const Frame& frame, const DescriptorTable& table, ErrorList* errors,
+u32 CParserZep_2Gv4::DecodePlaces(Frame frame, const DescriptorTable& table, ErrorList* errors,
                                   void (SStatMisura::*count_sample)()) {
   if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
   ChannelDescriptor* descriptor =
@@ -189,7 +199,7 @@ u32 CParserZep_2Gv4::DecodePlaces(const Frame& frame, const DescriptorTable& tab
     return kRejected;
   }
   const u64 length = kFrameHead + descriptor->data_length() + 1;
-  if (length > frame.left || frame.at[length - 1] != ')') {
+  if (!Closes(&frame, length)) {
     errors->Append(frame.position);
     return kRejected;
   }

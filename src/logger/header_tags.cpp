@@ -70,7 +70,7 @@ bool is_time_separator(u8 c) {
 
 bool CParserZep_2Gv4::OnTag(const SAtomTag& tag) {
   ++tag_count_;
-  if (!ReportProgress(static_cast<u64>(tag.start - base_))) return false;
+  if (!ReportProgress(tag.offset)) return false;
   if (tag.name == "CNF") {
     if (TakeConfiguration(tag)) return true;
     TellSinkTheEnd(false);
@@ -111,13 +111,13 @@ bool CParserZep_2Gv4::IsHeaderTag(const SAtomTag& tag) {
       has_track_record_ = true;
     }
   } else if (tag.name == "SRC") {
-    main_ident_tags_.push_back(tag);
+    main_ident_tags_.emplace_back(tag);
   } else if (tag.name == "iSLV") {
-    net_ident_tags_.push_back(tag);
+    net_ident_tags_.emplace_back(tag);
   } else if (tag.name == "TMD" || tag.name == "TMT") {
-    time_tags_.push_back(tag);
+    time_tags_.emplace_back(tag);
   } else if (tag.name == "ENF") {
-    ecu_tags_.push_back(tag);
+    ecu_tags_.emplace_back(tag);
   } else {
     // Events mean nothing here, but they are known.
     return tag.name == "EVT";
@@ -126,9 +126,9 @@ bool CParserZep_2Gv4::IsHeaderTag(const SAtomTag& tag) {
 }
 
 void CParserZep_2Gv4::AddGpsTag(const SAtomTag& tag) {
-  CGPSSamples* trace = GetOCreaTracciaGps(tag.name, base_);
+  CGPSSamples* trace = GetOCreaTracciaGps(tag.name);
   if (trace == nullptr) return;
-  const u64 offset = static_cast<u64>(tag.payload - base_);
+  const u64 offset = u64{tag.offset} + kTagOpeningSize;
   // An assignment, not a maximum: a receiver's clock that runs back takes the reader's clock with it.
   if (trace->AddRecord(highest_time_, tag.payload, tag.payloadSize, offset)) {
     highest_time_ = u64{load_u32(tag.payload)} * kMicrosecondsPerMillisecond;
@@ -138,15 +138,15 @@ void CParserZep_2Gv4::AddGpsTag(const SAtomTag& tag) {
 void CParserZep_2Gv4::ExtractDateAndTime() {
   std::tm time{};
   platform::local_time(std::time(nullptr), &time);
-  for (const SAtomTag& tag : time_tags_) {
-    const u8* text = tag.payload;
+  for (const KeptTag& tag : time_tags_) {
+    const u8* text = tag.payload.data();
     if (tag.name == "TMD") {
-      if (tag.payloadSize < 10 || text[2] != '/' || text[5] != '/') continue;
+      if (tag.payload.size() < 10 || text[2] != '/' || text[5] != '/') continue;
       time.tm_mon = digits(text, 2) - 1;
       time.tm_mday = digits(text + 3, 2);
       time.tm_year = digits(text + 6, 4) - 1900;
     } else {
-      if (tag.payloadSize < 8 || !is_time_separator(text[2]) || !is_time_separator(text[5])) continue;
+      if (tag.payload.size() < 8 || !is_time_separator(text[2]) || !is_time_separator(text[5])) continue;
       time.tm_hour = digits(text, 2);
       time.tm_min = digits(text + 3, 2);
       time.tm_sec = digits(text + 6, 2);
@@ -155,17 +155,17 @@ void CParserZep_2Gv4::ExtractDateAndTime() {
   SetDataOra(clamped(time));
 }
 
-void CParserZep_2Gv4::ExtractIdents(const std::vector<SAtomTag>& tags, IdentMap* idents) {
+void CParserZep_2Gv4::ExtractIdents(const std::vector<KeptTag>& tags, IdentMap* idents) {
   constexpr u32 kNoDevice = 0xFFFFFFFF;
-  for (const SAtomTag& tag : tags) {
-    if (tag.payloadSize % SIdentRecord::kSize != 0) {
+  for (const KeptTag& tag : tags) {
+    if (tag.payload.size() % SIdentRecord::kSize != 0) {
       TRAGUARDO_LOG("CParserZep_2Gv4::EstraiIdents", "%s [%d] ERROR = Bad data\n");
       continue;
     }
-    std::vector<SIdentRecord> records(tag.payloadSize / SIdentRecord::kSize);
+    std::vector<SIdentRecord> records(tag.payload.size() / SIdentRecord::kSize);
     u32 key = kNoDevice;
     for (std::size_t i = 0; i < records.size(); ++i) {
-      const u8* bytes = tag.payload + i * SIdentRecord::kSize;
+      const u8* bytes = tag.payload.data() + i * SIdentRecord::kSize;
       std::copy(bytes, bytes + SIdentRecord::kSize, records[i].bytes.begin());
       if (key == kNoDevice) key = records[i].device_id();
     }
@@ -177,9 +177,9 @@ void CParserZep_2Gv4::ExtractIdents(const std::vector<SAtomTag>& tags, IdentMap*
 void CParserZep_2Gv4::ExtractEcuInfo() {
   const std::unique_ptr<IAtomTagDecoderBin> decoder = CreaAtomTagDecoder();
   if (decoder == nullptr) return;
-  for (const SAtomTag& tag : ecu_tags_) {
+  for (const KeptTag& tag : ecu_tags_) {
     std::vector<SAtomTag> inner_tags;
-    decoder->VectorTagsNamed(tag.payload, tag.payloadSize, {"MAN", "MOD"}, inner_tags);
+    decoder->VectorTagsNamed(tag.payload.data(), static_cast<u32>(tag.payload.size()), {"MAN", "MOD"}, inner_tags);
     std::pair<std::string, std::string> info;
     for (const SAtomTag& inner : inner_tags) {
       const std::string_view bytes(reinterpret_cast<const char*>(inner.payload), inner.payloadSize);

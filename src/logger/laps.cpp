@@ -20,7 +20,7 @@ u64 microseconds(i64 ms) {
 }  // namespace
 
 void CParserZep_2Gv4::TakeLapTag(const SAtomTag& tag) {
-  const u64 offset = static_cast<u64>(tag.payload - base_);
+  const u64 offset = u64{tag.offset} + kTagOpeningSize;
   if (tag.version == 3) {
     LapRecord20(tag.payload, tag.payloadSize, offset);
   } else if (tag.version == 2) {

@@ -4,6 +4,7 @@
 #include <exception>
 #include <limits>
 
+#include "logger/tag_scan.h"
 #include "support/event_log.h"
 
 namespace traguardo {
@@ -14,11 +15,10 @@ constexpr const char* kParsaFile = "CParserZep_2Gv4::ParsaFile";
 
 CParserZep_2Gv4::CParserZep_2Gv4(const std::wstring& path, const LoggerReportOptions& options)
     : CParser(path),
-      file_(path, 1, MemoryMappedArray::Modo::kLetturaIntera, false),
-      base_(file_.GetVista()),
+      input_(path),
       // Offsets inside a file of this family are 32-bit numbers, the highest of which ends a walk; what lies behind
       // can't be named.
-      size_(static_cast<u32>(std::min<u64>(file_.GetDimensioneFile(), kStopWalk - 1))),
+      size_(static_cast<u32>(std::min<u64>(input_.size(), kStopWalk - 1))),
       options_(options) {}
 
 CParserZep_2Gv4::~CParserZep_2Gv4() {
@@ -29,16 +29,11 @@ CParserZep_2Gv4::~CParserZep_2Gv4() {
 bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
   progress_ = nullptr;
   for (ErrorList* list : {&errors_s_, &errors_m_, &errors_a_, &errors_g_, &errors_c_}) list->Clear();
-  decoder_ = CreaAtomTagDecoder();
-  if (decoder_ == nullptr) {
+  if (!input_.IsValido()) {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Can't alloc memory\n");
     return false;
   }
   if (size_ == 0) return false;
-  if (base_ == nullptr) {
-    TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Can't alloc memory\n");
-    return false;
-  }
   if (options_.lap_statistics) {
     separate_lap_statistics_ = std::make_unique<SStatLap>();
     lap_statistics_ = separate_lap_statistics_.get();
@@ -61,19 +56,20 @@ bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
   bool good = false;
   try {
     good = Walk();
-  } catch (const std::exception&) {
+  } catch (const std::exception& problem) {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Exception caught!\n");
+    const bool is_reading = dynamic_cast<const platform::ReadFailure*>(&problem) != nullptr;
+    set_failure(is_reading ? ParseFailure::kReading : ParseFailure::kMemory);
     good = false;
   }
   DropTables();
-  decoder_.reset();
   TellSinkTheEnd(good);
   progress_ = nullptr;
   return good;
 }
 
 bool CParserZep_2Gv4::Walk() {
-  if (!decoder_->ParseAll(base_, size_, *this)) {
+  if (!tags::walk(&input_, size_, *this)) {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Bad something\n");
     return false;
   }

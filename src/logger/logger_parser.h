@@ -12,6 +12,7 @@
 #include "logger/channel_descriptor.h"
 #include "logger/chunk_assembler.h"
 #include "logger/error_list.h"
+#include "logger/input_file.h"
 #include "logger/lap_statistics.h"
 #include "logger/qlt_channel.h"
 #include "logger/tag_decoder.h"
@@ -31,7 +32,7 @@ struct LoggerReportOptions {
 
 class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap, private ILapReceiver {
  public:
-  // Maps the whole file at once; ParsaFile reports if that failed.
+  // Opens the file at once; ParsaFile reports if that failed.
   CParserZep_2Gv4(const std::wstring& path, const LoggerReportOptions& options);
   ~CParserZep_2Gv4() override;
 
@@ -39,7 +40,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
 
   // --- IExternalHelper
   bool OnTag(const SAtomTag& tag) override;
-  u32 OnUntaggedBytes(const u8* buffer, u32 size, u32 offset) override;
+  u32 OnUntaggedBytes(u32 offset) override;
 
   // One lap record of the 32-byte and of the 20-byte form, with the file offset that it is reported under. Another size
   // is noted and changes nothing.
@@ -82,10 +83,16 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   void TellSinkTheEnd(bool good);
 
   // --- header_tags.cpp
+  // A tag that waits for the end of the walk.
+  struct KeptTag {
+    explicit KeptTag(const SAtomTag& tag) : name(tag.name), payload(tag.payload, tag.payload + tag.payloadSize) {}
+    std::string name;
+    std::vector<u8> payload;
+  };
   bool IsHeaderTag(const SAtomTag& tag);
   void AddGpsTag(const SAtomTag& tag);
   void ExtractDateAndTime();
-  void ExtractIdents(const std::vector<SAtomTag>& tags, IdentMap* idents);
+  void ExtractIdents(const std::vector<KeptTag>& tags, IdentMap* idents);
   void ExtractEcuInfo();
 
   // --- channel_table.cpp
@@ -105,19 +112,26 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
 
   // --- data_stream.cpp
   struct Frame {
-    const u8* at;  // the opening parenthesis
-    u64 left;      // bytes from there to the end of its buffer
+    const u8* at;  // the opening parenthesis; kLookAhead bytes follow, or all that are left
+    u64 left;      // bytes from there to the end of the file, or of the buffer that it was rebuilt in
     u64 position;  // file offset that errors are reported under
     bool rebuilt;  // stands in a buffer of its own, not in the file
     u64 offset_of(const u8* bytes) const { return rebuilt ? position : position + static_cast<u64>(bytes - at); }
   };
+  static constexpr u64 kLookAhead = 4096;
   u32 DecodeFrame(u8 letter, const Frame& frame);
-  u32 DecodeS(const Frame& frame);
-  u32 DecodeM(const Frame& frame);
+  u32 DecodeS(Frame frame);
+  u32 DecodeM(Frame frame);
   u32 DecodeA(const Frame& frame);
   u32 DecodeG(const Frame& frame);
-  u32 DecodePlaces(const Frame& frame, const DescriptorTable& table, ErrorList* errors,
-                   void (SStatMisura::*count_sample)());
+  // Whether a frame of that length is all there, with its closing parenthesis; its bytes then stand in one piece.
+  bool Closes(Frame* frame, u64 length) {
+    if (length > frame->left) return false;
+    if (length > kLookAhead && !frame->rebuilt) return ClosesFarAway(frame, length);
+    return frame->at[length - 1] == ')';
+  }
+  bool ClosesFarAway(Frame* frame, u64 length);
+  u32 DecodePlaces(Frame frame, const DescriptorTable& table, ErrorList* errors, void (SStatMisura::*count_sample)());
   ChannelDescriptor* FindDescriptor(const DescriptorTable& table, u16 index);
   bool IsPlausible(u64 time) const;
   void Raise(u64 time) { highest_time_ = std::max(highest_time_, time); }
@@ -149,19 +163,17 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   void SalvaTagDiDebugSePresenti();
   void CollectDebugTag(const SAtomTag& tag);
 
-  MemoryMappedArray file_;
-  const u8* base_ = nullptr;
+  InputFile input_;
   u32 size_ = 0;
   const LoggerReportOptions options_;
   IProgress* progress_ = nullptr;
   int progress_handle_ = 0;
-  std::unique_ptr<IAtomTagDecoderBin> decoder_;
 
   u32 tag_count_ = 0;
-  std::vector<SAtomTag> time_tags_;
-  std::vector<SAtomTag> main_ident_tags_;
-  std::vector<SAtomTag> net_ident_tags_;
-  std::vector<SAtomTag> ecu_tags_;
+  std::vector<KeptTag> time_tags_;
+  std::vector<KeptTag> main_ident_tags_;
+  std::vector<KeptTag> net_ident_tags_;
+  std::vector<KeptTag> ecu_tags_;
   bool has_track_record_ = false;
 
   // The tables that the stream is decoded against.

@@ -122,8 +122,8 @@ void ParseReport::DescriptorSection(std::string_view title,
   if (table.empty()) return;
   Title(title);
   for (const auto& [index, descriptor] : table) {
-    for (u32 place = 0; place < descriptor->count(); ++place) {
-      const CCanaleQLT* channel = reader_.ChannelAt(descriptor->channel_index(place));
+    for (const ChannelDescriptor::Place& place : descriptor->known_places()) {
+      const CCanaleQLT* channel = reader_.ChannelAt(place.channel);
       if (channel != nullptr) ChannelRow(index, *channel);
     }
   }

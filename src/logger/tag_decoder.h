@@ -16,9 +16,11 @@
 
 namespace traguardo {
 
-// One tag, pointing into the buffer that it was found in.
+// One tag, pointing into the buffer that it was found in, or into a window of the file that is good until the next look
+// into the file.
 struct SAtomTag {
   std::string name;  // cut at the first NUL, at most 4 characters
+  u32 offset = 0;    // of its start in what it was found in
   const u8* start = nullptr;
   const u8* payload = nullptr;
   u32 payloadSize = 0;
@@ -42,7 +44,7 @@ class IExternalHelper {
   // False ends the walk.
   virtual bool OnTag(const SAtomTag& tag) = 0;
   // No valid tag begins at this offset. Gives the number of bytes to advance, at least 1, or kStopWalk.
-  virtual u32 OnUntaggedBytes(const u8* buffer, u32 size, u32 offset) = 0;
+  virtual u32 OnUntaggedBytes(u32 offset) = 0;
 };
 
 // Finds tags in a buffer. "Next" operations give the offset behind what they found, or 0 when nothing more was found.

@@ -1,43 +1,32 @@
-// A file of records of one size, seen through one window.
+// A store of records of one size: first in memory, and where they become many in pieces of the session's store file.
 //
 // Windows are 65,536 records long on every platform, so that whatever depends on a window's edge comes out alike
-// everywhere. How bytes reach the file is another matter: appending goes through a small buffer that starts with a few
-// records, doubles while the store grows, and is emptied with positioned writes. A channel of ten samples costs ten
-// samples, and two thousand stores need no two thousand open files.
+// everywhere. They are counted and nothing else: records go through a small buffer that starts with a few, doubles
+// while the store grows, and is emptied into the file. A channel of ten samples costs ten samples, and two thousand
+// stores share one file.
 #pragma once
 
 #include <memory>
-#include <string>
+#include <vector>
 
+#include "model/store_file.h"
 #include "support/bytes.h"
-#include "support/platform/platform.h"
 
 namespace traguardo {
 
 class MemoryMappedArray {
  public:
-  enum class Modo : u32 {
-    kChiuso = 1,
-    kAggiunta = 2,         // append: the file is opened, or created, and written from its start
-    kAggiornamento = 3,    // update: records are read and changed in place
-    kLetturaFinestre = 4,  // read, one window at a time
-    kLetturaIntera = 5,    // read, the whole file in one view
-  };
+  // A window's offset is a 32-bit number in this family of files.
+  static constexpr u64 kLargestStore = u64{1} << 32;
 
-  // Unless the mode is kChiuso it opens the file at once; ask IsValido. An empty file in a reading mode has no view and
-  // is no error: it holds no records.
-  MemoryMappedArray(std::wstring file_name, u32 record_size, Modo mode, bool delete_on_destruction);
+  // `file` outlives the store. `largest`: bytes that it ends at.
+  MemoryMappedArray(StoreFile* file, u32 record_size, u64 largest = kLargestStore);
   MemoryMappedArray(const MemoryMappedArray&) = delete;
   MemoryMappedArray& operator=(const MemoryMappedArray&) = delete;
-  virtual ~MemoryMappedArray();
+  ~MemoryMappedArray();
 
-  // Closes, then opens in the new mode from the first record on. Gives the view as far as it is mapped; a store read by
-  // windows maps its first one when the first record is asked for.
-  u8* Riapri(Modo mode);
-
-  // Append mode only. Stores a pointer to a new record, null if the store can't grow any more (a full disk, or 2^32
-  // bytes reached). Gives 1 if the record is the first of a further window, else 0. The pointer is good until the next
-  // call.
+  // Stores a pointer to a new record, null if the store can't grow any more (a full disk, its largest size reached, or
+  // closed). Gives 1 if the record is the first of a further window, else 0. The pointer is good until the next call.
   int Aggiungi(u8** record) {
     if (!HasRoom()) return MakeRoomAndAdd(record);
     *record = TakeRoom();
@@ -54,84 +43,64 @@ class MemoryMappedArray {
     __builtin_prefetch(record + kWriteAhead, 1);
     return record;
   }
-  // Append mode only: the next record begins a window.
+  // The next record begins a window.
   bool IsAtWindowEdge() const { return Numero() % kRecordsPerWindow == 0; }
-
-  // Append mode only: the record `back` places before the newest one, for back 0 and 1; null if it was never written.
+  // The record `back` places before the newest one, for back 0 and 1; null if it was never written.
   u8* Recente(u32 back) { return back < Buffered() ? next_ - (std::size_t{back} + 1) * record_size_ : nullptr; }
 
-  // Modes kAggiornamento and kLetturaFinestre: the next record, null at the end.
-  u8* Prossimo();
-  // The same, a stretch at a time: all records from the next one to the end of its window. False at the end.
-  bool ProssimaFinestra(u8** records, u32* count);
-
-  // Number of records; 0 while closed.
-  u64 Numero() const;
-  // Closes the file and brings an appended one to its true length. False if something could not be written; the store
-  // is then not to be believed.
+  u64 Numero() const { return written_ + Buffered(); }
+  // Copies up to `count` records from number `first` on; gives the number copied. Throws ReadFailure.
+  u64 Leggi(u64 first, u64 count, u8* out) const;
+  // Ends the writing. False if something could not be written, now or earlier; the store is then not to be believed.
   bool Chiudi();
+  // Not before a record was refused for want of room.
   bool IsValido() const { return valid_; }
-
-  Modo GetModo() const { return mode_; }
-  const std::wstring& GetNomeFile() const { return file_name_; }
-  u32 GetDimensioneRecord() const { return record_size_; }
-  // Whole view of mode kLetturaIntera; null and 0 without one.
-  const u8* GetVista() const { return view_.data(); }
-  u64 GetDimensioneFile() const { return file_size_; }
 
  private:
   static constexpr std::size_t kWriteAhead = 128;
   static constexpr u32 kRecordsPerWindow = platform::kAllocationGranularity;
 
-  bool MapFileIntoMemoryRead();
-  bool MapFileIntoMemoryWrite();
-  bool UnmapFileFromMemory();
-  bool MapWindow();
-  void NextWindow();
+  // Records that lie together in the file.
+  struct Piece {
+    u64 first;
+    u64 place;
+  };
+
   int MakeRoomAndAdd(u8** record);
   bool MakeRoom();
   bool Enlarge(u32 limit);
-  bool WriteOut(platform::File* file, u32 count);
+  bool WriteOut(u32 count);
+  bool KeepInMemory();
   void ReleaseBuffer();
   u32 Buffered() const { return static_cast<u32>(static_cast<std::size_t>(next_ - buffer_.get()) / record_size_); }
-  u32 WindowSize() const { return record_size_ * kRecordsPerWindow; }
 
-  // Appending: the place of the next record, and the end of what can be handed out without a further thought, which is
-  // the end of the buffer or of the window.
+  // The place of the next record, and the end of what can be handed out without a further thought, which is the end of
+  // the buffer or of the window.
   u8* next_ = nullptr;
   u8* limit_ = nullptr;
   const u32 record_size_;
-  const bool delete_on_destruction_;
-  bool valid_ = false;
-  Modo mode_ = Modo::kChiuso;
-  u32 used_ = 0;           // reading: records handed out in the current window
-  u32 window_number_ = 0;  // index of the current window
-  u64 file_size_ = 0;
-  // Bytes of the file as this object left it: a store that it has written itself needs no look at the file to know its
-  // size, nor a window before somebody reads. All ones while unknown.
-  u64 known_size_;
-  std::wstring file_name_;
-  platform::Mapping view_;
-  // Appending: records that wait for the file. The newest two always stay here, since their owner may still change
-  // them.
+  bool valid_;
+  bool closed_ = false;
+  bool kept_ = false;  // the buffer counts as kept, see KeepInMemory
+  // Records that wait for the file. The newest two always stay here, since their owner may still change them.
   std::unique_ptr<u8[]> buffer_;
   u32 capacity_ = 0;
   u64 written_ = 0;
+  std::vector<Piece> pieces_;
+  StoreFile* file_;
+  const u64 most_records_;
 };
 
-// Reads records of a closed or reading store by their number, independent of its window.
-class RecordReader {
+// For tests alone: what closed stores may keep in memory while this lives, instead of writing it.
+class KeptBudget {
  public:
-  explicit RecordReader(const MemoryMappedArray& store);
-  explicit operator bool() const { return static_cast<bool>(file_); }
-  u64 Numero() const { return records_; }
-  // Reads up to `count` records from number `first` on; gives the number read.
-  u64 Leggi(u64 first, u64 count, u8* out) const;
+  explicit KeptBudget(u64 bytes);
+  KeptBudget(const KeptBudget&) = delete;
+  KeptBudget& operator=(const KeptBudget&) = delete;
+  ~KeptBudget();
 
  private:
-  u32 record_size_;
-  u64 records_ = 0;
-  platform::File file_;
+  u64 before_;
 };
 
 }  // namespace traguardo

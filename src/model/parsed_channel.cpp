@@ -15,23 +15,20 @@ constexpr u32 kValueAt = 8;
 // Records that a range is read in at a time.
 constexpr u64 kReadAhead = 4096;
 
-std::wstring store_name(const std::wstring& path, u32 index) {
-  std::string number = std::to_string(index);
-  if (number.size() < 3) number.insert(0, 3 - number.size(), '0');
-  return path + L"." + widen_bytes(number) + L".tmp";
-}
-
-// Walks the records of a store from the first on. `more` is false behind the last.
+// Walks the records of a store from the first on, a piece at a time. `more` is false behind the last.
 class RecordCursor {
  public:
-  RecordCursor(MemoryMappedArray* store, u64 shift) : store_(store), shift_(shift) { Advance(); }
+  RecordCursor(const MemoryMappedArray& store, u64 shift)
+      : store_(store), shift_(shift), piece_(new u8[kReadAhead * SChannelRecord::kSize]) {
+    Advance();
+  }
 
   bool more() const { return more_; }
   u64 time() const { return time_; }
   float value() const { return value_; }
 
   void Advance() {
-    if (left_ == 0 && !store_->ProssimaFinestra(&next_, &left_)) {
+    if (left_ == 0 && !NextPiece()) {
       more_ = false;
       return;
     }
@@ -42,10 +39,19 @@ class RecordCursor {
   }
 
  private:
-  MemoryMappedArray* store_;
-  u64 shift_;
-  u8* next_ = nullptr;
-  u32 left_ = 0;
+  bool NextPiece() {
+    next_ = piece_.get();
+    left_ = store_.Leggi(read_, kReadAhead, piece_.get());
+    read_ += left_;
+    return left_ != 0;
+  }
+
+  const MemoryMappedArray& store_;
+  const u64 shift_;
+  std::unique_ptr<u8[]> piece_;
+  const u8* next_ = nullptr;
+  u64 read_ = 0;
+  u64 left_ = 0;
   bool more_ = true;
   u64 time_ = 0;
   float value_ = 0;
@@ -66,13 +72,21 @@ double interpolated(const Sample& p, const Sample& c, u64 t) {
   return elapsed * (static_cast<double>(c.value) - static_cast<double>(p.value)) / span + static_cast<double>(p.value);
 }
 
+u64 grid_points(u64 step, u64 from, u64 to, u32 count) {
+  return step == 0 ? 0 : std::min<u64>((to - from) / step, count);
+}
+
+void zero_grid(u64 step, u64 from, u64 to, float* buffer, u32 count) {
+  std::fill_n(buffer, grid_points(step, from, to, count), 0.0F);
+}
+
 // The walk that both ways of resampling share. `value_at(P, C, t)` gives the value of a grid point.
 template <typename ValueAt>
-void resample(MemoryMappedArray* store, u64 shift, u64 step, u64 from, u64 to, float* buffer, u32 count,
+void resample(const MemoryMappedArray& store, u64 shift, u64 step, u64 from, u64 to, float* buffer, u32 count,
               ValueAt&& value_at) {
   RecordCursor cursor(store, shift);
-  if (!cursor.more()) return;
-  const u64 points = std::min<u64>((to - from) / step, count);
+  if (step == 0 || !cursor.more()) return;
+  const u64 points = grid_points(step, from, to, count);
   Sample p{cursor.time(), cursor.value()};
   Sample c = p;
   const auto advance_to = [&](u64 t) {
@@ -99,10 +113,8 @@ void resample(MemoryMappedArray* store, u64 shift, u64 step, u64 from, u64 to, f
 
 }  // namespace
 
-CParsedChannel::CParsedChannel(std::string name, const std::wstring& file_path, u32 channel_index, bool keep_constant)
-    : keep_constant_(keep_constant),
-      store_(store_name(file_path, channel_index), SChannelRecord::kSize, MemoryMappedArray::Modo::kAggiunta, true),
-      name_(std::move(name)) {}
+CParsedChannel::CParsedChannel(std::string name, StoreFile* file, bool keep_constant)
+    : keep_constant_(keep_constant), store_(file, SChannelRecord::kSize), name_(std::move(name)) {}
 
 bool CParsedChannel::ChiudiStore() {
   return store_.Chiudi();
@@ -166,14 +178,13 @@ bool CParsedChannel::ContaValoriEvery(u64 step, u64 from, u64 to, u32* count) {
 }
 
 u32 CParsedChannel::GetValori(double* times, double* values, int count) {
-  store_.Riapri(MemoryMappedArray::Modo::kLetturaFinestre);
   const u64 samples = store_.Numero();
   if (count < 0 || static_cast<u64>(count) < samples) return 0;
+  const std::unique_ptr<u8[]> piece(new u8[std::min(samples, kReadAhead) * SChannelRecord::kSize]);
   u64 written = 0;
-  u8* record = nullptr;
-  u32 in_window = 0;
-  while (store_.ProssimaFinestra(&record, &in_window)) {
-    for (u32 i = 0; i < in_window; ++i, ++written, record += SChannelRecord::kSize) {
+  while (const u64 got = store_.Leggi(written, kReadAhead, piece.get())) {
+    const u8* record = piece.get();
+    for (u64 i = 0; i < got; ++i, ++written, record += SChannelRecord::kSize) {
       times[written] = static_cast<double>(load_u64(record) + time_shift_) * kSecondsPerMicrosecond;
       values[written] = static_cast<double>(load_f32(record + kValueOffset));
     }
@@ -182,13 +193,13 @@ u32 CParsedChannel::GetValori(double* times, double* values, int count) {
 }
 
 // The first record whose time is not below `time`. REQUIRES: times_ascend_.
-u64 CParsedChannel::FirstNotBelow(const RecordReader& reader, u64 time) const {
+u64 CParsedChannel::FirstNotBelow(u64 time) const {
   u64 low = 0;
-  u64 high = reader.Numero();
+  u64 high = store_.Numero();
   u8 bytes[SChannelRecord::kSize];
   while (low < high) {
     const u64 middle = low + (high - low) / 2;
-    if (reader.Leggi(middle, 1, bytes) != 1) return high;
+    store_.Leggi(middle, 1, bytes);
     if (load_u64(bytes) + time_shift_ < time) {
       low = middle + 1;
     } else {
@@ -203,30 +214,25 @@ u64 CParsedChannel::FirstNotBelow(const RecordReader& reader, u64 time) const {
 // same.
 template <typename Visitor>
 void CParsedChannel::VisitRange(u64 from, u64 to, u64 most, Visitor&& visit) {
-  if (store_.GetModo() == MemoryMappedArray::Modo::kAggiunta) store_.Chiudi();
+  u64 first = 0;
+  u64 last = store_.Numero();
   if (times_ascend_) {
-    const RecordReader reader(store_);
-    const u64 first = FirstNotBelow(reader, from);
-    const u64 last = to <= from ? first : std::max(first, FirstNotBelow(reader, to));
-    const u64 wanted = std::min(last - first, most);
-    std::unique_ptr<u8[]> piece;
-    for (u64 done = 0; done < wanted;) {
-      if (piece == nullptr) piece = std::make_unique<u8[]>(std::min(wanted, kReadAhead) * SChannelRecord::kSize);
-      const u64 got = reader.Leggi(first + done, std::min(wanted - done, kReadAhead), piece.get());
-      if (got == 0) break;
-      for (u64 i = 0; i < got; ++i) visit(done + i, piece.get() + i * SChannelRecord::kSize);
-      done += got;
-    }
-    return;
+    first = FirstNotBelow(from);
+    last = to <= from ? first : std::max(first, FirstNotBelow(to));
   }
-  store_.Riapri(MemoryMappedArray::Modo::kLetturaFinestre);
+  if (first == last) return;
+  const std::unique_ptr<u8[]> piece(new u8[std::min(last - first, kReadAhead) * SChannelRecord::kSize]);
   u64 found = 0;
-  while (const u8* record = store_.Prossimo()) {
-    const u64 time = load_u64(record) + time_shift_;
-    if (time >= to) break;
-    if (time < from) continue;
-    if (found < most) visit(found, record);
-    ++found;
+  for (u64 at = first; at < last;) {
+    const u64 got = store_.Leggi(at, std::min(last - at, kReadAhead), piece.get());
+    for (u64 i = 0; i < got; ++i) {
+      const u8* record = piece.get() + i * SChannelRecord::kSize;
+      const u64 time = load_u64(record) + time_shift_;
+      if (time >= to || found == most) return;
+      if (time < from) continue;
+      visit(found++, record);
+    }
+    at += got;
   }
 }
 
@@ -242,19 +248,12 @@ u32 CParsedChannel::GetValoriRange(u64 from, u64 to, double* times, double* valu
 
 u64 CParsedChannel::GetNumValoriRange(u64 from, u64 to) {
   if (times_ascend_) {
-    if (store_.GetModo() == MemoryMappedArray::Modo::kAggiunta) store_.Chiudi();
-    const RecordReader reader(store_);
-    const u64 first = FirstNotBelow(reader, from);
-    return to <= from ? 0 : std::max(first, FirstNotBelow(reader, to)) - first;
+    const u64 first = FirstNotBelow(from);
+    return to <= from ? 0 : std::max(first, FirstNotBelow(to)) - first;
   }
   u64 found = 0;
   VisitRange(from, to, std::numeric_limits<u64>::max(), [&](u64 index, const u8*) { found = index + 1; });
   return found;
-}
-
-u64 CParsedChannel::GetNumValori() {
-  if (store_.Numero() == 0) store_.Riapri(MemoryMappedArray::Modo::kLetturaFinestre);
-  return store_.Numero();
 }
 
 bool CParsedChannel::GetValoriEvery(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count) {
@@ -265,24 +264,23 @@ bool CParsedChannel::GetValoriEvery(u64 step, u64 from, u64 to, float* buffer, u
 }
 
 bool CParsedChannel::GetValoriEveryHold(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count) {
-  store_.Riapri(MemoryMappedArray::Modo::kLetturaFinestre);
-  resample(&store_, time_shift_, step, from, to, buffer + offset, count,
+  zero_grid(step, from, to, buffer + offset, count);
+  resample(store_, time_shift_, step, from, to, buffer + offset, count,
            [](const Sample& p, const Sample&, u64) { return p.value; });
   return true;
 }
 
 bool CParsedChannel::GetValoriEveryLineare(u64 step, u64 from, u64 to, float* buffer, u32 offset, u32 count) {
-  store_.Riapri(MemoryMappedArray::Modo::kLetturaFinestre);
-  resample(&store_, time_shift_, step, from, to, buffer + offset, count,
+  zero_grid(step, from, to, buffer + offset, count);
+  resample(store_, time_shift_, step, from, to, buffer + offset, count,
            [](const Sample& p, const Sample& c, u64 t) { return static_cast<float>(interpolated(p, c, t)); });
   return true;
 }
 
 u64 CParsedChannel::GetRecord(SChannelRecord* out, u64 capacity) {
-  store_.Riapri(MemoryMappedArray::Modo::kLetturaFinestre);
   const u64 samples = store_.Numero();
   if (capacity < samples) return 0;
-  RecordCursor cursor(&store_, time_shift_);
+  RecordCursor cursor(store_, time_shift_);
   u64 copied = 0;
   for (; copied < samples && cursor.more(); ++copied, cursor.Advance()) {
     store_u64(out[copied].bytes.data(), cursor.time());
@@ -293,7 +291,6 @@ u64 CParsedChannel::GetRecord(SChannelRecord* out, u64 capacity) {
 
 void CParsedChannel::TraslaTempi(u64 from, u64 to) {
   const u64 distance = to - from;
-  store_.Chiudi();
   time_shift_ += distance;
   last_time_ = HighestTime();
   has_last_ = false;

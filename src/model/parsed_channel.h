@@ -1,5 +1,6 @@
-// A logged channel whose samples lie in a temporary file beside the session file; a session of hundreds of channels
-// with millions of samples each needs no more memory than their buffers.
+// A logged channel whose samples lie in the session's store file; a session of hundreds of channels with millions of
+// samples each needs no more memory than their buffers. What reads samples throws ReadFailure where the store can't be
+// read.
 #pragma once
 
 #include <algorithm>
@@ -16,12 +17,12 @@ class alignas(64) CParsedChannel final : public IRkChannel {
  public:
   enum Esito { kStored = 0, kMerged = 1, kRefused = 2, kOutOfMemory = 3 };
 
-  // The store is <file_path>.<index, at least three digits>.tmp; ask IsStoreValido before use. keep_constant: a run of
-  // equal values keeps its first and its last sample only. The destructor deletes the store.
-  CParsedChannel(std::string name, const std::wstring& file_path, u32 channel_index, bool keep_constant);
+  // `file` outlives the channel; ask IsStoreValido before use. keep_constant: a run of equal values keeps its first and
+  // its last sample only.
+  CParsedChannel(std::string name, StoreFile* file, bool keep_constant);
 
   bool IsStoreValido() const { return store_.IsValido(); }
-  // Ends the parse for this channel and brings the file to its content. False if something could not be written.
+  // Ends the parse for this channel. False if something could not be written.
   bool ChiudiStore();
 
   // --- IRkChannel
@@ -35,7 +36,7 @@ class alignas(64) CParsedChannel final : public IRkChannel {
   void GetTestoValore(std::string* text) const override { text->clear(); }
   float GetFrequenza() const override { return frequency_; }
   u64 GetPeriodo() const override { return period_; }
-  u64 GetNumValori() override;
+  u64 GetNumValori() override { return store_.Numero(); }
   u64 GetNumValoriRange(u64 from, u64 to) override;
   u64 GetPrimoTempo() const override { return store_.Numero() == 0 ? 0 : first_time_; }
   u64 GetUltimoTempo() const override { return store_.Numero() == 0 ? 1 : HighestTime(); }
@@ -131,7 +132,7 @@ class alignas(64) CParsedChannel final : public IRkChannel {
   }
   // Within a window times rise, so the newest record's stands for all of them.
   u64 HighestTime() const { return has_last_ ? std::max(last_time_, last_record_time_) : last_time_; }
-  u64 FirstNotBelow(const RecordReader& reader, u64 time) const;
+  u64 FirstNotBelow(u64 time) const;
   template <typename Visitor>
   void VisitRange(u64 from, u64 to, u64 most, Visitor&& visit);
 

@@ -163,9 +163,9 @@ SRkLap* CParser::GetGiro(i32 session_number, i32 lap_number) {
   return lap.get();
 }
 
-CGPSSamples* CParser::GetOCreaTracciaGps(const std::string& name, const u8* file_base) {
+CGPSSamples* CParser::GetOCreaTracciaGps(const std::string& name) {
   std::unique_ptr<CGPSSamples>& trace = traces_[name];
-  if (trace == nullptr) trace = std::make_unique<CGPSSamplesLibXml2>(file_base);
+  if (trace == nullptr) trace = std::make_unique<CGPSSamplesLibXml2>();
   return trace.get();
 }
 
@@ -219,21 +219,9 @@ void CParser::RiallineaGps(u32 reference, u16 week, u32 time_of_week) {
   for (auto& [name, trace] : traces_) trace->RiallineaGps(reference, static_cast<i16>(week), time_of_week);
 }
 
-const std::wstring& CParser::GetPercorsoStore() {
-  if (store_path_.empty()) {
-    // Seen from any working folder, as the host may change its own while the file is open.
-    const std::wstring plain = platform::absolute_path(path_);
-    // The names belong to one reader at a time, whatever file stands under the path by now. Where the claim can't be
-    // had, the names are this reader's own; where nothing can be made at all, the stores say so.
-    constexpr int kTries = 16;
-    store_path_ = plain;
-    store_claim_ = platform::Claim::take(store_path_ + L".tmp");
-    for (int i = 0; i < kTries && !store_claim_; ++i) {
-      store_path_ = plain + L"." + widen_bytes(platform::unique_token());
-      store_claim_ = platform::Claim::take(store_path_ + L".tmp");
-    }
-  }
-  return store_path_;
+StoreFile* CParser::GetFileStore() {
+  if (store_file_ == nullptr) store_file_ = std::make_unique<StoreFile>(path_);
+  return store_file_.get();
 }
 
 }  // namespace traguardo

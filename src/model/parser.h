@@ -5,9 +5,18 @@
 
 #include "gps/gps_samples.h"
 #include "model/rk_parser.h"
+#include "model/store_file.h"
 #include "support/platform/platform.h"
 
 namespace traguardo {
+
+// Why ParsaFile gave false.
+enum class ParseFailure {
+  kContent,  // no session in the file
+  kReading,  // the file could not be read to its end
+  kStore,    // no room or no place for the samples
+  kMemory,
+};
 
 class CParser : public IRkParser {
  public:
@@ -63,9 +72,8 @@ class CParser : public IRkParser {
 
   // The lap of that session and number; makes what is missing.
   SRkLap* GetGiro(i32 session, i32 lap);
-  // The trace of that name; makes it if it is missing. `file_base`: start of the mapped file, for offsets in
-  // statistics.
-  CGPSSamples* GetOCreaTracciaGps(const std::string& name, const u8* file_base);
+  // The trace of that name; makes it if it is missing.
+  CGPSSamples* GetOCreaTracciaGps(const std::string& name);
   void SetDataOra(const std::tm& when);
   void RimuoviTracceVuote();
   // The first lap starts at the file's first time, every other where the one before it ended.
@@ -79,14 +87,18 @@ class CParser : public IRkParser {
   void SetMantieniCostanti(bool keep_constant) { keep_constant_ = keep_constant; }
   bool GetMantieniCostanti() const { return keep_constant_; }
 
-  // Where this reader's sample stores lie: the file's own path, or a variant of it while another reader, here or in
-  // another process, has the same file open.
-  const std::wstring& GetPercorsoStore();
+  // What this reader's samples go to; made on first use.
+  StoreFile* GetFileStore();
+  ParseFailure failure() const {
+    return store_file_ != nullptr && store_file_->HasFailed() ? ParseFailure::kStore : failure_;
+  }
 
  protected:
   const std::map<std::string, std::unique_ptr<CGPSSamples>>& traces() const { return traces_; }
   SRkSession* current_session() const { return current_session_; }
   SessionMap& sessions() { return sessions_; }
+
+  void set_failure(ParseFailure failure) { failure_ = failure; }
 
   // Latitude and longitude of the track's reference position, each an i32 in 1e-7 degree; zero without one.
   i32 track_reference_[2] = {0, 0};
@@ -101,6 +113,8 @@ class CParser : public IRkParser {
   void SetText(std::string SRkSession::*field, const std::string& text);
   SRkSession* MakeCurrentSession();
 
+  ParseFailure failure_ = ParseFailure::kContent;
+  std::unique_ptr<StoreFile> store_file_;
   std::map<std::string, std::unique_ptr<CGPSSamples>> traces_;
   std::tm date_and_time_{};
   std::wstring path_;
@@ -111,9 +125,6 @@ class CParser : public IRkParser {
   SRkSession* current_session_ = nullptr;
   std::unique_ptr<SRkSession> session_outside_map_;
   std::list<std::wstring> temporary_files_;
-  // Holds the plain store names of the session file for this reader, so that a second one keeps away from them.
-  platform::Claim store_claim_;
-  std::wstring store_path_;
 };
 
 }  // namespace traguardo

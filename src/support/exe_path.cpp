@@ -8,11 +8,9 @@
 
 namespace traguardo {
 
-namespace {
+using platform::is_separator;
 
-bool is_separator(wchar_t c) {
-  return c == L'\\' || c == L'/';
-}
+namespace {
 
 // First each "\.\" loses its ".\", then each "\..\" goes together with the path element before it.
 std::wstring normalised(std::wstring path) {
@@ -25,8 +23,9 @@ std::wstring normalised(std::wstring path) {
   }
   for (std::size_t i = 0; i + 3 < path.size();) {
     if (is_separator(path[i]) && path[i + 1] == L'.' && path[i + 2] == L'.' && is_separator(path[i + 3])) {
-      const std::size_t before = i == 0 ? std::wstring::npos : path.find_last_of(L"\\/", i - 1);
-      const std::size_t from = before == std::wstring::npos ? 0 : before;
+      std::size_t from = i;
+      while (from > 0 && !is_separator(path[--from])) {
+      }
       path.erase(from, i + 3 - from);
       i = from;
     } else {
@@ -44,7 +43,19 @@ void lower(std::wstring* text) {
 
 }  // namespace
 
-CExePathName::CExePathName(bool lower_case) : CExePathName(platform::executable_path(), lower_case) {}
+namespace {
+
+// Where TRAGUARDO_HOME names a folder, that one stands for the executable's own.
+std::wstring executable_at_home() {
+  const std::wstring executable = platform::executable_path();
+  const std::wstring home = platform::path_from_environment("TRAGUARDO_HOME");
+  if (home.empty()) return executable;
+  return platform::path_in_folder(home, std::wstring_view(executable).substr(platform::folder_of(executable).size()));
+}
+
+}  // namespace
+
+CExePathName::CExePathName(bool lower_case) : CExePathName(executable_at_home(), lower_case) {}
 
 CExePathName::CExePathName(std::wstring path, bool lower_case) {
   if (lower_case) lower(&path);
@@ -58,7 +69,7 @@ void CExePathName::zepGetDir(std::wstring path) {
   }
   path_w_ = normalised(std::move(path));
   for (wchar_t& c : path_w_) {
-    if (c == L'\\') c = L'/';
+    if (is_separator(c)) c = L'/';
   }
   const std::size_t slash = path_w_.rfind(L'/');
   name_w_ = slash == std::wstring::npos ? path_w_ : path_w_.substr(slash + 1);

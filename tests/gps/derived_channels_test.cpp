@@ -26,7 +26,7 @@ struct Channels {
 };
 
 CGPSSamplesLibXml2 trace_of(const std::vector<SGpsRecord>& records) {
-  CGPSSamplesLibXml2 trace(nullptr);
+  CGPSSamplesLibXml2 trace;
   for (const SGpsRecord& record : records) trace.AddRecordNoClock(record);
   return trace;
 }

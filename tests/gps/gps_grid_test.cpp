@@ -56,7 +56,7 @@ void expect_filled_alike(const GpsGrid& grid, const std::vector<SGpsChannelOut>&
 void expect_twins(const Trace& description, const GridArguments& arguments) {
   SCOPED_TRACE(testing::Message() << description.name << ", step " << arguments.step << " from " << arguments.start
                                   << " to " << arguments.end);
-  auto trace = std::make_unique<CGPSSamplesLibXml2>(nullptr);
+  auto trace = std::make_unique<CGPSSamplesLibXml2>();
   for (const SGpsRecord& record : description.records) trace->AddRecordNoClock(record);
   std::vector<SGpsChannelOut> channels;
   std::vector<u64> times;
@@ -194,7 +194,7 @@ TEST(GpsGrid, IsDefinedForRecordsThatNoDriveMakes) {
 }
 
 TEST(GpsGrid, CostsRecordsAndNotTheTimeBetweenThem) {
-  CGPSSamplesLibXml2 trace(nullptr);
+  CGPSSamplesLibXml2 trace;
   for (const SGpsRecord& record : test::GpsCircle{}.records(40, 100)) trace.AddRecordNoClock(record);
   trace.AddRecordNoClock(gps_record({.time_ms = std::numeric_limits<u32>::max(), .satellites = 255}));
   // And on the right time again: behind the wild one these records are not reached.
@@ -218,7 +218,7 @@ TEST(GpsGrid, CostsRecordsAndNotTheTimeBetweenThem) {
 }
 
 TEST(GpsGrid, GivesNothingBeyondItsEnds) {
-  CGPSSamplesLibXml2 trace(nullptr);
+  CGPSSamplesLibXml2 trace;
   trace.AddRecordNoClock(gps_record({.time_ms = 20}));
   const GpsGrid grid = trace.GetGrid(10000, 0, 1);
   double time = -1.0;

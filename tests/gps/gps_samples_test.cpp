@@ -123,11 +123,12 @@ std::vector<StoreCase> store_cases() {
 TEST(CGPSSamples, StoresRecordsByItsRules) {
   for (const StoreCase& c : store_cases()) {
     SCOPED_TRACE(c.name);
-    CGPSSamplesLibXml2 trace(nullptr);
+    CGPSSamplesLibXml2 trace;
     for (std::size_t i = 0; i < c.arrivals.size(); ++i) {
       const Arrival& arrival = c.arrivals[i];
       const SGpsRecord record = gps_record(arrival.fields);
-      EXPECT_EQ(trace.AddRecord(arrival.time_us, record.bytes.data(), arrival.size), arrival.stored) << "arrival " << i;
+      EXPECT_EQ(trace.AddRecord(arrival.time_us, record.bytes.data(), arrival.size, 0), arrival.stored)
+          << "arrival " << i;
     }
     std::vector<u32> times;
     for (const SGpsRecord& record : trace.records()) times.push_back(record.logger_time_ms());
@@ -141,14 +142,11 @@ TEST(CGPSSamples, StoresRecordsByItsRules) {
   }
 }
 
-TEST(CGPSSamples, CountsOffsetsFromTheStartOfTheFile) {
-  std::vector<u8> file(400);
+TEST(CGPSSamples, NotesWhereBadRecordsStood) {
   const SGpsRecord late = gps_record({.time_ms = 90000});
-  std::copy(late.bytes.begin(), late.bytes.end(), file.begin() + 300);
-  CGPSSamplesLibXml2 trace(file.data());
-  trace.AddRecord(0, file.data() + 123, 55);
-  trace.AddRecord(20000000, file.data() + 300, 56);
-  // Rebuilt elsewhere from pieces of the file.
+  CGPSSamplesLibXml2 trace;
+  trace.AddRecord(0, late.bytes.data(), 55, 123);
+  trace.AddRecord(20000000, late.bytes.data(), 56, 300);
   const SGpsRecord later = gps_record({.time_ms = 90001});
   trace.AddRecord(20000500, later.bytes.data(), 56, 0x123456789A);
   trace.AddRecord(0, later.bytes.data(), 3, 0x123456789A);
@@ -163,7 +161,7 @@ TEST(CGPSSamples, CountsOffsetsFromTheStartOfTheFile) {
 }
 
 TEST(CGPSSamples, TakesRecordsOfTraceFilesWithoutTestingTheirClock) {
-  CGPSSamplesLibXml2 trace(nullptr);
+  CGPSSamplesLibXml2 trace;
   EXPECT_TRUE(trace.AddRecordNoClock(gps_record({.time_ms = 3600000})));
   EXPECT_FALSE(trace.AddRecordNoClock(gps_record({.time_ms = 3600000})));
   EXPECT_TRUE(trace.AddRecordNoClock(gps_record({.time_ms = 3600040})));
@@ -176,7 +174,7 @@ TEST(CGPSSamples, TakesRecordsOfTraceFilesWithoutTestingTheirClock) {
 // --- Times ---------------------------------------------------------------------------------------------------------
 
 CGPSSamplesLibXml2 trace_of(const std::vector<SGpsRecord>& records) {
-  CGPSSamplesLibXml2 trace(nullptr);
+  CGPSSamplesLibXml2 trace;
   for (const SGpsRecord& record : records) trace.AddRecordNoClock(record);
   return trace;
 }
@@ -184,7 +182,7 @@ CGPSSamplesLibXml2 trace_of(const std::vector<SGpsRecord>& records) {
 TEST(CGPSSamples, TellsItsLimitsAlsoWhenEmpty) {
   i16 week = 7;
   u32 time_of_week = 7;
-  const CGPSSamplesLibXml2 empty(nullptr);
+  const CGPSSamplesLibXml2 empty;
   EXPECT_EQ(empty.GetFirstTime(), std::numeric_limits<u64>::max());
   EXPECT_EQ(empty.GetLastTime(), 0u);
   empty.GetLastGpsTime(week, time_of_week);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -59,6 +60,26 @@ class TempFolder {
 
  private:
   std::filesystem::path path_;
+};
+
+// A variable of the environment while this lives.
+class EnvironmentVariable {
+ public:
+  EnvironmentVariable(const char* name, const std::string& value) : name_(name) { set(value); }
+  EnvironmentVariable(const EnvironmentVariable&) = delete;
+  EnvironmentVariable& operator=(const EnvironmentVariable&) = delete;
+  ~EnvironmentVariable() { set(""); }
+
+ private:
+  // An empty value takes the variable away, or is taken for that.
+  void set(const std::string& value) const {
+#ifdef _WIN32
+    ::_putenv_s(name_, value.c_str());
+#else
+    ::setenv(name_, value.c_str(), 1);
+#endif
+  }
+  const char* name_;
 };
 
 }  // namespace traguardo::test

@@ -4,6 +4,7 @@
 
 #include "helpers/gps_records.h"
 #include "helpers/parsed_session.h"
+#include "support/platform/fault_injection.h"
 
 namespace traguardo {
 namespace {
@@ -233,12 +234,38 @@ TEST(DataStream, MixedFilesOfRandomBytesEndAndLeaveNothingBehind) {
 }
 
 // A folder in the place of a store: it can't be opened, whoever the user is.
-TEST(DataStream, AStoreThatCannotBeMadeIsAFailedOpen) {
+TEST(DataStream, StoresGoWhereTheEnvironmentSaysAndNowhereIsAFailedOpen) {
   const test::TempFolder folder;
   folder.write("a.qlt", cnf({{kA, "a"}}) + frame_s(10, kA, 1) + tail());
-  std::filesystem::create_directory(folder.path() / "a.qlt.001.tmp");
-  CParserZep_2Gv4 reader(folder.wide("a.qlt"), {});
-  EXPECT_FALSE(reader.ParsaFile(nullptr));
+  for (const auto& [place, good] : {std::pair{folder.file("nowhere"), false}, {folder.path().string(), true}}) {
+    const test::EnvironmentVariable variable("TRAGUARDO_STORE_FOLDER", place);
+    CParserZep_2Gv4 reader(folder.wide("a.qlt"), {});
+    EXPECT_EQ(reader.ParsaFile(nullptr), good) << place;
+    EXPECT_EQ(reader.failure() == ParseFailure::kStore, !good);
+  }
+}
+
+// Another program cuts the session while it is read, or the disk fails.
+TEST(DataStream, AFileThatCannotBeReadToItsEndIsAFailedOpen) {
+  const test::TempFolder folder;
+  Bytes bytes = cnf({{kA, "a"}});
+  for (u32 i = 0; i < 60'000; ++i) {
+    const Bytes frame = frame_s(10 * i, kA, 1);
+    bytes.insert(bytes.end(), frame.begin(), frame.end());
+  }
+  for (const bool is_cut : {true, false}) {
+    folder.write("a.qlt", bytes + tail());
+    CParserZep_2Gv4 reader(folder.wide("a.qlt"), {});
+    if (is_cut) {
+      std::filesystem::resize_file(folder.path() / "a.qlt", 300'000);
+    } else {
+      platform::let_fail_after(platform::Operation::kRead, 2);
+    }
+    EXPECT_FALSE(reader.ParsaFile(nullptr));
+    EXPECT_EQ(reader.failure(), ParseFailure::kReading);
+    EXPECT_TRUE(is_cut || platform::let_nothing_fail());
+  }
+  EXPECT_EQ(folder.names(), std::vector<std::string>{"a.qlt"});
 }
 
 }  // namespace

@@ -5,6 +5,9 @@
 #include <random>
 
 #include "helpers/qlt_builder.h"
+#include "helpers/temp_folder.h"
+#include "logger/input_file.h"
+#include "logger/tag_scan.h"
 
 namespace traguardo {
 namespace {
@@ -15,24 +18,32 @@ using test::operator+;
 
 class Recorder : public IExternalHelper {
  public:
+  Recorder(const Bytes& bytes, std::string stop) : buffer(bytes), stop_at(std::move(stop)) {}
   bool OnTag(const SAtomTag& tag) override {
     log += "<" + tag.name + ">";
     return tag.name != stop_at;
   }
-  u32 OnUntaggedBytes(const u8* buffer, u32, u32 offset) override {
+  u32 OnUntaggedBytes(u32 offset) override {
     log += static_cast<char>(buffer[offset]);
     return buffer[offset] == '!' ? kStopWalk : 1;
   }
+  const Bytes& buffer;
   std::string log;
-  std::string stop_at = "none";
+  std::string stop_at;
 };
 
 std::string walk(const Bytes& bytes, bool* finished = nullptr, const std::string& stop_at = "none") {
-  CAtomTagDecoder decoder;
-  Recorder recorder;
-  recorder.stop_at = stop_at;
-  const bool whole = decoder.ParseAll(bytes.data(), static_cast<u32>(bytes.size()), recorder);
+  const u32 size = static_cast<u32>(bytes.size());
+  Recorder recorder(bytes, stop_at);
+  const bool whole = CAtomTagDecoder().ParseAll(bytes.data(), size, recorder);
   if (finished != nullptr) *finished = whole;
+  // A file is read by windows; what it holds is the same.
+  const test::TempFolder folder;
+  folder.write("file", bytes);
+  InputFile file(folder.wide("file"));
+  Recorder from_file(bytes, stop_at);
+  EXPECT_EQ(tags::walk(&file, size, from_file), whole);
+  EXPECT_EQ(from_file.log, recorder.log);
   return recorder.log;
 }
 
@@ -87,6 +98,19 @@ TEST(TagDecoder, FindsATagInsideABrokenOne) {
   const std::string log = walk(outer + Bytes(21));
   EXPECT_NE(log.find("<IN>"), std::string::npos) << log;
   EXPECT_EQ(log.find("<OUT>"), std::string::npos) << log;
+}
+
+// Longer than a window of the file, across the end of one, and with broken ones that claim the rest of the file.
+TEST(TagDecoder, WalksTagsOfAnyLength) {
+  const Bytes long_payload(700'000, 'p');
+  Bytes broken = test::tag("BAD", "x");
+  store_u32(broken.data() + 6, 500'000);
+  Bytes bytes = broken + Bytes(262'100, '.') + test::tag("A", Bytes(300, 'a')) + test::tag("B", long_payload) + broken;
+  bytes = bytes + test::tag("C", "c") + Bytes(21);
+  const std::string log = walk(bytes);
+  EXPECT_NE(log.find("<A><B>"), std::string::npos);
+  EXPECT_NE(log.find("<C>"), std::string::npos);
+  EXPECT_EQ(log.find("<BAD>"), std::string::npos);
 }
 
 TEST(TagDecoder, WalkEndsWhenTheHelperSaysSo) {

@@ -23,8 +23,7 @@ class Reader : public CParser {
 
   CParsedChannel* AddChannel(const std::string& name, const std::vector<std::pair<u64, float>>& samples,
                              u64 period_us = 0) {
-    auto channel =
-        std::make_unique<CParsedChannel>(name, GetPercorsoStore(), static_cast<u32>(channels_.size()), false);
+    auto channel = std::make_unique<CParsedChannel>(name, GetFileStore(), false);
     channel->SetPeriodo(period_us);
     for (const auto& [time, value] : samples) channel->AddValore(time, value);
     channel->ChiudiStore();
@@ -131,15 +130,6 @@ TEST_F(Parser, MovesEverythingAndEndsTheLastLapAtTheGivenTime) {
   EXPECT_EQ(last->end, 77777U);
   EXPECT_EQ(channel->GetNumValori(), 1U);
   EXPECT_EQ(channel->GetPrimoTempo(), 100U);
-}
-
-TEST_F(Parser, ASecondReaderOfTheSameFileUsesStoresOfItsOwn) {
-  folder_.write("a.qlt", "x");
-  EXPECT_EQ(reader_.GetPercorsoStore(), folder_.wide("a.qlt"));
-  Reader other(folder_.wide("./a.qlt"));
-  EXPECT_NE(other.GetPercorsoStore(), folder_.wide("./a.qlt"));
-  Reader third(folder_.wide("a.qlt"));
-  EXPECT_NE(third.GetPercorsoStore(), other.GetPercorsoStore());
 }
 
 TEST(SuperParser, OneReaderStartsAtZeroWithSessionsFromOne) {

@@ -16,6 +16,8 @@ constexpr u64 kAnything = std::numeric_limits<u64>::max();
 
 thread_local u32 t_last_error = 0;
 std::atomic<u64> g_disk_room{kAnything};
+std::atomic<int> g_failing{-1};
+std::atomic<u64> g_successes_left{0};
 
 bool disk_takes(u64 growth) {
   u64 room = g_disk_room.load(std::memory_order_relaxed);
@@ -31,6 +33,13 @@ bool disk_takes(u64 growth) {
 bool detail::fail_with(u32 code) {
   t_last_error = code;
   return false;
+}
+
+bool detail::may_go_on(Operation operation) {
+  if (g_failing.load(std::memory_order_relaxed) != static_cast<int>(operation)) return true;
+  if (g_successes_left.fetch_sub(1) != 0) return true;
+  g_failing = -1;
+  return fail_with(kIoError);
 }
 
 bool detail::ends_with_ignoring_case(std::wstring_view text, std::wstring_view suffix) {
@@ -53,6 +62,21 @@ void let_disk_take_anything() {
   g_disk_room = kAnything;
 }
 
+void let_fail_after(Operation operation, u64 successes) {
+  g_successes_left = successes;
+  g_failing = static_cast<int>(operation);
+}
+
+bool let_nothing_fail() {
+  return g_failing.exchange(-1) == -1;
+}
+
+std::wstring folder_of(std::wstring_view path) {
+  std::size_t end = path.size();
+  while (end > 0 && !is_separator(path[end - 1])) --end;
+  return std::wstring(path.substr(0, end));
+}
+
 File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kNone)) {}
 
 File& File::operator=(File&& other) noexcept {
@@ -67,14 +91,16 @@ File::~File() {
   close();
 }
 
-bool File::reserve(u64 bytes) {
-  u64 present = 0;
-  if (!size(&present)) return false;
-  if (present >= bytes) return true;
-  return disk_takes(bytes - present) && reserve_blocks(present, bytes);
+std::size_t File::read_at(u64 offset, void* out, std::size_t count) const {
+  return detail::may_go_on(Operation::kRead) ? read_bytes(offset, out, count) : 0;
+}
+
+void File::read_all_at(u64 offset, void* out, std::size_t count) const {
+  if (read_at(offset, out, count) != count) throw ReadFailure();
 }
 
 bool File::write_at(u64 offset, const void* bytes, std::size_t count) {
+  if (!detail::may_go_on(Operation::kWrite)) return false;
   if (g_disk_room.load(std::memory_order_relaxed) != kAnything) {
     u64 present = 0;
     if (!size(&present)) return false;
@@ -83,50 +109,12 @@ bool File::write_at(u64 offset, const void* bytes, std::size_t count) {
   return write_bytes(offset, bytes, count);
 }
 
-// Nothing to do: what was written is seen by every later reader. Stores are temporary, so no crash of the machine needs
-// to find them on the disk.
-bool File::flush() {
-  return true;
-}
-
-Claim::Claim(Claim&& other) noexcept : file_(std::move(other.file_)), path_(std::exchange(other.path_, {})) {}
-
-Claim& Claim::operator=(Claim&& other) noexcept {
-  if (this != &other) {
-    release();
-    file_ = std::move(other.file_);
-    path_ = std::exchange(other.path_, {});
-  }
-  return *this;
-}
-
-Claim::~Claim() {
-  release();
-}
-
-Mapping::Mapping(Mapping&& other) noexcept
-    : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)) {}
-
-Mapping& Mapping::operator=(Mapping&& other) noexcept {
-  if (this != &other) {
-    unmap();
-    data_ = std::exchange(other.data_, nullptr);
-    size_ = std::exchange(other.size_, 0);
-  }
-  return *this;
-}
-
-Mapping::~Mapping() {
-  unmap();
-}
-
 bool read_whole_file(const std::wstring& path, std::string* bytes, u64 limit) {
   const File file = File::open(path, Access::kRead, Share::kReadWrite, Creation::kMustExist);
   u64 size = 0;
   if (!file || !file.size(&size) || size > limit) return false;
   bytes->resize(static_cast<std::size_t>(size));
-  bytes->resize(file.read_at(0, bytes->data(), bytes->size()));
-  return true;
+  return file.read_at(0, bytes->data(), bytes->size()) == bytes->size();
 }
 
 bool write_whole_file(const std::wstring& path, std::string_view bytes) {

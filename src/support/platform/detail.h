@@ -4,12 +4,18 @@
 #include <string>
 #include <string_view>
 
+#include "support/platform/fault_injection.h"
 #include "support/platform/platform.h"
 
 namespace traguardo::platform::detail {
 
 // The system's code for a disk without room.
 extern const u32 kDiskFull;
+// The system's code for a device that failed.
+extern const u32 kIoError;
+
+// False, with an error for last_error(), where a test wants this operation to fail.
+bool may_go_on(Operation operation);
 
 // Remembers the code for last_error() and gives false.
 bool fail_with(u32 code);

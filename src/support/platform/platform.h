@@ -6,7 +6,7 @@
 #pragma once
 
 #include <ctime>
-#include <memory>
+#include <exception>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,14 +31,32 @@ std::string host_bytes_from_path(std::wstring_view path);
 std::wstring path_in_folder(std::wstring_view folder, std::wstring_view name);
 // The same place as seen from any working folder.
 std::wstring absolute_path(const std::wstring& path);
+// The folder that a path lies in, with its separator; empty for a bare name.
+std::wstring folder_of(std::wstring_view path);
+// What separates the parts of a path: a backslash is a character of names on Linux.
+bool is_separator(wchar_t c);
 // The executable of this process as the system spells it; empty if it can't be had.
 std::wstring executable_path();
+// A variable of the environment that holds a path; empty if it isn't set.
+std::wstring path_from_environment(const char* name);
 
 // --- Files -----------------------------------------------------------------------------------------------------------
 
 enum class Access { kRead, kReadWrite };
 enum class Share { kRead, kReadWrite };
-enum class Creation { kMustExist, kOpenOrCreate, kCreateOrTruncate };
+enum class Creation {
+  kMustExist,
+  kOpenOrCreate,
+  kCreateOrTruncate,
+  kMustBeNew,  // fails where anything has the name, a link that leads nowhere too
+};
+
+// A read that the system refused, or that met an end where the file had more before: thrown where a caller far up can
+// do nothing but give up.
+class ReadFailure : public std::exception {
+ public:
+  const char* what() const noexcept override { return "a file could not be read"; }
+};
 
 // The system's code of the last operation of this header that failed on this thread, for the log.
 u32 last_error();
@@ -52,68 +70,27 @@ class File {
   ~File();
 
   static File open(const std::wstring& path, Access access, Share share, Creation creation);
+  // A file to read and write that nobody else can find by a name, and that is gone with its handle, however this
+  // process ends. Where the system knows no such files it has a fresh name in that folder for as long as it lives.
+  static File create_unnamed(const std::wstring& folder);
   explicit operator bool() const { return handle_ != kNone; }
 
   bool size(u64* bytes) const;
   bool resize(u64 bytes);
-  // Makes the file at least this long and reserves its disk blocks, so that no later write to a mapping of it can meet
-  // a full disk.
-  bool reserve(u64 bytes);
   // Reads up to `count` bytes; the number read, short at the end of the file or on an error.
   std::size_t read_at(u64 offset, void* out, std::size_t count) const;
+  // Reads exactly `count` bytes. Throws ReadFailure if they can't be had.
+  void read_all_at(u64 offset, void* out, std::size_t count) const;
   // All or nothing: false if not every byte was written.
   bool write_at(u64 offset, const void* bytes, std::size_t count);
-  bool flush();
   bool close();
 
  private:
-  friend class Mapping;
-  friend class Claim;
-  bool reserve_blocks(u64 present, u64 bytes);
+  std::size_t read_bytes(u64 offset, void* out, std::size_t count) const;
   bool write_bytes(u64 offset, const void* bytes, std::size_t count);
 
   static constexpr std::intptr_t kNone = -1;
   std::intptr_t handle_ = kNone;
-};
-
-// A name that one holder at a time has, in this process and in all others: an empty file, gone when it is given back.
-class Claim {
- public:
-  Claim() = default;
-  Claim(Claim&& other) noexcept;
-  Claim& operator=(Claim&& other) noexcept;
-  ~Claim();
-
-  // An empty Claim if somebody else has the name, or if the file can't be made.
-  static Claim take(const std::wstring& path);
-  explicit operator bool() const { return static_cast<bool>(file_); }
-  void release();
-
- private:
-  File file_;
-  std::wstring path_;
-};
-
-// A mapped stretch of a file. Outlives the File that it was made from.
-class Mapping {
- public:
-  Mapping() = default;
-  Mapping(Mapping&& other) noexcept;
-  Mapping& operator=(Mapping&& other) noexcept;
-  ~Mapping();
-
-  // `offset` is a multiple of kAllocationGranularity. An empty Mapping on failure.
-  static Mapping map(const File& file, u64 offset, std::size_t length, bool writable);
-  // Tells the system that the bytes will be read once, from front to back.
-  void expect_sequential_reading();
-  u8* data() const { return data_; }
-  std::size_t size() const { return size_; }
-  explicit operator bool() const { return data_ != nullptr; }
-  bool unmap();
-
- private:
-  u8* data_ = nullptr;
-  std::size_t size_ = 0;
 };
 
 bool file_exists(const std::wstring& path);

@@ -1,7 +1,5 @@
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/file.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,9 +23,18 @@ bool is_folder(const std::string& path) {
   return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
+int open_descriptor(const std::string& path, int flags, mode_t mode) {
+  int descriptor;
+  do {
+    descriptor = ::open(path.c_str(), flags, mode);
+  } while (descriptor < 0 && errno == EINTR);
+  return descriptor;
+}
+
 }  // namespace
 
 const u32 detail::kDiskFull = ENOSPC;
+const u32 detail::kIoError = EIO;
 
 std::wstring path_from_host_bytes(std::string_view bytes) {
   return widen_bytes(bytes);
@@ -66,17 +73,24 @@ std::wstring executable_path() {
   }
 }
 
+bool is_separator(wchar_t c) {
+  return c == L'/';
+}
+
+std::wstring path_from_environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::wstring() : widen_bytes(value);
+}
+
 File File::open(const std::wstring& path, Access access, Share, Creation creation) {
-  // Sharing between readers and writers is no concept of this system; a Claim stands in where data is at stake.
-  // Opening a pipe must not wait for its other end.
+  // Sharing between readers and writers is no concept of this system. Opening a pipe must not wait for its other end.
   int flags = O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (access == Access::kRead ? O_RDONLY : O_RDWR);
   if (creation == Creation::kOpenOrCreate) flags |= O_CREAT;
   if (creation == Creation::kCreateOrTruncate) flags |= O_CREAT | O_TRUNC;
+  if (creation == Creation::kMustBeNew) flags |= O_CREAT | O_EXCL;
   File file;
-  int descriptor;
-  do {
-    descriptor = ::open(host_bytes_from_path(path).c_str(), flags, 0666);
-  } while (descriptor < 0 && errno == EINTR);
+  if (!detail::may_go_on(Operation::kOpen)) return file;
+  const int descriptor = open_descriptor(host_bytes_from_path(path), flags, 0666);
   if (descriptor < 0) {
     failed();
     return file;
@@ -92,7 +106,26 @@ File File::open(const std::wstring& path, Access access, Share, Creation creatio
   return file;
 }
 
+File File::create_unnamed(const std::wstring& folder) {
+  File file;
+  if (!detail::may_go_on(Operation::kOpen)) return file;
+  const std::string where = folder.empty() ? "." : host_bytes_from_path(folder);
+  int descriptor = open_descriptor(where, O_TMPFILE | O_EXCL | O_RDWR | O_CLOEXEC, 0600);
+  // Some file systems have no files without a name: one that nobody has is taken and given up at once.
+  constexpr int kTries = 16;
+  for (int i = 0; descriptor < 0 && i < kTries && errno != ENOENT && errno != EACCES && errno != EROFS; ++i) {
+    const std::string path =
+        host_bytes_from_path(path_in_folder(widen_bytes(where), L"." + widen_bytes(unique_token()) + L".tmp"));
+    descriptor = open_descriptor(path, O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0600);
+    if (descriptor >= 0) ::unlink(path.c_str());
+  }
+  if (descriptor < 0) failed();
+  file.handle_ = descriptor < 0 ? kNone : descriptor;
+  return file;
+}
+
 bool File::size(u64* bytes) const {
+  if (!detail::may_go_on(Operation::kSize)) return false;
   struct stat info;
   if (::fstat(static_cast<int>(handle_), &info) != 0) return failed();
   *bytes = static_cast<u64>(info.st_size);
@@ -100,29 +133,11 @@ bool File::size(u64* bytes) const {
 }
 
 bool File::resize(u64 bytes) {
+  if (!detail::may_go_on(Operation::kResize)) return false;
   return ::ftruncate(static_cast<int>(handle_), static_cast<off_t>(bytes)) == 0 || failed();
 }
 
-bool File::reserve_blocks(u64 present, u64 bytes) {
-  const int descriptor = static_cast<int>(handle_);
-  const int code = ::posix_fallocate(descriptor, static_cast<off_t>(present), static_cast<off_t>(bytes - present));
-  if (code == 0) return true;
-  if (code != EOPNOTSUPP && code != EINVAL && code != ENOSYS) {
-    // What a refused reservation took already goes back at once, so that others can have it.
-    if (::ftruncate(descriptor, static_cast<off_t>(present)) != 0) return failed();
-    return detail::fail_with(static_cast<u32>(code));
-  }
-  // A file system without reservations: zeros written by hand take their blocks.
-  static constexpr char kZeros[4096] = {};
-  for (u64 at = present; at < bytes;) {
-    const std::size_t piece = static_cast<std::size_t>(std::min<u64>(sizeof kZeros, bytes - at));
-    if (!write_bytes(at, kZeros, piece)) return false;
-    at += piece;
-  }
-  return true;
-}
-
-std::size_t File::read_at(u64 offset, void* out, std::size_t count) const {
+std::size_t File::read_bytes(u64 offset, void* out, std::size_t count) const {
   std::size_t done = 0;
   while (done < count) {
     const ssize_t got = ::pread(static_cast<int>(handle_), static_cast<char*>(out) + done, count - done,
@@ -148,59 +163,9 @@ bool File::write_bytes(u64 offset, const void* bytes, std::size_t count) {
   return true;
 }
 
-Claim Claim::take(const std::wstring& path) {
-  Claim claim;
-  for (;;) {
-    File file = File::open(path, Access::kReadWrite, Share::kRead, Creation::kOpenOrCreate);
-    if (!file) return claim;
-    if (::flock(static_cast<int>(file.handle_), LOCK_EX | LOCK_NB) != 0) {
-      failed();
-      return claim;
-    }
-    // Its last holder may have removed the file between the opening and the lock: then the lock is worth nothing.
-    struct stat locked;
-    struct stat named;
-    if (::fstat(static_cast<int>(file.handle_), &locked) != 0) return claim;
-    if (::stat(host_bytes_from_path(path).c_str(), &named) != 0) continue;
-    if (named.st_ino != locked.st_ino || named.st_dev != locked.st_dev) continue;
-    claim.file_ = std::move(file);
-    claim.path_ = path;
-    return claim;
-  }
-}
-
-// The name goes before the lock, so that nobody gets a lock on a file that is about to go.
-void Claim::release() {
-  if (!file_) return;
-  delete_file(path_);
-  file_.close();
-}
-
 bool File::close() {
   if (handle_ == kNone) return true;
   return ::close(static_cast<int>(std::exchange(handle_, kNone))) == 0 || failed();
-}
-
-Mapping Mapping::map(const File& file, u64 offset, std::size_t length, bool writable) {
-  Mapping mapping;
-  void* data = ::mmap(nullptr, length, writable ? PROT_READ | PROT_WRITE : PROT_READ, MAP_SHARED,
-                      static_cast<int>(file.handle_), static_cast<off_t>(offset));
-  if (data == MAP_FAILED) {
-    failed();
-    return mapping;
-  }
-  mapping.data_ = static_cast<u8*>(data);
-  mapping.size_ = length;
-  return mapping;
-}
-
-void Mapping::expect_sequential_reading() {
-  if (data_ != nullptr) ::madvise(data_, size_, MADV_SEQUENTIAL);
-}
-
-bool Mapping::unmap() {
-  if (data_ == nullptr) return true;
-  return ::munmap(std::exchange(data_, nullptr), std::exchange(size_, 0)) == 0 || failed();
 }
 
 bool file_exists(const std::wstring& path) {
@@ -209,6 +174,7 @@ bool file_exists(const std::wstring& path) {
 }
 
 bool delete_file(const std::wstring& path) {
+  if (!detail::may_go_on(Operation::kDelete)) return false;
   return ::unlink(host_bytes_from_path(path).c_str()) == 0 || failed();
 }
 
@@ -238,6 +204,7 @@ bool copy_file(const std::wstring& from, const std::wstring& to) {
 }
 
 bool rename_file(const std::wstring& from, const std::wstring& to) {
+  if (!detail::may_go_on(Operation::kRename)) return false;
   return std::rename(host_bytes_from_path(from).c_str(), host_bytes_from_path(to).c_str()) == 0 || failed();
 }
 

@@ -27,10 +27,6 @@ std::wstring decoded(std::string_view bytes, UINT code_page, DWORD flags) {
   return wide;
 }
 
-bool is_separator(wchar_t c) {
-  return c == L'\\' || c == L'/';
-}
-
 bool is_folder(const std::wstring& path) {
   const DWORD attributes = GetFileAttributesW(path.c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
@@ -46,6 +42,19 @@ OVERLAPPED position(u64 offset) {
 }  // namespace
 
 const u32 detail::kDiskFull = ERROR_DISK_FULL;
+const u32 detail::kIoError = ERROR_READ_FAULT;
+
+bool is_separator(wchar_t c) {
+  return c == L'\\' || c == L'/';
+}
+
+std::wstring path_from_environment(const char* name) {
+  const std::wstring wide = widen_bytes(name);
+  std::wstring value(GetEnvironmentVariableW(wide.c_str(), nullptr, 0), L'\0');
+  if (!value.empty())
+    value.resize(GetEnvironmentVariableW(wide.c_str(), value.data(), static_cast<DWORD>(value.size())));
+  return value;
+}
 
 std::wstring path_from_host_bytes(std::string_view bytes) {
   const std::wstring utf8 = decoded(bytes, CP_UTF8, MB_ERR_INVALID_CHARS);
@@ -97,7 +106,9 @@ File File::open(const std::wstring& path, Access access, Share share, Creation c
   DWORD how = OPEN_EXISTING;
   if (creation == Creation::kOpenOrCreate) how = OPEN_ALWAYS;
   if (creation == Creation::kCreateOrTruncate) how = CREATE_ALWAYS;
+  if (creation == Creation::kMustBeNew) how = CREATE_NEW;
   File file;
+  if (!detail::may_go_on(Operation::kOpen)) return file;
   const HANDLE handle = CreateFileW(path.c_str(), wanted, shared, nullptr, how, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (handle == INVALID_HANDLE_VALUE) {
     failed();
@@ -113,7 +124,26 @@ File File::open(const std::wstring& path, Access access, Share share, Creation c
   return file;
 }
 
+File File::create_unnamed(const std::wstring& folder) {
+  File file;
+  if (!detail::may_go_on(Operation::kOpen)) return file;
+  const std::wstring where = folder.empty() ? L"." : folder;
+  constexpr int kTries = 16;
+  for (int i = 0; i < kTries && !file; ++i) {
+    const std::wstring path = path_in_folder(where, widen_bytes(unique_token()) + L".tmp");
+    const HANDLE handle = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_DELETE, nullptr,
+                                      CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (handle != INVALID_HANDLE_VALUE) {
+      file.handle_ = reinterpret_cast<std::intptr_t>(handle);
+    } else if (failed() || (last_error() != ERROR_FILE_EXISTS && last_error() != ERROR_ALREADY_EXISTS)) {
+      break;
+    }
+  }
+  return file;
+}
+
 bool File::size(u64* bytes) const {
+  if (!detail::may_go_on(Operation::kSize)) return false;
   LARGE_INTEGER length;
   if (!GetFileSizeEx(as_handle(handle_), &length)) return failed();
   *bytes = static_cast<u64>(length.QuadPart);
@@ -121,18 +151,14 @@ bool File::size(u64* bytes) const {
 }
 
 bool File::resize(u64 bytes) {
+  if (!detail::may_go_on(Operation::kResize)) return false;
   LARGE_INTEGER where;
   where.QuadPart = static_cast<LONGLONG>(bytes);
   if (!SetFilePointerEx(as_handle(handle_), where, nullptr, FILE_BEGIN)) return failed();
   return SetEndOfFile(as_handle(handle_)) || failed();
 }
 
-// Setting the end of a plain file takes its blocks on this system.
-bool File::reserve_blocks(u64, u64 bytes) {
-  return resize(bytes);
-}
-
-std::size_t File::read_at(u64 offset, void* out, std::size_t count) const {
+std::size_t File::read_bytes(u64 offset, void* out, std::size_t count) const {
   std::size_t done = 0;
   while (done < count) {
     OVERLAPPED at = position(offset + done);
@@ -161,56 +187,9 @@ bool File::write_bytes(u64 offset, const void* bytes, std::size_t count) {
   return true;
 }
 
-// Shared with nobody, and gone with its handle.
-Claim Claim::take(const std::wstring& path) {
-  Claim claim;
-  const HANDLE handle = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr, OPEN_ALWAYS,
-                                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-  if (handle == INVALID_HANDLE_VALUE) {
-    failed();
-    return claim;
-  }
-  claim.file_.handle_ = reinterpret_cast<std::intptr_t>(handle);
-  claim.path_ = path;
-  return claim;
-}
-
-void Claim::release() {
-  file_.close();
-}
-
 bool File::close() {
   if (handle_ == kNone) return true;
   return CloseHandle(as_handle(std::exchange(handle_, kNone))) || failed();
-}
-
-Mapping Mapping::map(const File& file, u64 offset, std::size_t length, bool writable) {
-  Mapping mapping;
-  const HANDLE section =
-      CreateFileMappingW(as_handle(file.handle_), nullptr, writable ? PAGE_READWRITE : PAGE_READONLY, 0, 0, nullptr);
-  if (section == nullptr) {
-    failed();
-    return mapping;
-  }
-  void* data = MapViewOfFile(section, writable ? FILE_MAP_WRITE : FILE_MAP_READ, static_cast<DWORD>(offset >> 32),
-                             static_cast<DWORD>(offset & 0xFFFFFFFF), length);
-  if (data == nullptr) {
-    failed();
-  } else {
-    mapping.data_ = static_cast<u8*>(data);
-    mapping.size_ = length;
-  }
-  // The view keeps the section alive.
-  CloseHandle(section);
-  return mapping;
-}
-
-void Mapping::expect_sequential_reading() {}
-
-bool Mapping::unmap() {
-  if (data_ == nullptr) return true;
-  size_ = 0;
-  return UnmapViewOfFile(std::exchange(data_, nullptr)) || failed();
 }
 
 bool file_exists(const std::wstring& path) {
@@ -218,6 +197,7 @@ bool file_exists(const std::wstring& path) {
 }
 
 bool delete_file(const std::wstring& path) {
+  if (!detail::may_go_on(Operation::kDelete)) return false;
   return DeleteFileW(path.c_str()) || failed();
 }
 
@@ -226,6 +206,7 @@ bool copy_file(const std::wstring& from, const std::wstring& to) {
 }
 
 bool rename_file(const std::wstring& from, const std::wstring& to) {
+  if (!detail::may_go_on(Operation::kRename)) return false;
   return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) || failed();
 }
 
