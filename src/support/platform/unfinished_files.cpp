@@ -1,0 +1,356 @@
+#include "support/platform/unfinished_files.h"
+
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <new>
+#include <random>
+#include <utility>
+
+#include "support/platform/detail.h"
+
+namespace traguardo::platform {
+
+namespace {
+
+#ifdef _WIN32
+using PathText = std::wstring;
+using ProcessId = DWORD;
+
+ProcessId this_process() noexcept {
+  return ::GetCurrentProcessId();
+}
+PathText path_text(const std::wstring& path) {
+  return path;
+}
+void remove_now(const PathText& path) noexcept {
+  if (::DeleteFileW(path.c_str()) == 0) ::RemoveDirectoryW(path.c_str());
+}
+bool failed() {
+  return detail::fail_with(::GetLastError());
+}
+bool is_separator(wchar_t c) {
+  return c == L'/' || c == L'\\' || c == L':';
+}
+#else
+using PathText = std::string;
+using ProcessId = pid_t;
+
+ProcessId this_process() noexcept {
+  return ::getpid();
+}
+PathText path_text(const std::wstring& path) {
+  return host_bytes_from_path(path);
+}
+void remove_now(const PathText& path) noexcept {
+  if (::unlink(path.c_str()) != 0) ::rmdir(path.c_str());
+}
+bool failed() {
+  return detail::fail_with(static_cast<u32>(errno));
+}
+bool is_separator(wchar_t c) {
+  return c == L'/';
+}
+#endif
+
+// --- The registry ----------------------------------------------------------------------------------------------------
+
+struct Entry {
+  ProcessId owner;
+  PathText path;
+};
+
+// Whoever takes an entry out of its place owns it, so that no two touch it at a time.
+std::array<std::atomic<Entry*>, 64> g_entries;
+static_assert(std::atomic<Entry*>::is_always_lock_free);
+
+int enter(const std::wstring& path) {
+  Entry* const entry = new (std::nothrow) Entry{this_process(), path_text(absolute_path(path))};
+  if (entry == nullptr) return -1;
+  for (std::size_t i = 0; i < g_entries.size(); ++i) {
+    Entry* none = nullptr;
+    if (g_entries[i].compare_exchange_strong(none, entry)) return static_cast<int>(i);
+  }
+  delete entry;
+  return -1;
+}
+
+}  // namespace
+
+UnfinishedFile::UnfinishedFile(const std::wstring& path) : place_(enter(path)) {}
+
+UnfinishedFile::UnfinishedFile(UnfinishedFile&& other) noexcept : place_(std::exchange(other.place_, kNotEntered)) {}
+
+UnfinishedFile& UnfinishedFile::operator=(UnfinishedFile&& other) noexcept {
+  if (this != &other) {
+    end();
+    place_ = std::exchange(other.place_, kNotEntered);
+  }
+  return *this;
+}
+
+UnfinishedFile::~UnfinishedFile() {
+  end();
+}
+
+void UnfinishedFile::end() noexcept {
+  const int place = std::exchange(place_, kNotEntered);
+  if (place != kNotEntered) delete g_entries[static_cast<std::size_t>(place)].exchange(nullptr);
+}
+
+void remove_all_unfinished() noexcept {
+  for (std::size_t i = g_entries.size(); i-- > 0;) {
+    const Entry* const entry = g_entries[i].exchange(nullptr);
+    // Not given back: this is no moment for the heap.
+    if (entry != nullptr && entry->owner == this_process()) remove_now(entry->path);
+  }
+}
+
+// --- The end of the process ------------------------------------------------------------------------------------------
+
+#ifdef _WIN32
+
+namespace {
+
+BOOL WINAPI end_by_event(DWORD event) {
+  constexpr UINT kHangUp = 128 + 1;
+  constexpr UINT kInterrupt = 128 + 2;
+  remove_all_unfinished();
+  ::TerminateProcess(::GetCurrentProcess(), event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT ? kInterrupt : kHangUp);
+  return TRUE;
+}
+
+}  // namespace
+
+void remove_unfinished_when_killed() {
+  ::SetConsoleCtrlHandler(end_by_event, TRUE);
+}
+
+#else
+
+namespace {
+
+extern "C" void end_by_signal(int number) {
+  remove_all_unfinished();
+  ::_exit(128 + number);
+}
+
+}  // namespace
+
+void remove_unfinished_when_killed() {
+  for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM}) {
+    struct sigaction present;
+    if (::sigaction(number, nullptr, &present) != 0 || present.sa_handler == SIG_IGN) continue;
+    struct sigaction action {};
+    action.sa_handler = end_by_signal;
+    ::sigfillset(&action.sa_mask);
+    ::sigaction(number, &action, nullptr);
+  }
+  ::signal(SIGXFSZ, SIG_IGN);
+}
+
+#endif
+
+// --- Files on their way ----------------------------------------------------------------------------------------------
+
+namespace {
+
+// TARGET.traguardo-0123456789abcdef.part
+constexpr std::wstring_view kMiddle = L".traguardo-";
+constexpr std::wstring_view kEnding = L".part";
+constexpr std::size_t kTokenLength = 16;
+constexpr std::wstring_view kDigits = L"0123456789abcdef";
+
+std::size_t name_begin(const std::wstring& path) {
+  return static_cast<std::size_t>(
+      std::find_if(path.rbegin(), path.rend(), [](wchar_t c) { return is_separator(c); }).base() - path.begin());
+}
+
+// What stands in front of the token in a name; a long name of the target is cut, as names have a longest length.
+std::wstring name_stem(const std::wstring& target) {
+  constexpr std::size_t kLongest = 200;
+  return target.substr(name_begin(target), kLongest).append(kMiddle);
+}
+
+bool is_token(std::wstring_view text) {
+  return text.size() == kTokenLength && text.find_first_not_of(kDigits) == std::wstring_view::npos;
+}
+
+#ifdef _WIN32
+
+// Nobody may open the file while a living process has it.
+void remove_if_dead(const std::wstring& path) {
+  const HANDLE file =
+      ::CreateFileW(path.c_str(), DELETE, 0, nullptr, OPEN_EXISTING, FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+  if (file != INVALID_HANDLE_VALUE) ::CloseHandle(file);
+}
+
+#else
+
+bool is_still_named(int descriptor, const std::string& path) {
+  struct stat open;
+  struct stat named;
+  return ::fstat(descriptor, &open) == 0 && ::lstat(path.c_str(), &named) == 0 && S_ISREG(named.st_mode) &&
+         open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+}
+
+// A lock dies with its process, wherever that ran.
+void remove_if_dead(const std::wstring& path) {
+  const std::string bytes = host_bytes_from_path(path);
+  const int descriptor = ::open(bytes.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  if (descriptor < 0) return;
+  if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && is_still_named(descriptor, bytes)) ::unlink(bytes.c_str());
+  ::close(descriptor);
+}
+
+#endif
+
+void remove_dead_parts(const std::wstring& target) {
+  const std::wstring folder = target.substr(0, name_begin(target));
+  const std::wstring stem = name_stem(target);
+  for (const std::wstring& name : list_files(folder, kEnding)) {
+    if (!name.starts_with(stem) || !name.ends_with(kEnding) || name.size() < stem.size() + kEnding.size()) continue;
+    const std::wstring_view token = std::wstring_view(name).substr(stem.size());
+    if (is_token(token.substr(0, token.size() - kEnding.size()))) remove_if_dead(folder + name);
+  }
+}
+
+}  // namespace
+
+std::wstring random_token() {
+  std::random_device random;
+  std::wstring token;
+  for (std::size_t i = 0; i < kTokenLength; ++i) token.push_back(kDigits[random() % kDigits.size()]);
+  return token;
+}
+
+bool PartFile::begin(const std::wstring& target) {
+  constexpr int kTries = 100;
+  target_ = target;
+  remove_dead_parts(target);
+  const std::wstring stem = target.substr(0, name_begin(target)) + name_stem(target);
+  for (int i = 0; i < kTries; ++i) {
+    if (begin_as(std::wstring(stem).append(random_token()).append(kEnding))) return true;
+    if (last_error() != 0) return false;
+  }
+  return false;
+}
+
+PartFile::~PartFile() {
+  give_up();
+}
+
+#ifdef _WIN32
+
+// Others may delete it, as the handler of an event does, but not open it for that by themselves.
+bool PartFile::begin_as(const std::wstring& path) {
+  mark_ = UnfinishedFile(path);
+  const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_DELETE, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) {
+    const u32 code = ::GetLastError();
+    mark_.end();
+    return detail::fail_with(code == ERROR_FILE_EXISTS ? 0 : code);
+  }
+  path_ = path;
+  stream_ = ::_fdopen(::_open_osfhandle(reinterpret_cast<std::intptr_t>(file), _O_WRONLY), "wb");
+  return stream_ != nullptr;
+}
+
+bool PartFile::finish() {
+  const bool good = std::fflush(stream_) == 0 && std::ferror(stream_) == 0;
+  return std::fclose(std::exchange(stream_, nullptr)) == 0 && good;
+}
+
+bool PartFile::take_place() {
+  if (::MoveFileExW(path_.c_str(), target_.c_str(), MOVEFILE_REPLACE_EXISTING) == 0) return failed();
+  path_.clear();
+  mark_.end();
+  return true;
+}
+
+void PartFile::give_up() {
+  if (stream_ != nullptr) std::fclose(std::exchange(stream_, nullptr));
+  if (!path_.empty()) ::DeleteFileW(std::exchange(path_, {}).c_str());
+  mark_.end();
+}
+
+#else
+
+bool PartFile::begin_as(const std::wstring& path) {
+  const std::string bytes = host_bytes_from_path(path);
+  mark_ = UnfinishedFile(path);
+  const int descriptor = ::open(bytes.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (descriptor < 0) {
+    const u32 code = static_cast<u32>(errno);
+    mark_.end();
+    return detail::fail_with(code == EEXIST ? 0 : code);
+  }
+  path_ = path;
+  // Whoever looks for dead parts may have come between; a file system without locks has nobody who would.
+  const bool has_rival = ::flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  if (has_rival || !is_still_named(descriptor, bytes)) {
+    ::close(descriptor);
+    give_up();
+    return detail::fail_with(0);
+  }
+  // The lock belongs to both, and outlives the stream.
+  life_ = ::fcntl(descriptor, F_DUPFD_CLOEXEC, 3);
+  stream_ = ::fdopen(descriptor, "wb");
+  if (life_ >= 0 && stream_ != nullptr) return true;
+  failed();
+  if (stream_ == nullptr) ::close(descriptor);
+  give_up();
+  return false;
+}
+
+bool PartFile::finish() {
+  errno = 0;
+  const bool flushed = std::fflush(stream_) == 0 && std::ferror(stream_) == 0;
+  const int code = errno;
+  if (std::fclose(std::exchange(stream_, nullptr)) != 0) return failed();
+  return flushed || detail::fail_with(static_cast<u32>(code));
+}
+
+bool PartFile::take_place() {
+  const std::string target = host_bytes_from_path(target_);
+  struct stat present;
+  if (::stat(target.c_str(), &present) == 0) {
+    const int descriptor = static_cast<int>(life_);
+    // Only the superuser can give a file away; others keep its group, where it is one of theirs. A file system that
+    // knows no such things has nothing to keep.
+    bool kept = ::fchown(descriptor, present.st_uid, present.st_gid) == 0;
+    kept = kept || ::fchown(descriptor, static_cast<uid_t>(-1), present.st_gid) == 0;
+    kept = ::fchmod(descriptor, present.st_mode & (kept ? 07777U : 0777U)) == 0;
+    static_cast<void>(kept);
+  }
+  if (std::rename(host_bytes_from_path(path_).c_str(), target.c_str()) != 0) return failed();
+  path_.clear();
+  give_up();
+  return true;
+}
+
+void PartFile::give_up() {
+  if (stream_ != nullptr) std::fclose(std::exchange(stream_, nullptr));
+  if (!path_.empty()) delete_file(std::exchange(path_, {}));
+  mark_.end();
+  if (life_ >= 0) ::close(static_cast<int>(std::exchange(life_, -1)));
+}
+
+#endif
+
+}  // namespace traguardo::platform
