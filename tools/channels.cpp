@@ -62,9 +62,8 @@ void show_channels(const ChannelsOptions& options) {
       row["max"] = figures.samples == 0 ? Json() : json_number(figures.max);
       json.push_back(row);
     } else {
-      table.add_row({std::to_string(channel.index), to_utf8(channel.name), readable_unit(channel.unit),
-                     std::to_string(figures.samples), fmt::format("{:.4g}", figures.rate_hz),
-                     figures.samples == 0 ? "-" : shortest_f32(figures.min),
+      table.add_row({std::to_string(channel.index), channel.name, channel.unit, std::to_string(figures.samples),
+                     fmt::format("{:.4g}", figures.rate_hz), figures.samples == 0 ? "-" : shortest_f32(figures.min),
                      figures.samples == 0 ? "-" : shortest_f32(figures.max)});
     }
   }

@@ -20,11 +20,13 @@
 #include "commands.h"
 #include "failure.h"
 #include "input_file.h"
+#include "inputs.h"
 #include "merged_session.h"
 #include "regulation/boost_limit.h"
 #include "regulation/config_file.h"
 #include "regulation/limiter.h"
 #include "support/platform/platform.h"
+#include "terminal.h"
 #include "text.h"
 
 namespace traguardo::tool {
@@ -43,21 +45,39 @@ struct Workplace {
   std::string configuration;
   std::wstring folder;
   std::string report;
+  std::string remark;  // a line about the session, or nothing
 };
 
+// The rules name channels as loggers of the older family do.
+std::string remark_on(const std::string& session) {
+  if (lower_ending(session) == ".wmp") return {};
+  return "Note: these regulations are made for .wmp sessions; channels of other names are not found in this one\n";
+}
+
 // Names as the calculators have them, with a backslash in front. They know their configuration by its name alone.
-Workplace workplace_of(const std::string& configuration, std::wstring_view name, std::wstring_view report_name) {
+Workplace workplace_of(const CheckOptions& options, std::wstring_view name, std::wstring_view report_name) {
+  const std::string& configuration = options.fia.empty() ? options.fmi : options.fia;
   const fs::path path(configuration);
   const std::string wanted = platform::host_bytes_from_path(name.substr(1));
   if (path.filename().string() != wanted) {
     throw Failure(fmt::format("the configuration file must have the name {}, unlike {}", wanted, configuration));
   }
   require_readable(configuration);
+  const std::string report = (path.parent_path() / platform::host_bytes_from_path(report_name.substr(1))).string();
+  Inputs inputs;
+  inputs.add_session(options.file);
+  if (options.fia.empty()) {
+    inputs.add(configuration);
+  } else {
+    inputs.add_boost_configuration(configuration);
+  }
+  inputs.refuse(report);
   const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
   Workplace place;
   place.configuration = configuration;
   place.folder = platform::path_from_host_bytes(folder.string());
-  place.report = (path.parent_path() / platform::host_bytes_from_path(report_name.substr(1))).string();
+  place.report = report;
+  place.remark = remark_on(options.file);
   return place;
 }
 
@@ -106,7 +126,9 @@ struct Verdict {
   bool left_out = false;
   bool failed = false;
 
-  void add(const SessionRun& run, std::string_view text) { lines += fmt::format("Run {}: {}\n", run.number, text); }
+  void add(const SessionRun& run, std::string_view text) {
+    lines += fmt::format("Run {}: {}\n", run.number, cell(text));
+  }
 };
 
 // Outputs are not-a-number until a calculator fills them.
@@ -126,7 +148,7 @@ int conclude(const Verdict& verdict, const std::string& over, const std::string&
   if (verdict.left_out && (verdict.over || verdict.within)) text += ", as far as it was computed";
   std::error_code problem;
   text += fs::exists(place.report, problem) ? "\nReport: " : "\nReport that could not be written: ";
-  print_out(text + to_utf8(place.report) + "\n");
+  print_out(text + cell(to_utf8(place.report)) + "\n" + place.remark);
   if (verdict.over) return kOverLimits;
   if (verdict.failed) throw Failure("the check could not be computed for every run of the session");
   return kWithinLimits;
@@ -142,7 +164,7 @@ std::function<bool(const std::string& name)> mentioned_in(const std::string& con
 // --- Boost limit -----------------------------------------------------------------------------------------------------
 
 int check_boost_limit(const CheckOptions& options) {
-  const Workplace place = workplace_of(options.fia, kBoostConfigurationName, kBoostReportName);
+  const Workplace place = workplace_of(options, kBoostConfigurationName, kBoostReportName);
   const Session session(options.file);
   MergedSession view(session, place.folder, mentioned_in(place.configuration));
   const auto output = [&view](const char* name) { return static_cast<i32>(view.add_output(name, kOutputPeriodMs)); };
@@ -214,7 +236,7 @@ Verdict run_limiter(MergedSession* view, std::size_t output, const Workplace& pl
 }
 
 int check_limiter(const CheckOptions& options) {
-  const Workplace place = workplace_of(options.fmi, kLimiterConfigurationName, kLimiterReportName);
+  const Workplace place = workplace_of(options, kLimiterConfigurationName, kLimiterReportName);
   const Session session(options.file);
   MergedSession view(session, place.folder, [](const std::string& name) { return name == kEngineName; });
   const std::size_t output = view.add_output("FMI_Limiter", engine_period_ms(view));
@@ -225,7 +247,8 @@ int check_limiter(const CheckOptions& options) {
   if (whole_text(place.configuration) != before) {
     // The logger had no section, and its first run went by while one was written.
     verdict = run_limiter(&view, output, place, &seconds);
-    verdict.lines += fmt::format("A section for logger {} was added to {}\n", view.logger_id(), place.configuration);
+    verdict.lines +=
+        fmt::format("A section for logger {} was added to {}\n", view.logger_id(), cell(to_utf8(place.configuration)));
   }
   return conclude(verdict, fmt::format("the engine was over its limit for {:g} s", seconds),
                   "the engine kept to its limit", place);

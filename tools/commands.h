@@ -101,7 +101,7 @@ struct PredictOptions {
   unsigned length_ft = 660;
   int run = 0;          // by its number; 0: the first one
   std::string channel;  // empty: the speed of the session
-  std::string tables;   // folder above user/et_prediction/; empty: the executable's
+  std::string tables;   // folder above user/et_prediction/; empty: the user's
 };
 void predict_run(const PredictOptions& options);
 

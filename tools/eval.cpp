@@ -13,6 +13,7 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "inputs.h"
 #include "inside.h"
 #include "json_output.h"
 #include "math/math_channel_manager.h"
@@ -89,14 +90,14 @@ double highest_rate(const SFileQLT& file) {
   return highest > 0.0F ? static_cast<double>(highest) : kRateOfRatelessFiles;
 }
 
-// The text, the formula, and a mark under the place.
-std::string explained(const FormulaOutcome& outcome, const std::string& formula) {
+// The message, and below it the formula and a mark under the place.
+Failure explained(const FormulaOutcome& outcome, const std::string& formula) {
   std::string shown = formula;
   for (char& c : shown) {
     if (static_cast<unsigned char>(c) < ' ') c = '?';
   }
   const std::size_t column = display_width(std::string_view(shown).substr(0, outcome.character));
-  return fmt::format("{}\n  {}\n  {}^", outcome.message, shown, std::string(column, ' '));
+  return Failure(outcome.message, fmt::format("\n  {}\n  {}^", shown, std::string(column, ' ')));
 }
 
 std::string outcome_document(const FormulaOutcome& outcome) {
@@ -110,9 +111,13 @@ std::string outcome_document(const FormulaOutcome& outcome) {
 void write_json(OutputFile& out, const FormulaSession& session, double rate_hz) {
   const std::vector<float>& values = session.values();
   out.write("{\"code\": 0, \"rate_hz\": " + json_number(rate_hz).dump() + ", \"times\": ");
-  write_json_array(out, values.size(), [&session](std::size_t i) { return session.time_s(i); });
+  JsonArray times(out);
+  for (std::size_t i = 0; i < values.size(); ++i) times.add(session.time_s(i));
+  times.close();
   out.write(", \"values\": ");
-  write_json_array(out, values.size(), [&values](std::size_t i) { return static_cast<double>(values[i]); });
+  JsonArray results(out);
+  for (const float value : values) results.add(static_cast<double>(value));
+  results.close();
   out.write("}\n");
 }
 
@@ -152,6 +157,10 @@ void write_table(OutputFile& out, const FormulaSession& session) {
 int evaluate_formula(const EvalOptions& options) {
   // As a terminal shows the names, so they can be typed.
   const std::string formula = to_utf8(options.formula);
+  const std::string output = options.output.empty() ? "-" : options.output;
+  Inputs inputs;
+  inputs.add_session(options.file);
+  inputs.refuse(output);
   const Session session(options.file);
   const SFileQLT& file = inside_of(session);
   const double rate_hz = options.rate_hz > 0 ? options.rate_hz : highest_rate(file);
@@ -159,11 +168,11 @@ int evaluate_formula(const EvalOptions& options) {
   CGestMathChan math(*CUserUnitsOfMeasureMgr::GetInstance(), std::wstring());
   const FormulaOutcome outcome = math.ComputeFormula(formula, channels, channels.result());
   if (!outcome) {
-    if (!options.json) throw Failure(explained(outcome, formula));
+    if (!options.json) throw explained(outcome, formula);
     print_out(outcome_document(outcome));
     return 1;
   }
-  OutputFile out(options.output.empty() ? "-" : options.output);
+  OutputFile out(output);
   if (options.json) {
     write_json(out, channels, rate_hz);
   } else if (options.output.empty()) {

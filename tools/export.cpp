@@ -3,13 +3,16 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "commands.h"
+#include "error_line.h"
 #include "failure.h"
+#include "inputs.h"
 #include "output_file.h"
 #include "session.h"
 #include "text.h"
@@ -44,20 +47,38 @@ std::vector<Channel> chosen_channels(Session& session, const std::vector<std::st
   return channels;
 }
 
+// Nobody expects more points than a day of them; then a clock went wild, and a person may want to stop.
+void announce_many_points(const Session& session, const std::vector<Channel>& channels, std::optional<int> lap) {
+  constexpr std::uint64_t kDayOfPoints = 8'640'000;
+  std::uint64_t points = 0;
+  std::uint64_t most = 0;
+  for (const Channel& channel : channels) {
+    if (channel.kind != ChannelKind::gps) continue;
+    const std::uint64_t count = session.sample_count(channel, lap);
+    points += count;
+    most = std::max(most, count);
+  }
+  if (most <= kDayOfPoints) return;
+  say_error_line(
+      fmt::format("about to write {} GPS points, one every 10 ms between two solutions that lie {:.0f} s apart", points,
+                  static_cast<double>(most) / 100));
+}
+
 void write_csv(OutputFile& out, const Session& session, const std::vector<Channel>& channels, std::optional<int> lap) {
   fmt::memory_buffer text;
   const auto at_end = [&text] { return std::back_inserter(text); };
   fmt::format_to(at_end(), "channel,unit,time,value\n");
-  Samples samples;
   for (const Channel& channel : channels) {
-    session.read(channel, lap, samples);
-    const std::string name = csv_field(to_utf8(channel.name)) + ',' + csv_field(to_utf8(channel.unit)) + ',';
-    for (std::size_t i = 0; i < samples.values.size(); ++i) {
-      fmt::format_to(at_end(), "{}{},{}\n", name, shortest(samples.times_s[i]), shortest(samples.values[i]));
-      if (text.size() < kFlushAt) continue;
-      out.write(text.data(), text.size());
-      text.clear();
-    }
+    const std::string name = csv_field(channel.name) + ',' + csv_field(channel.unit) + ',';
+    session.read_in_pieces(channel, lap, [&](const Samples& samples) {
+      for (std::size_t i = 0; i < samples.values.size(); ++i) {
+        fmt::format_to(at_end(), "{}{},{}\n", name, shortest(samples.times_s[i]), shortest(samples.values[i]));
+        if (text.size() < kFlushAt) continue;
+        out.write(text.data(), text.size());
+        text.clear();
+      }
+      return true;
+    });
   }
   out.write(text.data(), text.size());
 }
@@ -75,12 +96,16 @@ std::string title_of(const Session& session, const ExportOptions& options) {
 }  // namespace
 
 void export_session(const ExportOptions& options) {
+  Inputs inputs;
+  inputs.add_session(options.file);
+  inputs.refuse(options.output);
   Session session(options.file);
   std::optional<int> lap;
   if (options.one_lap) lap = session.lap_index(options.lap);
 
   if (options.format == ExportFormat::csv) {
     const std::vector<Channel> channels = chosen_channels(session, options.channels);
+    announce_many_points(session, channels, lap);
     OutputFile out(options.output);
     write_csv(out, session, channels, lap);
     out.keep();

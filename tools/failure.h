@@ -2,11 +2,17 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 namespace traguardo::tool {
 
 struct Failure : std::runtime_error {
-  using std::runtime_error::runtime_error;
+  // details: what stands below the line, if anything, with a line feed in front of each of its lines.
+  explicit Failure(const std::string& reason, std::string more = {})
+      : std::runtime_error(reason), details(std::move(more)) {}
+
+  std::string details;
 };
 
 }  // namespace traguardo::tool

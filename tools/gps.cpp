@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -19,25 +20,38 @@ namespace traguardo::tool {
 
 namespace {
 
-// The mean of a derived channel over the moments of the solutions, read off its grid between the two neighbours.
-double mean_at_solutions(const Samples& grid, const std::vector<TrackPoint>& track) {
-  if (grid.values.empty()) return std::nan("");
-  double sum = 0;
-  std::size_t next = 0;
-  for (const TrackPoint& point : track) {
-    while (next < grid.times_s.size() && grid.times_s[next] < point.time_s) ++next;
-    if (next == grid.times_s.size()) {
-      sum += grid.values.back();
-    } else if (next == 0) {
-      sum += grid.values.front();
-    } else {
-      const double step = grid.times_s[next] - grid.times_s[next - 1];
-      const double share = step > 0 ? (point.time_s - grid.times_s[next - 1]) / step : 0;
-      sum += grid.values[next - 1] + (grid.values[next] - grid.values[next - 1]) * share;
+// The mean of a derived channel over the moments of the solutions, read off its grid between the two neighbours while
+// that goes by.
+class MeanAtSolutions {
+ public:
+  explicit MeanAtSolutions(const std::vector<TrackPoint>& track) : track_(track) {}
+
+  void pass(double time_s, double value) {
+    for (; next_ < track_.size() && track_[next_].time_s <= time_s; ++next_) {
+      const double step = time_s - time_s_;
+      const double share = has_passed_ && step > 0 ? (track_[next_].time_s - time_s_) / step : 0;
+      sum_ += has_passed_ ? value_ + (value - value_) * share : value;
     }
+    time_s_ = time_s;
+    value_ = value;
+    has_passed_ = true;
   }
-  return sum / static_cast<double>(track.size());
-}
+  // Solutions behind the grid have its last value.
+  double mean() const {
+    if (!has_passed_) return std::nan("");
+    double sum = sum_;
+    for (std::size_t i = next_; i < track_.size(); ++i) sum += value_;
+    return sum / static_cast<double>(track_.size());
+  }
+
+ private:
+  const std::vector<TrackPoint>& track_;
+  std::size_t next_ = 0;
+  double sum_ = 0;
+  double time_s_ = 0;
+  double value_ = 0;
+  bool has_passed_ = false;
+};
 
 struct Box {
   Place low;
@@ -61,9 +75,12 @@ Box bounding_box(const std::vector<TrackPoint>& track) {
 double quality_cm(Session& session, const std::vector<TrackPoint>& track) {
   for (const Channel& channel : session.gps_channels()) {
     if (channel.name != "GPS PosAccuracy") continue;
-    Samples grid;
-    session.read(channel, std::nullopt, grid);
-    return mean_at_solutions(grid, track) * 100;
+    MeanAtSolutions accuracy_m(track);
+    session.read_in_pieces(channel, std::nullopt, [&accuracy_m](const Samples& piece) {
+      for (std::size_t i = 0; i < piece.values.size(); ++i) accuracy_m.pass(piece.times_s[i], piece.values[i]);
+      return true;
+    });
+    return accuracy_m.mean() * 100;
   }
   return std::nan("");
 }
@@ -78,7 +95,7 @@ void show_gps(const GpsOptions& options) {
   const double distance_m = length_of(track);
   const Box box = bounding_box(track);
   const std::vector<Channel>& derived = session.gps_channels();
-  const int samples = derived.empty() ? 0 : session.sample_count(derived.front());
+  const std::uint64_t samples = derived.empty() ? 0 : session.sample_count(derived.front(), std::nullopt);
 
   if (options.json) {
     Json json;

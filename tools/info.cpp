@@ -1,5 +1,4 @@
 // traguardo info: who, where, when, and how much there is.
-#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <utility>
@@ -15,24 +14,6 @@
 namespace traguardo::tool {
 
 namespace {
-
-// The time of the last logged sample, or of the last GPS solution where nothing else was logged. A file starts at 0.
-double duration_of(Session& session) {
-  double end = 0;
-  bool has_samples = false;
-  Samples samples;
-  for (const Channel& channel : session.logged_channels()) {
-    session.read(channel, std::nullopt, samples);
-    if (samples.times_s.empty()) continue;
-    end = std::max(end, samples.times_s.back());
-    has_samples = true;
-  }
-  if (!has_samples && !session.gps_raw_channels().empty()) {
-    session.read(session.gps_raw_channels().front(), std::nullopt, samples);
-    if (!samples.times_s.empty()) end = samples.times_s.back();
-  }
-  return end;
-}
 
 // What was not logged but computed from logged channels while the file was read.
 std::vector<std::string> derived_channels_of(const Session& session) {
@@ -53,13 +34,12 @@ std::string listed(const std::vector<std::string>& names) {
 }  // namespace
 
 void show_info(const InfoOptions& options) {
-  Session session(options.file);
-  const double duration_s = duration_of(session);
+  const Session session(options.file);
+  const double duration_s = session.duration_s();
   const std::size_t laps = session.laps().size();
   const std::size_t channels = session.logged_channels().size();
-  const std::size_t gps_channels = session.gps_channels().size();
-  const int gps_raw_samples =
-      session.gps_raw_channels().empty() ? 0 : session.sample_count(session.gps_raw_channels().front());
+  const std::size_t gps_channels = session.gps_channel_count();
+  const std::size_t gps_raw_samples = session.gps_solution_count();
 
   if (options.json) {
     Json json;

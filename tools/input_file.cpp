@@ -22,10 +22,15 @@ struct CloseFile {
 };
 using InputFile = std::unique_ptr<std::FILE, CloseFile>;
 
-// Why a file can't even be looked at; empty if it can.
+// Why a file can't even be looked at; empty if it can. Opening a pipe would wait for its other end.
 std::string reason_not_readable(const std::string& path) {
   std::error_code problem;
-  if (std::filesystem::is_directory(path, problem)) return "Is a directory";
+  const std::filesystem::file_status status = std::filesystem::status(path, problem);
+  if (std::filesystem::is_directory(status)) return "Is a directory";
+  if (std::filesystem::is_fifo(status) || std::filesystem::is_socket(status)) return "not a file but a pipe";
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+    return "not a file but a device";
+  }
   errno = 0;
   const InputFile file(std::fopen(path.c_str(), "rb"));
   return file == nullptr ? std::generic_category().message(errno) : std::string();
@@ -38,7 +43,7 @@ void require_readable(const std::string& path) {
   if (!reason.empty()) throw Failure(fmt::format("cannot open {}: {}", path, reason));
 }
 
-bool copy_to(OutputFile& out, const std::string& path) {
+bool read_pieces(const std::string& path, const std::function<bool(std::string_view piece)>& take) {
   constexpr std::size_t kPieceSize = std::size_t{1} << 18;
   std::error_code problem;
   if (!std::filesystem::is_regular_file(path, problem)) return false;
@@ -47,9 +52,16 @@ bool copy_to(OutputFile& out, const std::string& path) {
   std::vector<char> piece(kPieceSize);
   for (;;) {
     const std::size_t got = std::fread(piece.data(), 1, piece.size(), file.get());
-    if (got == 0) return true;
-    out.write(piece.data(), got);
+    if (got == 0) return std::ferror(file.get()) == 0;
+    if (!take(std::string_view(piece.data(), got))) return true;
   }
+}
+
+bool copy_to(OutputFile& out, const std::string& path) {
+  return read_pieces(path, [&out](std::string_view piece) {
+    out.write(piece);
+    return true;
+  });
 }
 
 }  // namespace traguardo::tool

@@ -24,6 +24,28 @@ SFileQLT& inside_of(const Session& session) {
   return *find_file(session.handle());
 }
 
+// What a mark fills has the mark's number of laps; a lap that was only begun, or that the reader added, has none.
+bool was_lap_finished(const Session& session, int lap) {
+  const SRkLap* found = nullptr;
+  if (find_lap(inside_of(session), lap, &found) != LapLookup::kFound) return false;
+  return found->lap_number != 0;
+}
+
+std::vector<const SGpsRecord*> gps_solutions_of(const SFileQLT& file) {
+  std::vector<const SGpsRecord*> solutions;
+  std::string name;
+  const IRkGpsTrace* const trace = file.view->GetTracciaGpsMigliore(&name);
+  if (trace != nullptr) trace->GetGoodSamplePointers(solutions);
+  return solutions;
+}
+
+LapSlice grid_slice_of(const SFileQLT& file, std::optional<int> lap) {
+  if (!lap) return {0, file.gps.grid().size()};
+  const SRkLap* found = nullptr;
+  if (find_lap(file, *lap, &found) != LapLookup::kFound) return {};
+  return file.gps.GridLap(found->start, found->start + found->duration);
+}
+
 u64 axis_us(const SFileQLT& file) {
   const auto& channels = file.view->GetCanali();
   return channels.empty() ? 0 : channels.front()->GetA() - channels.front()->GetDa();

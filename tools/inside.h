@@ -2,6 +2,7 @@
 // look inside; they link the static core.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "api/file_table.h"
@@ -11,6 +12,17 @@ namespace traguardo::tool {
 
 // Lives as long as the session.
 SFileQLT& inside_of(const Session& session);
+
+// Whether a mark closed the lap of this index; the one that the reader adds behind the last mark has none, nor has one
+// of which only splits were driven.
+bool was_lap_finished(const Session& session, int lap);
+
+// The good solutions of the trace that the GPS functions use, borrowed from the file; empty without one.
+std::vector<const SGpsRecord*> gps_solutions_of(const SFileQLT& file);
+
+// The points of the derived GPS channels of a lap (an index, from 0), or all of them. Call it behind
+// Session::gps_channels, which makes them.
+LapSlice grid_slice_of(const SFileQLT& file, std::optional<int> lap);
 
 // The length of the axis that all logged channels share; 0 without any. It begins at 0.
 u64 axis_us(const SFileQLT& file);

@@ -1,8 +1,6 @@
 // What the commands hand to programs.
 #pragma once
 
-#include <cstddef>
-#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -20,8 +18,21 @@ Json json_number(double value);
 Json json_text(std::string_view text);
 
 // An array of numbers, written as it goes: a channel may have millions of them.
-void write_json_array(OutputFile& out, std::size_t count, const std::function<double(std::size_t)>& number_at);
+class JsonArray {
+ public:
+  explicit JsonArray(OutputFile& out) : out_(out) {}
+  void add(double number);
+  // The array is whole. Call it once.
+  void close();
 
+ private:
+  OutputFile& out_;
+  std::string text_ = "[";
+  bool is_first_ = true;
+};
+
+// In one line.
+std::string to_line(const Json& json);
 // One document, indented, with a line feed behind it.
 std::string to_document(const Json& json);
 

@@ -2,7 +2,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "commands.h"
@@ -15,13 +16,19 @@ namespace traguardo::tool {
 
 namespace {
 
-// The shortest duration above zero; 0 if there is none.
-double best_duration(const std::vector<Lap>& laps) {
-  double best = std::numeric_limits<double>::infinity();
+// The shortest duration above zero of a lap that was driven to its end; nothing if there is none.
+std::optional<double> best_duration(const std::vector<Lap>& laps) {
+  std::optional<double> best;
   for (const Lap& lap : laps) {
-    if (lap.duration_s > 0) best = std::min(best, lap.duration_s);
+    if (lap.finished && lap.duration_s > 0) best = std::min(best.value_or(lap.duration_s), lap.duration_s);
   }
-  return best == std::numeric_limits<double>::infinity() ? 0 : best;
+  return best;
+}
+
+// Behind the best lap; nothing for a lap that isn't over.
+std::optional<double> gap_of(const Lap& lap, std::optional<double> best_s) {
+  if (!lap.finished || !best_s) return std::nullopt;
+  return lap.duration_s - *best_s;
 }
 
 }  // namespace
@@ -29,7 +36,7 @@ double best_duration(const std::vector<Lap>& laps) {
 void show_laps(const LapsOptions& options) {
   const Session session(options.file);
   const std::vector<Lap> laps = session.laps();
-  const double best_s = best_duration(laps);
+  const std::optional<double> best_s = best_duration(laps);
 
   if (options.json) {
     Json json = Json::array();
@@ -38,7 +45,9 @@ void show_laps(const LapsOptions& options) {
       row["lap"] = lap.number;
       row["start_s"] = json_number(lap.start_s);
       row["duration_s"] = json_number(lap.duration_s);
-      row["gap_s"] = json_number(lap.duration_s - best_s);
+      const std::optional<double> gap_s = gap_of(lap, best_s);
+      row["gap_s"] = gap_s ? json_number(*gap_s) : Json();
+      row["finished"] = lap.finished;
       json.push_back(row);
     }
     print_out(to_document(json));
@@ -47,8 +56,9 @@ void show_laps(const LapsOptions& options) {
   Table table(
       {{"Lap", Align::right}, {"Start (s)", Align::right}, {"Time (min:s)", Align::right}, {"Gap (s)", Align::right}});
   for (const Lap& lap : laps) {
-    table.add_row({std::to_string(lap.number), fmt::format("{:.3f}", lap.start_s), lap_clock(lap.duration_s),
-                   fmt::format("{:.3f}", lap.duration_s - best_s)});
+    const std::optional<double> gap_s = gap_of(lap, best_s);
+    const std::string gap = !lap.finished ? "unfinished" : gap_s ? fmt::format("{:.3f}", *gap_s) : "-";
+    table.add_row({std::to_string(lap.number), fmt::format("{:.3f}", lap.start_s), lap_clock(lap.duration_s), gap});
   }
   print_out(table.to_text());
 }

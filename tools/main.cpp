@@ -3,15 +3,26 @@
 // Exit status: 0 done; 1 the command could not do its work, which standard error says in one line (a formula that can't
 // be used takes three); 2 wrong command line; 3 a checked session broke its rule.
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <limits>
 #include <memory>
 #include <new>
+#include <sstream>
 #include <string>
 
 #include "api/exports.h"
 #include "commands.h"
+#include "error_line.h"
+#include "failure.h"
+#include "support/platform/platform.h"
+#include "support/platform/process.h"
+#include "support/platform/unfinished_files.h"
+#include "terminal.h"
+#include "text.h"
 
 namespace traguardo::tool {
 
@@ -46,8 +57,8 @@ void add_samples_command(CLI::App& app) {
   command->add_option("FILE", options->file, kFileHelp)->required();
   command->add_option("CHANNEL", options->channel, "Name of the channel")->required();
   const CLI::Option* const lap = command->add_option("--lap", options->lap, kLapHelp);
-  const CLI::Option* const head =
-      command->add_option("--head", options->head, "Only the first samples")->check(CLI::NonNegativeNumber);
+  const CLI::Option* const head = command->add_option("--head", options->head, "Only the first samples")
+                                      ->check(CLI::Range(0, std::numeric_limits<int>::max()));
   command->add_flag("--json", options->json, kJsonHelp);
   command->callback([options, lap, head] {
     options->one_lap = lap->count() > 0;
@@ -112,7 +123,10 @@ void add_eval_command(CLI::App& app, int& status) {
   command->add_option("FORMULA", options->formula, "Formula, with channels by their names")->required();
   command->add_option("FILE", options->file, kFileHelp)->required();
   command->add_option("--rate", options->rate_hz, "Samples a second (default: as the fastest channel, or 100)")
-      ->check(CLI::Range(0.001, 1e6));
+      ->check(CLI::Range(0.001, 1e6))
+      // Not-a-number lies in no range, and out of none.
+      ->check(
+          [](const std::string& text) { return std::isnan(std::strtod(text.c_str(), nullptr)) ? "not a number" : ""; });
   command->add_flag("--json", options->json, kJsonHelp);
   command->add_option("-o,--output", options->output, "File to write as CSV, - for standard output");
   command->callback([options, &status] { status = evaluate_formula(*options); });
@@ -137,13 +151,13 @@ void add_predict_command(CLI::App& app) {
   const auto options = std::make_shared<PredictOptions>();
   command->add_option("FILE", options->file, kFileHelp)->required();
   command->add_option("--length", options->length_ft, "Length of the strip in feet")
-      ->check(CLI::Range(1, 1'000'000))
+      ->check(CLI::IsMember({330, 500, 660, 1320}))
       ->capture_default_str();
   command->add_option("--run", options->run, "Number of the run (default: the first one)")
       ->check(CLI::Range(1, 1'000'000));
   command->add_option("--channel", options->channel, "Speed to use (default: the first one of the session)");
   command->add_option("--tables", options->tables,
-                      "Folder above user/et_prediction/ (default: that of the executable)");
+                      "Folder above user/et_prediction/ (default: the user's configuration folder)");
   command->callback([options] { predict_run(*options); });
 }
 
@@ -213,12 +227,41 @@ void add_simulate_command(CLI::App& app) {
   });
 }
 
-int complain(const char* reason) {
-  std::fprintf(stderr, "traguardo: %s\n", reason);
+int complain(const char* reason, const std::string& details = {}) {
+  say_error_line(reason, details);
   return 1;
 }
 
+// Help and version are output like any other; what is wrong with a command line goes to standard error.
+int answer(const CLI::App& app, const CLI::ParseError& error) {
+  std::ostringstream out;
+  std::ostringstream complaint;
+  const bool is_wrong = app.exit(error, out, complaint) != 0;
+  const std::string shown = for_stream(stderr, to_utf8(complaint.str()), LineFeeds::kept);
+  std::fputs(shown.c_str(), stderr);
+  print_out(out.str());
+  return is_wrong ? 2 : 0;
+}
+
+int answer_or_complain(const CLI::App& app, const CLI::ParseError& error) {
+  try {
+    return answer(app, error);
+  } catch (const std::exception& failure) {
+    return complain(failure.what());
+  }
+}
+
 }  // namespace
+
+// Configuration files and tables of the tool are the user's, not the installation's.
+void take_users_folder() {
+  // Without a home there is none to read, and none to write.
+  constexpr const wchar_t* kNowhere = L"/nonexistent";
+  std::wstring folder = platform::user_configuration_folder();
+  if (folder.empty()) folder = kNowhere;
+  platform::set_environment_if_unset("TRAGUARDO_HOME",
+                                     platform::host_bytes_from_path(platform::path_in_folder(folder, L"traguardo")));
+}
 
 int run(int argument_count, char** arguments) {
   int status = 0;
@@ -242,9 +285,11 @@ int run(int argument_count, char** arguments) {
     app.parse(argument_count, arguments);
     return status;
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : 2;
+    return answer_or_complain(app, error);
   } catch (const std::bad_alloc&) {
     return complain("out of memory");
+  } catch (const Failure& failure) {
+    return complain(failure.what(), failure.details);
   } catch (const std::exception& failure) {
     return complain(failure.what());
   }
@@ -255,5 +300,8 @@ int run(int argument_count, char** arguments) {
 // What escapes run() is a fault of the tool itself.
 // NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argument_count, char** arguments) {
+  traguardo::platform::occupy_standard_streams();
+  traguardo::platform::remove_unfinished_when_killed();
+  traguardo::tool::take_users_folder();
   return traguardo::tool::run(argument_count, arguments);
 }

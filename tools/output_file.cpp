@@ -6,6 +6,10 @@
 #include <utility>
 
 #include "failure.h"
+#include "same_file.h"
+#include "support/platform/platform.h"
+#include "support/platform/process.h"
+#include "terminal.h"
 
 namespace traguardo::tool {
 
@@ -15,76 +19,74 @@ namespace {
 
 constexpr std::size_t kBufferSize = std::size_t{1} << 18;
 
-// A name in the same folder that nobody uses, so that the rename stays within one file system.
-std::string free_name_beside(const std::string& path) {
-  std::string name = path + ".part";
-  std::error_code ignored;
-  for (int n = 1; n < 1000 && fs::exists(fs::symlink_status(name, ignored)); ++n) {
-    name = path + ".part" + std::to_string(n);
-  }
-  return name;
-}
-
 }  // namespace
 
-OutputFile::OutputFile(std::string path) : path_(std::move(path)), target_(path_) {
+OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
   if (path_ == "-") {
     file_ = stdout;
+    shows_controls_ = platform::is_terminal(stdout);
     return;
   }
+  const std::string target = behind_links(path_);
   std::error_code problem;
-  if (fs::is_symlink(fs::symlink_status(path_, problem))) {
-    const fs::path resolved = fs::weakly_canonical(path_, problem);
-    if (!problem) target_ = resolved.string();
-  }
-  const fs::file_status status = fs::status(target_, problem);
+  const fs::file_status status = fs::status(target, problem);
   if (fs::is_directory(status)) fail(EISDIR);
-  const bool is_file = !fs::exists(status) || fs::is_regular_file(status);
-  written_ = is_file ? free_name_beside(target_) : target_;
-  errno = 0;
-  file_ = std::fopen(written_.c_str(), "wb");
-  if (file_ == nullptr) fail(errno);
+  if (fs::exists(status) && !fs::is_regular_file(status)) {
+    errno = 0;
+    device_ = std::fopen(target.c_str(), "wb");
+    if (device_ == nullptr) fail(static_cast<unsigned>(errno));
+    file_ = device_;
+    shows_controls_ = platform::is_terminal(device_);
+  } else {
+    if (!part_.begin(platform::path_from_host_bytes(target))) fail(platform::last_error());
+    file_ = part_.stream();
+  }
   std::setvbuf(file_, nullptr, _IOFBF, kBufferSize);
 }
 
 OutputFile::~OutputFile() {
-  if (file_ == nullptr || file_ == stdout) return;
-  std::fclose(file_);
-  if (written_ != target_) {
-    std::error_code ignored;
-    fs::remove(written_, ignored);
-  }
+  if (device_ != nullptr) std::fclose(device_);
 }
 
 void OutputFile::write(const void* bytes, std::size_t count) {
+  if (!shows_controls_) {
+    put(bytes, count);
+    return;
+  }
+  const std::string shown =
+      with_visible_controls(std::string_view(static_cast<const char*>(bytes), count), LineFeeds::kept);
+  put(shown.data(), shown.size());
+}
+
+void OutputFile::put(const void* bytes, std::size_t count) {
   if (count == 0) return;
   errno = 0;
-  if (std::fwrite(bytes, 1, count, file_) != count) fail(errno);
+  if (std::fwrite(bytes, 1, count, file_) != count) fail(static_cast<unsigned>(errno));
+}
+
+void OutputFile::finish() {
+  if (finished_) return;
+  finished_ = true;
+  if (part_.stream() != nullptr) {
+    file_ = nullptr;
+    if (!part_.finish()) fail(platform::last_error());
+    return;
+  }
+  errno = 0;
+  if (std::fflush(file_) != 0 || std::ferror(file_) != 0) fail(static_cast<unsigned>(errno));
+  if (device_ == nullptr) return;
+  file_ = nullptr;
+  if (std::fclose(std::exchange(device_, nullptr)) != 0) fail(static_cast<unsigned>(errno));
 }
 
 void OutputFile::keep() {
-  errno = 0;
-  if (std::fflush(file_) != 0 || std::ferror(file_) != 0) fail(errno);
-  if (file_ == stdout) return;
-  std::FILE* const finished = std::exchange(file_, nullptr);
-  std::error_code problem;
-  if (std::fclose(finished) != 0) {
-    const int code = errno;
-    if (written_ != target_) fs::remove(written_, problem);
-    fail(code);
-  }
-  if (written_ == target_) return;
-  fs::rename(written_, target_, problem);
-  if (problem) {
-    std::error_code ignored;
-    fs::remove(written_, ignored);
-    fail(problem.value());
-  }
+  finish();
+  if (part_.is_finished() && !part_.take_place()) fail(platform::last_error());
 }
 
-void OutputFile::fail(int code) const {
+void OutputFile::fail(unsigned code) const {
   throw Failure("cannot write " + (path_ == "-" ? std::string("standard output") : path_) +
-                (code == 0 ? std::string() : ": " + std::generic_category().message(code)));
+                (code == 0 ? std::string() : ": " + std::system_category().message(static_cast<int>(code))));
 }
 
 }  // namespace traguardo::tool

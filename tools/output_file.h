@@ -6,30 +6,39 @@
 #include <string>
 #include <string_view>
 
+#include "support/platform/unfinished_files.h"
+
 namespace traguardo::tool {
 
 class OutputFile {
  public:
-  // "-" is standard output. Devices and pipes are written to directly. Throws Failure.
+  // "-" is standard output. Devices and pipes are written to directly. What a symbolic link points to is replaced, not
+  // the link. Throws Failure.
   explicit OutputFile(std::string path);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
   // Without keep() before, nothing stays behind.
   ~OutputFile();
 
-  // Throws Failure when the bytes can't be written, as on a full disk.
+  // Throws Failure when the bytes can't be written, as on a full disk. A terminal gets control characters, but for line
+  // feeds, in a form that shows them.
   void write(const void* bytes, std::size_t count);
   void write(std::string_view text) { write(text.data(), text.size()); }
+  // Everything is on the disk; only the name is missing. Throws Failure.
+  void finish();
   // Everything is written: the file takes its name. Throws Failure.
   void keep();
 
  private:
-  [[noreturn]] void fail(int code) const;
+  void put(const void* bytes, std::size_t count);
+  [[noreturn]] void fail(unsigned code) const;
 
   std::string path_;
-  std::string target_;   // where the bytes belong: path_, or what a symbolic link of that name points to
-  std::string written_;  // where they go until keep()
-  std::FILE* file_ = nullptr;
+  platform::PartFile part_;
+  std::FILE* file_ = nullptr;    // the part's, standard output, or device_
+  std::FILE* device_ = nullptr;  // what is written to directly
+  bool shows_controls_ = false;
+  bool finished_ = false;
 };
 
 }  // namespace traguardo::tool

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -17,8 +17,9 @@
 #include "regulation/calibrated_run.h"
 #include "regulation/elapsed_time.h"
 #include "regulation/prediction.h"
-#include "support/exe_path.h"
 #include "support/platform/platform.h"
+#include "support/platform/process.h"
+#include "support/platform/unfinished_files.h"
 #include "table.h"
 #include "text.h"
 
@@ -30,6 +31,7 @@ namespace {
 
 constexpr const char* kGpsSpeed = "GPS Speed";
 constexpr u32 kGpsPeriodMs = 10;
+constexpr std::uint64_t kMostGpsPoints = 10'000'000;  // more than a day of them
 
 // --- The speed -------------------------------------------------------------------------------------------------------
 
@@ -47,8 +49,9 @@ Channel speed_channel(Session& session) {
   const std::vector<Channel> logged = session.logged_channels();
   for (const auto& known : inside_of(session).reader->GetCanali()) {
     if (!known->IsVelocita() || !mph_per(known->GetUnita())) continue;
-    const auto found = std::find_if(logged.begin(), logged.end(),
-                                    [&known](const Channel& channel) { return channel.name == known->GetNome(); });
+    const auto found = std::find_if(logged.begin(), logged.end(), [&known](const Channel& channel) {
+      return channel.name == to_utf8(known->GetNome());
+    });
     if (found != logged.end()) return *found;
   }
   for (const Channel& channel : logged) {
@@ -62,13 +65,17 @@ Channel speed_channel(Session& session) {
 
 // A derived GPS channel stands on an even grid already.
 SessionChannel gps_samples(const Session& session, const Channel& channel, std::vector<float>* values) {
-  Samples samples;
-  session.read(channel, std::nullopt, samples);
-  if (!samples.times_s.empty()) {
-    const double first = samples.times_s.front() * 1000.0 / kGpsPeriodMs;
-    values->assign(static_cast<std::size_t>(std::lround(std::clamp(first, 0.0, 1e6))), 0.0F);
+  if (session.sample_count(channel, std::nullopt) > kMostGpsPoints) {
+    throw Failure(fmt::format("the GPS solutions of {} lie too far apart for a run", session.path()));
   }
-  for (const double value : samples.values) values->push_back(static_cast<float>(value));
+  session.read_in_pieces(channel, std::nullopt, [values](const Samples& piece) {
+    if (values->empty()) {
+      const double first = piece.times_s.front() * 1000.0 / kGpsPeriodMs;
+      values->assign(static_cast<std::size_t>(std::lround(std::clamp(first, 0.0, 1e6))), 0.0F);
+    }
+    for (const double value : piece.values) values->push_back(static_cast<float>(value));
+    return true;
+  });
   SessionChannel even;
   even.name = channel.name;
   even.period_ms = kGpsPeriodMs;
@@ -91,8 +98,8 @@ SessionRun chosen_run(const MergedSession& view, const PredictOptions& options) 
 
 // --- The tables ------------------------------------------------------------------------------------------------------
 
-// An installation whose folder can't be written to has no tables; the default one then serves from a folder that goes
-// away with this object.
+// A user whose folder can't be written to has no tables; the default one then serves from a folder that goes away with
+// this object.
 class Tables {
  public:
   explicit Tables(const std::string& folder) {
@@ -100,10 +107,13 @@ class Tables {
       use(folder);
       return;
     }
-    const std::unique_ptr<IExePathName> executable = CreaExePathName(false);
-    if (executable != nullptr) prediction_.emplace(executable->GetCartellaSlashW());
-    if (executable != nullptr && has_table()) return;
-    own_ = (fs::temp_directory_path() / ("traguardo-" + platform::unique_token())).string();
+    use(platform::environment("TRAGUARDO_HOME"));
+    if (has_table()) return;
+    own_ = (fs::temp_directory_path() / ("traguardo-" + platform::host_bytes_from_path(platform::random_token())))
+               .string();
+    for (const char* part : {"", "/user", "/user/et_prediction", "/user/et_prediction/Default.etp"}) {
+      marks_.emplace_back(platform::path_from_host_bytes(own_ + part));
+    }
     use(own_);
   }
   Tables(const Tables&) = delete;
@@ -123,6 +133,7 @@ class Tables {
  private:
   void use(const std::string& folder) { prediction_.emplace(platform::path_from_host_bytes(folder) + L"/"); }
 
+  std::vector<platform::UnfinishedFile> marks_;
   std::optional<ElapsedTimePrediction> prediction_;
   std::string own_;
 };
@@ -145,7 +156,7 @@ void predict_run(const PredictOptions& options) {
   }
   const bool is_logged = channel.kind == ChannelKind::logged;
   const MergedSession view(session, std::wstring(),
-                           [&](const std::string& name) { return is_logged && name == channel.name; });
+                           [&](const std::string& name) { return is_logged && to_utf8(name) == channel.name; });
   std::vector<float> gps_values;
   const SessionChannel speed =
       is_logged ? view.channel(static_cast<std::size_t>(channel.index)) : gps_samples(session, channel, &gps_values);

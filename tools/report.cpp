@@ -3,24 +3,34 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <filesystem>
 #include <list>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <vector>
 
 #include "api/reader_factory.h"
 #include "commands.h"
 #include "failure.h"
 #include "input_file.h"
+#include "inputs.h"
 #include "output_file.h"
 #include "progress.h"
 #include "support/platform/platform.h"
+#include "support/platform/unfinished_files.h"
+#include "terminal.h"
+#include "text.h"
 
 namespace traguardo::tool {
 
+namespace fs = std::filesystem;
+
 namespace {
 
+constexpr const char* kReportSuffix = ".tw3.log";
 constexpr std::size_t kLongestTagName = 3;  // behind its plus sign
 
 struct TagRequest {
@@ -49,15 +59,100 @@ std::list<std::string> reader_options(const ReportOptions& options, const std::m
 }
 
 bool exists(const std::string& path) {
-  return platform::file_exists(platform::path_from_host_bytes(path));
+  std::error_code problem;
+  return fs::exists(path, problem);
 }
 
-void forget(const std::string& path) {
-  platform::delete_file(platform::path_from_host_bytes(path));
+// The reader writes what it has to say beside its session. It gets the session under its own name in a folder where
+// nobody else looks, so that what stands beside the session is replaced only by something whole.
+class ReportFolder {
+ public:
+  // outputs: of the session, by what they add to its name.
+  ReportFolder(const std::string& session, const std::vector<std::string>& suffixes) {
+    const std::string token = platform::host_bytes_from_path(platform::random_token());
+    const fs::path folder = fs::temp_directory_path() / ("traguardo-" + token);
+    path_ = folder.string();
+    session_ = (folder / fs::path(session).filename()).string();
+    mark(path_);
+    mark(session_);
+    for (const std::string& suffix : suffixes) mark(session_ + suffix);
+    fs::create_directory(folder);
+    fs::permissions(folder, fs::perms::owner_all);
+    fs::create_symlink(fs::absolute(session), session_);
+  }
+  ReportFolder(const ReportFolder&) = delete;
+  ReportFolder& operator=(const ReportFolder&) = delete;
+  ~ReportFolder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+
+  const std::string& session() const { return session_; }
+
+ private:
+  void mark(const std::string& path) { marks_.emplace_back(platform::path_from_host_bytes(path)); }
+
+  std::vector<platform::UnfinishedFile> marks_;
+  std::string path_;
+  std::string session_;
+};
+
+// What a run left of its own takes its place. That of a file without a session stays away from what an earlier run
+// made of a better one.
+bool take_place(const std::string& made, const std::string& place, bool readable) {
+  if (!exists(made) || (!readable && exists(place))) return false;
+  OutputFile out(place);
+  copy_to(out, made);
+  out.keep();
+  return true;
 }
 
 void say_where(const std::string& what, const std::string& path) {
-  std::fprintf(stderr, "%s: %s\n", what.c_str(), path.c_str());
+  std::fprintf(stderr, "%s: %s\n", what.c_str(), for_stream(stderr, to_utf8(path), LineFeeds::shown).c_str());
+}
+
+// Line by line, since the texts in it have no particular encoding.
+void write_lines(OutputFile& out, std::string_view lines) {
+  while (!lines.empty()) {
+    const std::size_t length = lines.find('\n') + 1;
+    out.write(to_utf8(lines.substr(0, length)));
+    lines.remove_prefix(length);
+  }
+}
+
+bool print_report_file(const std::string& path) {
+  OutputFile out("-");
+  std::string line;
+  const bool readable = read_pieces(path, [&](std::string_view piece) {
+    line.append(piece);
+    const std::size_t end = line.rfind('\n') + 1;  // 0 for none
+    write_lines(out, std::string_view(line).substr(0, end));
+    line.erase(0, end);
+    return true;
+  });
+  out.write(to_utf8(line));
+  out.keep();
+  return readable;
+}
+
+// The logger file that a compressed one was expanded to, which takes its name from that.
+std::string expansion_of(const std::string& path) {
+  const std::unique_ptr<IRkParser> reader = CreaParser(platform::path_from_host_bytes(path), kKindQlc, nullptr, false);
+  if (reader == nullptr) throw Failure(fmt::format("cannot open {}: it has no reader", path));
+  return platform::host_bytes_from_path(reader->GetNomeFile());
+}
+
+// The name of the session that the reader makes of a file, with what it adds.
+void refuse_bad_outputs(const std::string& file, const std::vector<std::string>& suffixes) {
+  const std::string session = lower_ending(file) == ".qlc" ? file.substr(0, file.rfind('.')) + ".qlt" : file;
+  Inputs inputs;
+  inputs.add_session(file);
+  std::vector<std::string> outputs;
+  for (const std::string& suffix : suffixes) {
+    outputs.push_back(session + suffix);
+    inputs.refuse(outputs.back());
+  }
+  refuse_equal_outputs(outputs);
 }
 
 }  // namespace
@@ -70,39 +165,39 @@ std::string reason_not_a_tag_request(const std::string& text) {
 }
 
 void print_report(const ReportOptions& options) {
-  require_readable(options.file);
-  const std::wstring path = platform::path_from_host_bytes(options.file);
-  const int kind = file_kind_of(path);
-  if (kind != kKindQlt && kind != kKindQlc) {
-    throw Failure(fmt::format("cannot report on {}: only logger files (.qlt, .qlc) have a report", options.file));
-  }
+  const int kind = file_kind_of(platform::path_from_host_bytes(options.file));
   std::map<std::string, std::string> tags;
   for (const std::string& text : options.tags) {
     const TagRequest request = request_of(text);
     tags.emplace(request.name, request.suffix);
   }
+  std::vector<std::string> suffixes{kReportSuffix};
+  for (const auto& [name, suffix] : tags) suffixes.push_back(suffix);
+  refuse_bad_outputs(options.file, suffixes);
+  require_readable(options.file);
+  if (kind != kKindQlt && kind != kKindQlc) {
+    throw Failure(fmt::format("cannot report on {}: only logger files (.qlt, .qlc) have a report", options.file));
+  }
+
+  const std::string session = kind == kKindQlc ? expansion_of(options.file) : options.file;
+  const ReportFolder folder(session, suffixes);
   const std::list<std::string> settings = reader_options(options, tags);
-  const std::unique_ptr<IRkParser> reader = CreaParser(path, kind, &settings, false);
+  const std::unique_ptr<IRkParser> reader =
+      CreaParser(platform::path_from_host_bytes(folder.session()), kKindQlt, &settings, false);
   if (reader == nullptr) throw Failure(fmt::format("cannot open {}: it has no reader", options.file));
-
-  // What an earlier run left must not pass for this one's.
-  const std::string session = platform::host_bytes_from_path(reader->GetNomeFile());
-  const std::string report = session + ".tw3.log";
-  forget(report);
-  for (const auto& [name, suffix] : tags) forget(session + suffix);
-
   const std::unique_ptr<IProgress> progress = progress_for(session);
   const bool readable = reader->ParsaFile(progress.get());
-  OutputFile out("-");
-  const bool reported = copy_to(out, report);
-  out.keep();
+
+  const bool reported = print_report_file(folder.session() + kReportSuffix);
   if (kind == kKindQlc && exists(session)) say_where("expansion", session);
-  if (reported) say_where("report", report);
+  if (take_place(folder.session() + kReportSuffix, session + kReportSuffix, readable)) {
+    say_where("report", session + kReportSuffix);
+  }
   for (const auto& [name, suffix] : tags) {
-    if (exists(session + suffix)) say_where("tag +" + name, session + suffix);
+    if (take_place(folder.session() + suffix, session + suffix, readable)) say_where("tag +" + name, session + suffix);
   }
   if (!readable) throw Failure(fmt::format("cannot read {}: no session can be read from it", options.file));
-  if (!reported) throw Failure(fmt::format("cannot write {}", report));
+  if (!reported) throw Failure(fmt::format("cannot report on {}: the reader left nothing", options.file));
 }
 
 }  // namespace traguardo::tool

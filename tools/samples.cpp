@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -11,6 +13,7 @@
 #include "json_output.h"
 #include "output_file.h"
 #include "session.h"
+#include "terminal.h"
 #include "text.h"
 
 namespace traguardo::tool {
@@ -19,28 +22,56 @@ namespace {
 
 constexpr std::size_t kFlushAt = 1 << 16;
 
-void write_json(OutputFile& out, const Channel& channel, const Samples& samples) {
-  out.write("{\"name\": " + json_text(channel.name).dump() + ", \"unit\": " + json_text(channel.unit).dump());
+// Hands over the samples that were asked for, piece by piece. A wild clock makes hundreds of millions of them.
+class ChosenSamples {
+ public:
+  ChosenSamples(const Session& session, const Channel& channel, const SamplesOptions& options)
+      : session_(session), channel_(channel) {
+    if (options.one_lap) lap_ = session.lap_index(options.lap);
+    if (options.head_only) most_ = static_cast<std::uint64_t>(options.head);
+  }
+
+  template <typename Take>
+  void each(Take take) const {
+    std::uint64_t left = most_;
+    session_.read_in_pieces(channel_, lap_, [&](const Samples& piece) {
+      const std::size_t count = static_cast<std::size_t>(std::min<std::uint64_t>(piece.values.size(), left));
+      for (std::size_t i = 0; i < count; ++i) take(piece.times_s[i], piece.values[i]);
+      left -= count;
+      return left > 0;
+    });
+  }
+
+ private:
+  const Session& session_;
+  const Channel& channel_;
+  std::optional<int> lap_;
+  std::uint64_t most_ = std::numeric_limits<std::uint64_t>::max();
+};
+
+void write_json(OutputFile& out, const Channel& channel, const ChosenSamples& samples) {
+  out.write("{\"name\": " + to_line(json_text(channel.name)) + ", \"unit\": " + to_line(json_text(channel.unit)));
   out.write(", \"times_s\": ");
-  write_json_array(out, samples.times_s.size(), [&samples](std::size_t i) { return samples.times_s[i]; });
+  JsonArray times(out);
+  samples.each([&times](double time_s, double) { times.add(time_s); });
+  times.close();
   out.write(", \"values\": ");
-  write_json_array(out, samples.values.size(), [&samples](std::size_t i) { return samples.values[i]; });
+  JsonArray values(out);
+  samples.each([&values](double, double value) { values.add(value); });
+  values.close();
   out.write("}\n");
 }
 
-void write_table(OutputFile& out, const Channel& channel, const Samples& samples) {
-  const std::string unit = readable_unit(channel.unit);
+void write_table(OutputFile& out, const Channel& channel, const ChosenSamples& samples) {
   fmt::memory_buffer text;
   fmt::format_to(std::back_inserter(text), "{:>14}  {:>16}\n", "Time (s)",
-                 to_utf8(channel.name) + (unit.empty() ? "" : " (" + unit + ")"));
-  for (std::size_t i = 0; i < samples.values.size(); ++i) {
-    fmt::format_to(std::back_inserter(text), "{:>14.6f}  {:>16}\n", samples.times_s[i],
-                   shortest_f32(samples.values[i]));
-    if (text.size() >= kFlushAt) {
-      out.write(text.data(), text.size());
-      text.clear();
-    }
-  }
+                 cell(channel.name + (channel.unit.empty() ? "" : " (" + channel.unit + ")")));
+  samples.each([&](double time_s, double value) {
+    fmt::format_to(std::back_inserter(text), "{:>14.6f}  {:>16}\n", time_s, shortest_f32(value));
+    if (text.size() < kFlushAt) return;
+    out.write(text.data(), text.size());
+    text.clear();
+  });
   out.write(text.data(), text.size());
 }
 
@@ -49,15 +80,7 @@ void write_table(OutputFile& out, const Channel& channel, const Samples& samples
 void show_samples(const SamplesOptions& options) {
   Session session(options.file);
   const Channel channel = session.find_channel(options.channel);
-  std::optional<int> lap;
-  if (options.one_lap) lap = session.lap_index(options.lap);
-  Samples samples;
-  session.read(channel, lap, samples);
-  if (options.head_only) {
-    const std::size_t count = std::min(samples.values.size(), static_cast<std::size_t>(options.head));
-    samples.times_s.resize(count);
-    samples.values.resize(count);
-  }
+  const ChosenSamples samples(session, channel, options);
   OutputFile out("-");
   if (options.json) {
     write_json(out, channel, samples);

@@ -9,23 +9,26 @@
 #include <utility>
 
 #include "api/exports.h"
+#include "expansion.h"
 #include "failure.h"
 #include "input_file.h"
+#include "inputs.h"
+#include "inside.h"
+#include "near_names.h"
 #include "progress.h"
+#include "support/platform/process.h"
 #include "text.h"
 
 namespace traguardo::tool {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 // Where the reader of the older family seeks the GPS trace of a session; empty for other files.
 std::string trace_file_of(const std::string& path) {
   constexpr std::size_t kExtensionLength = 3;
-  std::string ending = path.substr(path.size() - std::min(path.size(), kExtensionLength + 1));
-  for (char& c : ending) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return ending == ".wmp" ? path.substr(0, path.size() - kExtensionLength) + "jts" : std::string();
+  return lower_ending(path) == ".wmp" ? path.substr(0, path.size() - kExtensionLength) + "jts" : std::string();
 }
 
 std::string reason_not_opened(const std::string& path, int result) {
@@ -58,8 +61,7 @@ int count_in(int handle, const Channel& channel, std::optional<int> lap) {
       return lap ? get_lap_channel_samples_count(handle, *lap, channel.index)
                  : get_channel_samples_count(handle, channel.index);
     case ChannelKind::gps:
-      return lap ? get_lap_GPS_channel_samples_count(handle, *lap, channel.index)
-                 : get_GPS_channel_samples_count(handle, channel.index);
+      break;  // read_grid
     case ChannelKind::gps_raw:
       return lap ? get_lap_GPS_raw_channel_samples_count(handle, *lap, channel.index)
                  : get_GPS_raw_channel_samples_count(handle, channel.index);
@@ -73,8 +75,7 @@ int fill_from(int handle, const Channel& channel, std::optional<int> lap, double
       return lap ? get_lap_channel_samples(handle, *lap, channel.index, times, values, count)
                  : get_channel_samples(handle, channel.index, times, values, count);
     case ChannelKind::gps:
-      return lap ? get_lap_GPS_channel_samples(handle, *lap, channel.index, times, values, count)
-                 : get_GPS_channel_samples(handle, channel.index, times, values, count);
+      break;  // read_grid
     case ChannelKind::gps_raw:
       return lap ? get_lap_GPS_raw_channel_samples(handle, *lap, channel.index, times, values, count)
                  : get_GPS_raw_channel_samples(handle, channel.index, times, values, count);
@@ -82,19 +83,41 @@ int fill_from(int handle, const Channel& channel, std::optional<int> lap, double
   return 0;
 }
 
+Channel channel_of(ChannelKind kind, int index, const char* name, const char* unit) {
+  return {kind, index, to_utf8(owned(name)), readable_unit(owned(unit))};
+}
+
 const Channel* find_by_name(const std::vector<Channel>& channels, const std::string& name) {
-  // What a terminal shows can be typed, also where the file has other bytes.
-  const auto found = std::find_if(channels.begin(), channels.end(), [&name](const Channel& channel) {
-    return channel.name == name || to_utf8(channel.name) == name;
-  });
+  const auto found =
+      std::find_if(channels.begin(), channels.end(), [&name](const Channel& channel) { return channel.name == name; });
   return found == channels.end() ? nullptr : &*found;
+}
+
+bool takes_files(const std::string& session) {
+  const fs::path folder = fs::path(session).parent_path();
+  return platform::can_make_files_in(platform::path_from_host_bytes(folder.string()));
+}
+
+// A session on a medium that can't be written keeps its stores in the system's folder for such files.
+void choose_store_folder(const std::string& session) {
+  if (takes_files(session)) return;
+  std::error_code problem;
+  const fs::path folder = fs::temp_directory_path(problem);
+  if (!problem) platform::set_environment_if_unset("TRAGUARDO_STORE_FOLDER", folder.string());
 }
 
 }  // namespace
 
-Session::Session(std::string path) : path_(std::move(path)) {
+Session::Session(const std::string& path) : path_(path) {
   require_readable(path_);
-  handle_ = open_with_progress(path_);
+  choose_store_folder(path_);
+  std::string opened = path_;
+  if (lower_ending(path_) == ".qlc" && !takes_files(path_)) {
+    expansion_ = std::make_unique<TemporaryFile>(".qlt");
+    expand_to_file(path_, expansion_->path());
+    opened = expansion_->path();
+  }
+  handle_ = open_with_progress(opened);
   if (handle_ <= 0) throw Failure(fmt::format("cannot open {}: {}", path_, reason_not_opened(path_, handle_)));
 }
 
@@ -129,7 +152,9 @@ std::vector<Lap> Session::laps() const {
   for (int i = 0; i < count; ++i) {
     Lap lap;
     lap.number = i + kFirstLapNumber;
-    if (get_lap_info(handle_, i, &lap.start_s, &lap.duration_s) == 1) laps.push_back(lap);
+    if (get_lap_info(handle_, i, &lap.start_s, &lap.duration_s) != 1) continue;
+    lap.finished = was_lap_finished(*this, i);
+    laps.push_back(lap);
   }
   return laps;
 }
@@ -146,8 +171,7 @@ std::vector<Channel> Session::logged_channels() const {
   const int count = get_channels_count(handle_);
   channels.reserve(static_cast<std::size_t>(std::max(count, 0)));
   for (int i = 0; i < count; ++i) {
-    channels.push_back(
-        {ChannelKind::logged, i, owned(get_channel_name(handle_, i)), owned(get_channel_units(handle_, i))});
+    channels.push_back(channel_of(ChannelKind::logged, i, get_channel_name(handle_, i), get_channel_units(handle_, i)));
   }
   return channels;
 }
@@ -158,7 +182,7 @@ const std::vector<Channel>& Session::gps_channels() {
     const int count = get_GPS_channels_count(handle_);
     for (int i = 0; i < count; ++i) {
       gps_->push_back(
-          {ChannelKind::gps, i, owned(get_GPS_channel_name(handle_, i)), owned(get_GPS_channel_units(handle_, i))});
+          channel_of(ChannelKind::gps, i, get_GPS_channel_name(handle_, i), get_GPS_channel_units(handle_, i)));
     }
   }
   return *gps_;
@@ -171,24 +195,55 @@ const std::vector<Channel>& Session::gps_raw_channels() {
     // A trace without a single good record lists its channels, but none of them can be asked for.
     const bool has_samples = count > 0 && get_GPS_raw_channel_samples_count(handle_, 0) > 0;
     for (int i = 0; has_samples && i < count; ++i) {
-      gps_raw_->push_back({ChannelKind::gps_raw, i, owned(get_GPS_raw_channel_name(handle_, i)),
-                           owned(get_GPS_raw_channel_units(handle_, i))});
+      gps_raw_->push_back(channel_of(ChannelKind::gps_raw, i, get_GPS_raw_channel_name(handle_, i),
+                                     get_GPS_raw_channel_units(handle_, i)));
     }
   }
   return *gps_raw_;
 }
 
 Channel Session::find_channel(const std::string& name) {
+  // What a terminal shows can be typed, also where the file has other bytes.
+  const std::string wanted = to_utf8(name);
   const std::vector<Channel> logged = logged_channels();
-  const Channel* found = find_by_name(logged, name);
-  if (found == nullptr) found = find_by_name(gps_channels(), name);
-  if (found == nullptr) found = find_by_name(gps_raw_channels(), name);
-  if (found == nullptr) throw Failure(fmt::format("no channel \"{}\" in {}", name, path_));
-  return *found;
+  const Channel* found = find_by_name(logged, wanted);
+  if (found == nullptr) found = find_by_name(gps_channels(), wanted);
+  if (found == nullptr) found = find_by_name(gps_raw_channels(), wanted);
+  if (found != nullptr) return *found;
+
+  std::vector<std::string> names;
+  for (const std::vector<Channel>* list : {&logged, &gps_channels(), &gps_raw_channels()}) {
+    for (const Channel& channel : *list) names.push_back(channel.name);
+  }
+  throw Failure(fmt::format("no channel \"{}\" in {}{}", wanted, path_, question_about_names(wanted, names)));
 }
 
-int Session::sample_count(const Channel& channel) const {
-  return std::max(0, count_in(handle_, channel, std::nullopt));
+double Session::duration_s() const {
+  constexpr double kSecondsPerMicrosecond = 1e-6;
+  const SFileQLT& file = inside_of(*this);
+  std::uint64_t end_us = 0;
+  bool has_samples = false;
+  for (const auto& channel : file.reader->GetCanali()) {
+    if (channel->GetNumValori() == 0) continue;
+    end_us = std::max<std::uint64_t>(end_us, channel->GetUltimoTempo());
+    has_samples = true;
+  }
+  if (has_samples) return static_cast<double>(end_us) * kSecondsPerMicrosecond;
+  const std::vector<const SGpsRecord*> solutions = gps_solutions_of(file);
+  return solutions.empty() ? 0 : solutions.back()->logger_time_ms() * 0.001;
+}
+
+std::size_t Session::gps_channel_count() const {
+  return gps_solution_count() == 0 ? 0 : kGpsChannelCount;
+}
+
+std::size_t Session::gps_solution_count() const {
+  return gps_solutions_of(inside_of(*this)).size();
+}
+
+std::uint64_t Session::sample_count(const Channel& channel, std::optional<int> lap) const {
+  if (channel.kind == ChannelKind::gps) return grid_slice_of(inside_of(*this), lap).count;
+  return size_of(count_in(handle_, channel, lap));
 }
 
 void Session::read(const Channel& channel, std::optional<int> lap, Samples& samples) const {
@@ -199,8 +254,38 @@ void Session::read(const Channel& channel, std::optional<int> lap, Samples& samp
   if (count > 0) written = fill_from(handle_, channel, lap, samples.times_s.data(), samples.values.data(), count);
   samples.times_s.resize(std::min(samples.times_s.size(), size_of(written)));
   samples.values.resize(samples.times_s.size());
-  if (channel.kind == ChannelKind::gps && !lap) {
-    for (double& time : samples.times_s) time /= 1000;  // the one place where the library counts in milliseconds
+}
+
+void Session::read_in_pieces(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const {
+  if (channel.kind == ChannelKind::gps) {
+    read_grid(channel, lap, take);
+    return;
+  }
+  // As many as the file has bytes for.
+  Samples samples;
+  read(channel, lap, samples);
+  take(samples);
+}
+
+void Session::read_grid(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const {
+  constexpr std::uint64_t kPiece = 1 << 16;
+  const SFileQLT& file = inside_of(*this);
+  const LapSlice slice = grid_slice_of(file, lap);
+  // The whole channel has its times by way of milliseconds, as the library gives them out.
+  const GpsTimeUnit unit = lap ? GpsTimeUnit::kSeconds : GpsTimeUnit::kMilliseconds;
+  Samples piece;
+  for (std::uint64_t done = 0; done < slice.count;) {
+    const std::uint64_t count = std::min(kPiece, slice.count - done);
+    piece.times_s.resize(static_cast<std::size_t>(count));
+    piece.values.resize(static_cast<std::size_t>(count));
+    const std::uint64_t written = file.gps.grid().fill(static_cast<u32>(channel.index), slice.first + done, count, unit,
+                                                       piece.times_s.data(), piece.values.data());
+    if (written != count) return;
+    if (unit == GpsTimeUnit::kMilliseconds) {
+      for (double& time : piece.times_s) time /= 1000;
+    }
+    if (!take(piece)) return;
+    done += count;
   }
 }
 

@@ -1,8 +1,11 @@
 // One open session file as the commands see it: the C interface with its results turned into values and its failures
-// into one line for a person. Made from the public header alone; used by the commands that show a session.
+// into one line for a person. Where the interface can't tell, or would take memory without bounds, it looks inside.
 #pragma once
 
+#include <cstdint>
 #include <ctime>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,14 +24,15 @@ enum class ChannelKind {
 struct Channel {
   ChannelKind kind = ChannelKind::logged;
   int index = 0;     // in the C interface, within its kind
-  std::string name;  // bytes as the library gives them
-  std::string unit;
+  std::string name;  // UTF-8
+  std::string unit;  // UTF-8
 };
 
 struct Lap {
   int number = 0;
   double start_s = 0;
   double duration_s = 0;
+  bool finished = true;  // no mark closed it otherwise: it ends where the recording does
 };
 
 struct Samples {
@@ -36,10 +40,12 @@ struct Samples {
   std::vector<double> values;
 };
 
+class TemporaryFile;
+
 class Session {
  public:
   // Throws Failure with the reason if the file can't be opened.
-  explicit Session(std::string path);
+  explicit Session(const std::string& path);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -65,12 +71,26 @@ class Session {
   // By its exact name: a logged channel, else a derived GPS channel, else a raw one. Throws Failure.
   Channel find_channel(const std::string& name);
 
-  int sample_count(const Channel& channel) const;
-  // All samples, or those of one lap (an index, from 0), with times in seconds. `samples` is overwritten.
+  // The time of the last logged sample, or of the last GPS solution where nothing else was logged. A file starts at 0.
+  double duration_s() const;
+  // How many derived GPS channels have samples, and how many solutions there are, without working the channels out.
+  std::size_t gps_channel_count() const;
+  std::size_t gps_solution_count() const;
+
+  // Of all samples, or of those of one lap (an index, from 0). A GPS channel may have hundreds of millions where a
+  // clock went wild.
+  std::uint64_t sample_count(const Channel& channel, std::optional<int> lap) const;
+  // All of them, with times in seconds; `samples` is overwritten. Not for derived GPS channels, see read_in_pieces.
   void read(const Channel& channel, std::optional<int> lap, Samples& samples) const;
+  // The same in pieces of bounded size where the file doesn't bound the number, for as long as `take` gives true.
+  using TakeSamples = std::function<bool(const Samples& piece)>;
+  void read_in_pieces(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const;
 
  private:
+  void read_grid(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const;
+
   std::string path_;
+  std::unique_ptr<TemporaryFile> expansion_;  // of a .qlc in a folder that takes none; goes behind the handle
   int handle_ = 0;
   std::optional<std::vector<Channel>> gps_;
   std::optional<std::vector<Channel>> gps_raw_;

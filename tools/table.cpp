@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "terminal.h"
 #include "text.h"
 
 namespace traguardo::tool {
@@ -31,6 +32,7 @@ void append_cell(std::string& line, const std::string& cell, std::size_t width, 
 Table::Table(std::vector<Column> columns) : columns_(std::move(columns)) {}
 
 void Table::add_row(std::vector<std::string> cells) {
+  for (std::string& text : cells) text = cell(text);
   rows_.push_back(std::move(cells));
 }
 
@@ -61,7 +63,7 @@ std::string pairs_to_text(const std::vector<std::pair<std::string, std::string>>
   for (const auto& [name, value] : pairs) width = std::max(width, display_width(name));
   std::string text;
   for (const auto& [name, value] : pairs) {
-    text.append(name).append(padding(width, display_width(name))).append(kGap).append(value).append(1, '\n');
+    text.append(name).append(padding(width, display_width(name))).append(kGap).append(cell(value)).append(1, '\n');
   }
   return text;
 }

@@ -1,4 +1,5 @@
-// Texts of a session as the outside wants them. The library hands out 8-bit texts of no particular encoding.
+// Texts of a session as the outside wants them. The library hands out 8-bit texts of no particular encoding; all text
+// that leaves the tool is UTF-8.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +11,7 @@ namespace traguardo::tool {
 // Valid UTF-8 stays; anything else is taken as Latin-1.
 std::string to_utf8(std::string_view text);
 
-// A unit for a person to read: the single byte that stands for lambda becomes its letter.
+// A unit in UTF-8: the single byte that stands for lambda becomes its letter.
 std::string readable_unit(std::string_view unit);
 
 // How many columns a UTF-8 text takes, with one per character.

@@ -91,7 +91,7 @@ void write_geojson(OutputFile& out, const TrackTitle& title, const std::vector<T
   fmt::format_to(at_end(),
                  "{{\"type\": \"FeatureCollection\", \"features\": [{{\"type\": \"Feature\", \"properties\": "
                  "{{\"name\": {}, \"date\": \"{}\", \"coordTimes\": [",
-                 Json(title.name).dump(), iso_date(title.begin));
+                 to_line(Json(title.name)), iso_date(title.begin));
   for (std::size_t i = 0; i < track.size(); ++i) {
     fmt::format_to(at_end(), "{}\"{}\"", i == 0 ? "" : ", ", iso_moment(moment_of(title.begin, track[i].time_s)));
     if (text.size() >= kFlushAt) hand_over(out, text);

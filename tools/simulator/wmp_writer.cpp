@@ -4,16 +4,15 @@
 #include <cctype>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <iterator>
 #include <set>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "failure.h"
 #include "output_file.h"
+#include "same_file.h"
 #include "simulator/gps_receiver.h"
 #include "simulator/jts_writer.h"
 #include "simulator/random.h"
@@ -300,6 +299,7 @@ SimulationSummary write_wmp_session(const SimulationOptions& options, const Circ
   session.logged_count =
       static_cast<std::size_t>(std::count_if(session.channels.begin(), session.channels.end(),
                                              [](const WmpChannel& channel) { return !channel.is_derived(); }));
+  if (tool::are_same_file(path, trace_path)) throw Failure(path + " and " + trace_path + " are one file");
   tool::OutputFile out(path);
   tool::OutputFile trace(trace_path);
   session.recording = record_session(options, circuit, session.logged(), session.form.has_runs());
@@ -309,14 +309,11 @@ SimulationSummary write_wmp_session(const SimulationOptions& options, const Circ
   const Bytes solutions = jts_file(session.recording.solutions);
   out.write(file.bytes.data(), file.bytes.size());
   trace.write(solutions.data(), solutions.size());
+  // Neither takes its name before both are whole.
+  trace.finish();
+  out.finish();
   trace.keep();
-  try {
-    out.keep();
-  } catch (const Failure&) {
-    std::error_code ignored;
-    std::filesystem::remove(trace_path, ignored);
-    throw;
-  }
+  out.keep();
   return summary_of(session, file);
 }
 

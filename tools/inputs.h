@@ -1,0 +1,32 @@
+// What a command reads, so that nothing that it writes takes the place of that.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace traguardo::tool {
+
+class Inputs {
+ public:
+  void add(const std::string& path) { paths_.push_back(path); }
+  // With what is read beside a session: the trace of a .wmp and the configurations of regulations, the expansion of a
+  // .qlc.
+  void add_session(const std::string& path);
+  // The configuration of the boost limit, with the limit files that it names.
+  void add_boost_configuration(const std::string& path);
+
+  // Throws Failure if a file under this path would take the place of an input; "-" is standard output. Call it before
+  // anything is read or made.
+  void refuse(const std::string& output) const;
+
+ private:
+  std::vector<std::string> paths_;
+};
+
+// The ending of a path, in lower case and with its point; empty without one.
+std::string lower_ending(const std::string& path);
+
+// Throws Failure for two outputs of one command that are one file.
+void refuse_equal_outputs(const std::vector<std::string>& outputs);
+
+}  // namespace traguardo::tool

@@ -1,0 +1,57 @@
+#include "same_file.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+namespace traguardo::tool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kStandardOutput = "/dev/stdout";
+
+bool is_same_letter(char a, char b) {
+  // Where folders are parted so, names know no case.
+  constexpr bool kIgnoresCase = fs::path::preferred_separator == '\\';
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+  return a == b || (kIgnoresCase && lower(a) == lower(b));
+}
+
+fs::path folder_of(const fs::path& path) {
+  return path.has_parent_path() ? path.parent_path() : fs::path(".");
+}
+
+}  // namespace
+
+std::string behind_links(const std::string& path) {
+  constexpr int kMostLinks = 40;  // as many as the system follows
+  fs::path place(path);
+  std::error_code problem;
+  for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(place, problem)); ++i) {
+    const fs::path next = fs::read_symlink(place, problem);
+    if (problem) break;
+    place = next.is_absolute() ? next : place.parent_path() / next;
+  }
+  return place.string();
+}
+
+bool are_same_file(const std::string& a, const std::string& b) {
+  if (a == "-" || b == "-") {
+    std::error_code problem;
+    return a != b && fs::equivalent(kStandardOutput, a == "-" ? b : a, problem) && fs::is_regular_file(kStandardOutput);
+  }
+  std::error_code problem;
+  if (fs::equivalent(a, b, problem)) return true;
+  // Only files can take each other's place: two that exist are compared already.
+  const fs::path one(behind_links(a));
+  const fs::path other(behind_links(b));
+  if (fs::exists(one, problem) || fs::exists(other, problem)) return false;
+  const std::string one_name = one.filename().string();
+  const std::string other_name = other.filename().string();
+  return std::equal(one_name.begin(), one_name.end(), other_name.begin(), other_name.end(), is_same_letter) &&
+         fs::equivalent(folder_of(one), folder_of(other), problem);
+}
+
+}  // namespace traguardo::tool

@@ -1,0 +1,21 @@
+// Text out of a file may hold what a terminal takes for a command. On a terminal it shows in a harmless form.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace traguardo::tool {
+
+enum class LineFeeds { kept, shown };
+
+// UTF-8 with its control characters as "\x1b", "\r" and the like; tabs share the fate of line feeds.
+std::string with_visible_controls(std::string_view utf8, LineFeeds line_feeds);
+
+// The text as this stream should get it: as it is, unless the stream is a terminal.
+std::string for_stream(std::FILE* stream, std::string_view utf8, LineFeeds line_feeds);
+
+// A text that takes one place in a line of standard output.
+std::string cell(std::string_view utf8);
+
+}  // namespace traguardo::tool
