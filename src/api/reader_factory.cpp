@@ -2,6 +2,7 @@
 
 #include <map>
 #include <new>
+#include <utility>
 
 #include "legacy/wmp_parser.h"
 #include "logger/logger_parser.h"
@@ -51,10 +52,46 @@ LoggerOptions parsed(const std::list<std::string>* options) {
   return result;
 }
 
-template <typename Text>
-Text with_qlt_ending(const Text& path, const Text& ending) {
-  const auto point = path.rfind(typename Text::value_type('.'));
-  return (point == Text::npos ? path : path.substr(0, point)) + ending;
+std::wstring with_qlt_ending(const std::wstring& path) {
+  return path.substr(0, path.rfind(L'.')) + L".qlt";
+}
+
+platform::File open_to_read(const std::wstring& path) {
+  return platform::File::open(path, platform::Access::kRead, platform::Share::kRead, platform::Creation::kMustExist);
+}
+
+// Expands a compressed session beside itself. Where nothing can be made there the expansion goes to the folder for
+// stores, if one is named, into a file without a name. Gives why the session can't be read then; kContent where what
+// stands there has to show.
+ParseFailure expand_session(const std::wstring& source_path, const std::wstring& target_path, platform::File* unnamed) {
+  Expansion result = CLz77::expand_to(source_path, target_path);
+  const std::wstring store_folder = platform::path_from_environment("TRAGUARDO_STORE_FOLDER");
+  if (result == Expansion::kNoPlace && !store_folder.empty() && !platform::file_exists(target_path)) {
+    const platform::File source = open_to_read(source_path);
+    *unnamed = platform::File::create_unnamed(store_folder);
+    if (!*unnamed) return ParseFailure::kStore;
+    u64 written = 0;
+    result = expand(source, [&](const u8* bytes, std::size_t count) {
+      const bool good = unnamed->write_at(written, bytes, count);
+      written += count;
+      return good;
+    });
+  }
+  switch (result) {
+    case Expansion::kUnreadable:
+      return ParseFailure::kReading;
+    case Expansion::kNotTaken:
+      return ParseFailure::kStore;
+    case Expansion::kNoMemory:
+      return ParseFailure::kMemory;
+    case Expansion::kNoPlace:
+      return platform::file_exists(target_path) ? ParseFailure::kContent : ParseFailure::kStore;
+    case Expansion::kWhole:
+    case Expansion::kDamaged:
+    case Expansion::kNoSource:
+      break;
+  }
+  return ParseFailure::kContent;
 }
 
 }  // namespace
@@ -78,20 +115,18 @@ std::unique_ptr<IRkParser> CreaParser(const std::wstring& path, int kind, const 
   if (kind == kKindWmp) return std::unique_ptr<IRkParser>(new (std::nothrow) CParserWMP(path));
   if (kind != kKindQlt && kind != kKindQlc) return nullptr;
   std::wstring work_path = path;
-  std::wstring temporary;
+  ParseFailure failure = ParseFailure::kContent;
+  platform::File expanded;
   if (kind == kKindQlc) {
-    const std::unique_ptr<ILz77> expander = CreaLz77();
-    if (expander == nullptr) return nullptr;
-    const std::string source = platform::host_bytes_from_path(path);
-    const std::string target = with_qlt_ending(source, std::string(".qlt"));
-    temporary = platform::path_from_host_bytes(target);
-    expander->Decomprimi(source.c_str(), target.c_str());
-    work_path = with_qlt_ending(path, std::wstring(L".qlt"));
+    work_path = with_qlt_ending(path);
+    failure = expand_session(path, work_path, &expanded);
   }
   const LoggerOptions settings = parsed(options);
-  std::unique_ptr<CParserZep_2Gv4> reader(new (std::nothrow) CParserZep_2Gv4(work_path, settings.report));
+  std::unique_ptr<CParserZep_2Gv4> reader(new (std::nothrow)
+                                              CParserZep_2Gv4(work_path, settings.report, std::move(expanded)));
   if (reader == nullptr) return nullptr;
-  if (!temporary.empty()) reader->AddFileTemporaneo(temporary);
+  if (kind == kKindQlc) reader->AddFileTemporaneo(work_path);
+  if (failure != ParseFailure::kContent) reader->refuse(failure);
   reader->SetTagDiDebug(settings.debug_tags);
   reader->SetMantieniCostanti(keep_constant);
   return reader;

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace traguardo {
 
-InputFile::InputFile(const std::wstring& path)
-    : file_(
-          platform::File::open(path, platform::Access::kRead, platform::Share::kRead, platform::Creation::kMustExist)) {
+platform::File InputFile::opened(const std::wstring& path) {
+  return platform::File::open(path, platform::Access::kRead, platform::Share::kRead, platform::Creation::kMustExist);
+}
+
+InputFile::InputFile(platform::File file) : file_(std::move(file)) {
   if (!file_ || !file_.size(&size_)) return;
   window_.reset(new (std::nothrow) u8[kWindow]);
   capacity_ = kWindow;
@@ -18,6 +21,7 @@ const u8* InputFile::Load(u64 offset, u64 length) {
   from_ = 0;
   end_ = 0;
   if (wanted != capacity_) {
+    capacity_ = 0;
     window_.reset();
     window_.reset(new u8[static_cast<std::size_t>(wanted)]);
     capacity_ = wanted;

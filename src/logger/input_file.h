@@ -11,7 +11,9 @@ namespace traguardo {
 
 class InputFile {
  public:
-  explicit InputFile(const std::wstring& path);
+  explicit InputFile(platform::File file);
+  explicit InputFile(const std::wstring& path) : InputFile(opened(path)) {}
+  static platform::File opened(const std::wstring& path);
 
   // False where the file or the memory for its window could not be had.
   bool IsValido() const { return window_ != nullptr; }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <limits>
+#include <utility>
 
 #include "logger/tag_scan.h"
 #include "support/event_log.h"
@@ -13,9 +14,9 @@ namespace {
 constexpr const char* kParsaFile = "CParserZep_2Gv4::ParsaFile";
 }
 
-CParserZep_2Gv4::CParserZep_2Gv4(const std::wstring& path, const LoggerReportOptions& options)
+CParserZep_2Gv4::CParserZep_2Gv4(const std::wstring& path, const LoggerReportOptions& options, platform::File expanded)
     : CParser(path),
-      input_(path),
+      input_(expanded ? std::move(expanded) : InputFile::opened(path)),
       // Offsets inside a file of this family are 32-bit numbers, the highest of which ends a walk; what lies behind
       // can't be named.
       size_(static_cast<u32>(std::min<u64>(input_.size(), kStopWalk - 1))),
@@ -33,7 +34,7 @@ bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Can't alloc memory\n");
     return false;
   }
-  if (size_ == 0) return false;
+  if (refused_ || size_ == 0) return false;
   if (options_.lap_statistics) {
     separate_lap_statistics_ = std::make_unique<SStatLap>();
     lap_statistics_ = separate_lap_statistics_.get();

@@ -32,11 +32,16 @@ struct LoggerReportOptions {
 
 class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap, private ILapReceiver {
  public:
-  // Opens the file at once; ParsaFile reports if that failed.
-  CParserZep_2Gv4(const std::wstring& path, const LoggerReportOptions& options);
+  // Opens the file at once; ParsaFile reports if that failed. `expanded`: the file itself, where it lies under no name.
+  CParserZep_2Gv4(const std::wstring& path, const LoggerReportOptions& options, platform::File expanded = {});
   ~CParserZep_2Gv4() override;
 
   bool ParsaFile(IProgress* progress) override;
+  // ParsaFile shall give false: what the file was to be read from could not be made.
+  void refuse(ParseFailure failure) {
+    set_failure(failure);
+    refused_ = true;
+  }
 
   // --- IExternalHelper
   bool OnTag(const SAtomTag& tag) override;
@@ -165,6 +170,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
 
   InputFile input_;
   u32 size_ = 0;
+  bool refused_ = false;
   const LoggerReportOptions options_;
   IProgress* progress_ = nullptr;
   int progress_handle_ = 0;

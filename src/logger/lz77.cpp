@@ -4,9 +4,8 @@
 
 #include <array>
 #include <new>
-#include <string>
 
-#include "support/platform/platform.h"
+#include "support/platform/unfinished_files.h"
 
 namespace traguardo {
 
@@ -18,7 +17,8 @@ using platform::File;
 using platform::Share;
 
 constexpr std::size_t kBufferSize = 16384;
-constexpr i32 kFailedIo = -1;
+// Offsets in a session are 32-bit numbers.
+constexpr u64 kLargestSession = u64{1} << 32;
 // Tells zlib which interface this code was written against; it compares the first digit.
 constexpr const char* kZlibVersion = "1.2.8";
 
@@ -39,60 +39,86 @@ class Inflater {
   int result_;
 };
 
-i32 expand(const File& source, File* target, Inflater* inflater) {
-  std::array<u8, kBufferSize> input;
-  std::array<u8, kBufferSize> output;
+File open_source(const std::wstring& path) {
+  return File::open(path, Access::kRead, Share::kRead, Creation::kMustExist);
+}
+
+u64 size_of(const std::wstring& path) {
+  const File file = open_source(path);
   u64 size = 0;
-  if (!source.size(&size)) return kFailedIo;
-  u64 read = 0;
-  u64 written = 0;
-  int result = Z_OK;
-  while (result != Z_STREAM_END) {
-    const std::size_t got = source.read_at(read, input.data(), input.size());
-    read += got;
-    if (got < input.size() && read < size) return kFailedIo;
-    if (got == 0) break;
-    const int flush = got < input.size() ? Z_FINISH : Z_NO_FLUSH;
-    (*inflater)->next_in = input.data();
-    (*inflater)->avail_in = static_cast<uInt>(got);
-    do {
-      (*inflater)->next_out = output.data();
-      (*inflater)->avail_out = static_cast<uInt>(output.size());
-      result = inflater->Inflate(flush);
-      const std::size_t produced = output.size() - (*inflater)->avail_out;
-      // What came out in front of the damage is worth keeping.
-      const bool stored = target->write_at(written, output.data(), produced);
-      written += produced;
-      if (result == Z_NEED_DICT) return Z_DATA_ERROR;
-      if (result == Z_DATA_ERROR || result == Z_MEM_ERROR) return result;
-      if (!stored) return kFailedIo;
-    } while ((*inflater)->avail_out == 0);
-  }
-  return result == Z_STREAM_END ? 0 : Z_DATA_ERROR;
+  return file && file.size(&size) ? size : 0;
 }
 
 }  // namespace
 
-i32 CLz77::Decomprimi(const char* source_path, const char* target_path) {
+Expansion expand(const File& source, const std::function<bool(const u8*, std::size_t)>& take) {
   Inflater inflater;
-  if (inflater.result() != Z_OK) return inflater.result();
-  const File source =
-      File::open(platform::path_from_host_bytes(source_path), Access::kRead, Share::kRead, Creation::kMustExist);
-  if (!source) return 0;
-  // Into a file of its own first, which then takes the target's name: a reader that has the old target mapped keeps it.
-  const std::wstring target = platform::path_from_host_bytes(target_path);
-  const std::size_t folder_end = target.find_last_of(L"/\\");
-  const std::wstring folder = folder_end == std::wstring::npos ? std::wstring() : target.substr(0, folder_end + 1);
-  const std::wstring fresh = folder + widen_bytes(platform::unique_token()) + L".qlt.tmp";
-  File file = File::open(fresh, Access::kReadWrite, Share::kRead, Creation::kCreateOrTruncate);
-  if (!file) return 0;
-  i32 result = expand(source, &file, &inflater);
-  if (!file.close()) result = kFailedIo;
-  if (!platform::rename_file(fresh, target)) {
-    platform::delete_file(fresh);
-    return 0;
+  if (inflater.result() != Z_OK) return Expansion::kNoMemory;
+  std::array<u8, kBufferSize> input;
+  std::array<u8, kBufferSize> output;
+  u64 size = 0;
+  if (!source.size(&size)) return Expansion::kUnreadable;
+  u64 read = 0;
+  u64 yielded = 0;
+  int result = Z_OK;
+  while (result != Z_STREAM_END) {
+    const std::size_t got = source.read_at(read, input.data(), input.size());
+    read += got;
+    if (got < input.size() && read < size) return Expansion::kUnreadable;
+    if (got == 0) break;
+    const int flush = got < input.size() ? Z_FINISH : Z_NO_FLUSH;
+    inflater->next_in = input.data();
+    inflater->avail_in = static_cast<uInt>(got);
+    do {
+      inflater->next_out = output.data();
+      inflater->avail_out = static_cast<uInt>(output.size());
+      result = inflater.Inflate(flush);
+      if (result == Z_MEM_ERROR) return Expansion::kNoMemory;
+      // What came out in front of damage is worth having.
+      const std::size_t produced = output.size() - inflater->avail_out;
+      if (produced != 0 && !take(output.data(), produced)) return Expansion::kNotTaken;
+      yielded += produced;
+      if (yielded >= kLargestSession) return Expansion::kWhole;
+      if (result == Z_NEED_DICT || result == Z_DATA_ERROR) return Expansion::kDamaged;
+    } while (inflater->avail_out == 0);
   }
-  return result;
+  return result == Z_STREAM_END ? Expansion::kWhole : Expansion::kDamaged;
+}
+
+Expansion CLz77::expand_to(const std::wstring& source_path, const std::wstring& target_path) {
+  const File source = open_source(source_path);
+  if (!source) return Expansion::kNoSource;
+  platform::PartFile fresh;
+  if (!fresh.begin(target_path)) return Expansion::kNoPlace;
+  u64 written = 0;
+  const Expansion result = expand(source, [&](const u8* bytes, std::size_t count) {
+    written += count;
+    return fresh.write(bytes, count);
+  });
+  if (result != Expansion::kWhole && result != Expansion::kDamaged) return result;
+  if (!fresh.finish()) return Expansion::kNotTaken;
+  const u64 present = size_of(target_path);
+  if (result == Expansion::kDamaged && written <= present) return result;
+  if (fresh.take_place()) return result;
+  // Where a system lets nobody replace a file that is being read, that file is this one's twin.
+  return written == present ? result : Expansion::kNoPlace;
+}
+
+i32 CLz77::Decomprimi(const char* source, const char* target) {
+  switch (expand_to(platform::path_from_host_bytes(source), platform::path_from_host_bytes(target))) {
+    case Expansion::kDamaged:
+      return Z_DATA_ERROR;
+    case Expansion::kUnreadable:
+    case Expansion::kNotTaken:
+      return Z_ERRNO;
+    case Expansion::kNoMemory:
+      return Z_MEM_ERROR;
+    case Expansion::kWhole:
+    case Expansion::kNoSource:
+    case Expansion::kNoPlace:
+      break;
+  }
+  return 0;
 }
 
 std::unique_ptr<ILz77> CreaLz77() {

@@ -19,20 +19,20 @@ std::atomic<u64> g_disk_room{kAnything};
 std::atomic<int> g_failing{-1};
 std::atomic<u64> g_successes_left{0};
 
-bool disk_takes(u64 growth) {
-  u64 room = g_disk_room.load(std::memory_order_relaxed);
-  do {
-    if (room == kAnything) return true;
-    if (growth > room) return detail::fail_with(detail::kDiskFull);
-  } while (!g_disk_room.compare_exchange_weak(room, room - growth));
-  return true;
-}
-
 }  // namespace
 
 bool detail::fail_with(u32 code) {
   t_last_error = code;
   return false;
+}
+
+bool detail::disk_takes(u64 growth) {
+  u64 room = g_disk_room.load(std::memory_order_relaxed);
+  do {
+    if (room == kAnything) return true;
+    if (growth > room) return fail_with(kDiskFull);
+  } while (!g_disk_room.compare_exchange_weak(room, room - growth));
+  return true;
 }
 
 bool detail::may_go_on(Operation operation) {
@@ -104,7 +104,7 @@ bool File::write_at(u64 offset, const void* bytes, std::size_t count) {
   if (g_disk_room.load(std::memory_order_relaxed) != kAnything) {
     u64 present = 0;
     if (!size(&present)) return false;
-    if (offset + count > present && !disk_takes(offset + count - present)) return false;
+    if (offset + count > present && !detail::disk_takes(offset + count - present)) return false;
   }
   return write_bytes(offset, bytes, count);
 }

@@ -20,6 +20,9 @@ bool may_go_on(Operation operation);
 // Remembers the code for last_error() and gives false.
 bool fail_with(u32 code);
 
+// False, with an error for last_error(), where the disk of a test takes no more. Counts the bytes otherwise.
+bool disk_takes(u64 growth);
+
 // The text as this system's text files hold it.
 std::string with_line_ends(std::string_view text);
 

@@ -238,7 +238,14 @@ std::wstring random_token() {
   return token;
 }
 
+bool PartFile::write(const void* bytes, std::size_t count) {
+  if (!detail::may_go_on(Operation::kWrite) || !detail::disk_takes(count)) return false;
+  errno = 0;
+  return std::fwrite(bytes, 1, count, stream_) == count || detail::fail_with(static_cast<u32>(errno));
+}
+
 bool PartFile::begin(const std::wstring& target) {
+  if (!detail::may_go_on(Operation::kOpen)) return false;
   constexpr int kTries = 100;
   target_ = target;
   remove_dead_parts(target);
@@ -277,6 +284,7 @@ bool PartFile::finish() {
 }
 
 bool PartFile::take_place() {
+  if (!detail::may_go_on(Operation::kRename)) return false;
   if (::MoveFileExW(path_.c_str(), target_.c_str(), MOVEFILE_REPLACE_EXISTING) == 0) return failed();
   path_.clear();
   mark_.end();
@@ -327,6 +335,7 @@ bool PartFile::finish() {
 }
 
 bool PartFile::take_place() {
+  if (!detail::may_go_on(Operation::kRename)) return false;
   const std::string target = host_bytes_from_path(target_);
   struct stat present;
   if (::stat(target.c_str(), &present) == 0) {

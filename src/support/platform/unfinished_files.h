@@ -51,6 +51,8 @@ class PartFile {
   // Removes what dead processes left of this target, and begins a file of its own beside it. False on failure, with
   // last_error().
   bool begin(const std::wstring& target);
+  // All or nothing, between begin() and finish(): false, with last_error(), if not every byte was taken.
+  bool write(const void* bytes, std::size_t count);
   // Null before begin() and behind finish().
   std::FILE* stream() const { return stream_; }
   // Everything is on its way to the disk: false, with last_error(), if it isn't.
