@@ -25,6 +25,11 @@ u64 time_of(const u8* frame) {
   return u64{load_u32(frame + kTimeOffset)} * kMicrosecondsPerMillisecond;
 }
 
+// Within the first minute of data any clock is believed; later one that jumps by more than a minute is not.
+bool is_plausible(u64 time, u64 highest) {
+  return highest <= kOneMinute || (time <= highest + kOneMinute && time + kOneMinute >= highest);
+}
+
 // False if the store can't grow any more; a refused sample is only noted.
 bool Accept(CCanaleQLT::Esito outcome, SStatMisura* statistics, u64 position) {
   if (outcome == CCanaleQLT::kRifiutato && statistics != nullptr) statistics->AggiungiErrore(position);
@@ -43,6 +48,10 @@ u32 CParserZep_2Gv4::OnUntaggedBytes(u32 offset) {
       if (!(bytes[0] == '<' && left > 1 && bytes[1] == 'h')) errors_file_.Append(at);
       break;
     }
+    if (const u64 run = DecodePlainRun(bytes, input_.Ready(at)); run != 0) {
+      at += run;
+      continue;
+    }
     const u8 letter = left > 1 ? bytes[1] : 0;
     const u32 consumed = DecodeFrame(letter, Frame{bytes, left, at, false});
     if (consumed == kStopWalk) return kStopWalk;
@@ -54,6 +63,33 @@ u32 CParserZep_2Gv4::OnUntaggedBytes(u32 offset) {
   }
   const u64 advanced = std::min<u64>(at, size_) - offset;
   return advanced == 0 ? 1 : static_cast<u32>(advanced);
+}
+
+// The common case without its odd branches: (S frames of known channels with plain values, one behind the other, while
+// nobody counts them. Gives the bytes that they take; the frame behind them is DecodeFrame's, whatever it is.
+u64 CParserZep_2Gv4::DecodePlainRun(const u8* bytes, u64 ready) {
+  const ChannelEntry* const channels = by_index_.data();
+  const u64 channel_count = by_index_.size();
+  const u8* at = bytes;
+  const u8* const end = bytes + ready;
+  u64 highest = highest_time_;
+  while (static_cast<u64>(end - at) > kFrameHead && at[0] == '(' && at[1] == 'S') {
+    const u16 index = load_u16(at + kIndexOffset);
+    if (index >= channel_count) break;
+    const ChannelEntry& channel = channels[index];
+    const u64 length = kFrameHead + channel.sample_size + 1;
+    if (channel.sink == nullptr || channel.statistics != nullptr) break;
+    if (length > static_cast<u64>(end - at) || at[length - 1] != ')') break;
+    const u64 time = time_of(at);
+    if (is_plausible(time, highest)) {
+      if (!channel.sink->HasRoom()) break;
+      highest = std::max(highest, time);
+      channel.sink->AddValore(time, channel.reader(at + kFrameHead));
+    }
+    at += length;
+  }
+  highest_time_ = highest;
+  return static_cast<u64>(at - bytes);
 }
 
 // Its last byte is looked at first: a count in a broken frame may claim any length.
@@ -81,12 +117,6 @@ u32 CParserZep_2Gv4::DecodeFrame(u8 letter, const Frame& frame) {
     default:
       return 0;
   }
-}
-
-// Within the first minute of data any clock is believed; later one that jumps by more than a minute is not.
-bool CParserZep_2Gv4::IsPlausible(u64 time) const {
-  if (highest_time_ <= kOneMinute) return true;
-  return time <= highest_time_ + kOneMinute && time + kOneMinute >= highest_time_;
 }
 
 // A sample without bytes is a claim without cover: a frame of 11 bytes could ask for 65,535 of them. A file is believed
@@ -123,7 +153,7 @@ u32 CParserZep_2Gv4::DecodeS(Frame frame) {
   }
   const u64 time = time_of(frame.at);
   SStatMisura* statistics = channel->statistics;
-  if (!IsPlausible(time)) {
+  if (!is_plausible(time, highest_time_)) {
     if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
     return static_cast<u32>(length);
   }
@@ -154,7 +184,7 @@ u32 CParserZep_2Gv4::DecodeM(Frame frame) {
   }
   const u64 time = time_of(frame.at);
   SStatMisura* statistics = channel->statistics;
-  if (!IsPlausible(time)) {
+  if (!is_plausible(time, highest_time_)) {
     if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
     return static_cast<u32>(length);
   }
@@ -204,7 +234,7 @@ u32 CParserZep_2Gv4::DecodePlaces(Frame frame, const DescriptorTable& table, Err
     return kRejected;
   }
   const u64 time = time_of(frame.at);
-  if (!IsPlausible(time)) {
+  if (!is_plausible(time, highest_time_)) {
     errors->Append(frame.position);
     return static_cast<u32>(length);
   }

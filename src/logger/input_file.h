@@ -24,6 +24,8 @@ class InputFile {
   const u8* At(u64 offset, u64 length) {
     return Holds(offset, length) ? window_.get() + (offset - from_) : Load(offset, length);
   }
+  // Bytes behind what At gave for `offset`, from there on.
+  u64 Ready(u64 offset) const { return end_ - offset; }
   // The same for a look at bytes elsewhere: what At gave stays good. REQUIRES: length <= kLongestLook.
   const u8* Far(u64 offset, u64 length) {
     return Holds(offset, length) ? window_.get() + (offset - from_) : Look(offset, length);

@@ -124,6 +124,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
     u64 offset_of(const u8* bytes) const { return rebuilt ? position : position + static_cast<u64>(bytes - at); }
   };
   static constexpr u64 kLookAhead = 4096;
+  u64 DecodePlainRun(const u8* bytes, u64 ready);
   u32 DecodeFrame(u8 letter, const Frame& frame);
   u32 DecodeS(Frame frame);
   u32 DecodeM(Frame frame);
@@ -138,7 +139,6 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   bool ClosesFarAway(Frame* frame, u64 length);
   u32 DecodePlaces(Frame frame, const DescriptorTable& table, ErrorList* errors, void (SStatMisura::*count_sample)());
   ChannelDescriptor* FindDescriptor(const DescriptorTable& table, u16 index);
-  bool IsPlausible(u64 time) const;
   void Raise(u64 time) { highest_time_ = std::max(highest_time_, time); }
   bool CoversEmptySamples(u64 samples);
   const std::vector<ChannelDescriptor::Place>& BelievedPlaces(const ChannelDescriptor& descriptor) {

@@ -55,6 +55,8 @@ class alignas(64) CParsedChannel final : public IRkChannel {
   u32 GetDeviceSerial() const override { return device_serial_; }
 
   // --- What readers and the merged view use
+  // The next sample finds room without a further thought.
+  bool HasRoom() const { return store_.HasRoom(); }
   // One sample. A time not above the last one's is refused, except behind a window's edge.
   Esito AddValore(u64 time, float value) {
     // A record that finds room has a predecessor in its window.
