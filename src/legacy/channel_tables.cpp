@@ -1,5 +1,6 @@
 // The rows of the channel table and the areas that their samples lie in; the spans of runs.
 #include <algorithm>
+#include <atomic>
 #include <limits>
 #include <new>
 #include <unordered_map>
@@ -164,7 +165,7 @@ void CWMP::resize_derived_channel(std::size_t index) {
 
 void CWMP::rebuild_measures() {
   // Counted over all sessions of the process, so that no two tables ever share a number.
-  static u64 tables = 0;
+  static std::atomic<u64> tables{0};
   names_version_ = ++tables;
   measures_.clear();
   measures_.reserve(channels_.size());

@@ -1,8 +1,6 @@
 // The tag CNF: from its records come the tables that the stream is decoded against. A file may repeat it; samples of a
 // channel whose unit stays the same go on.
 
-#include <new>
-
 #include "logger/logger_parser.h"
 #include "support/event_log.h"
 #include "units/converter.h"
@@ -30,10 +28,8 @@ constexpr int kTimeWidth = 15;
 
 // False only if memory or a store could not be had; bad tags inside are passed over.
 bool CParserZep_2Gv4::TakeConfiguration(const SAtomTag& tag) {
-  const std::unique_ptr<IAtomTagDecoderBin> decoder = CreaAtomTagDecoder();
-  if (decoder == nullptr) return true;
   std::vector<SAtomTag> inner_tags;
-  decoder->VectorTagsNamed(tag.payload, tag.payloadSize, {"CHS", "CDE", "FT1", "ACD", "GRP"}, inner_tags);
+  CAtomTagDecoder().VectorTagsNamed(tag.payload, tag.payloadSize, {"CHS", "CDE", "FT1", "ACD", "GRP"}, inner_tags);
   if (!GeneraMappeSCanale(inner_tags)) return false;
   TakeExtras(inner_tags);
   const auto is_known = [this](u16 channel) { return ChannelAt(channel) != nullptr; };
@@ -85,11 +81,7 @@ CParserZep_2Gv4::Entry CParserZep_2Gv4::TakeChannelRecord(const ChannelRecord& r
     return Entry::kTaken;
   }
   if (object == nullptr) {
-    object.reset(new (std::nothrow) CCanaleQLT(record));
-    if (object == nullptr) {
-      TRAGUARDO_LOG(kGeneraMappe, "%s [%d] ERROR = Can't alloc memory\n");
-      return Entry::kFailed;
-    }
+    object = std::make_unique<CCanaleQLT>(record);
   } else {
     object->SetRecord(record);
   }
@@ -133,7 +125,7 @@ std::unique_ptr<CCanaleQLT> CParserZep_2Gv4::PacketObject(const ChannelRecord& r
     case FID_DETTAGLI_GPS:
       if (record.variant() == FID_SPEC_GPS_ZEPNAVSOL) {
         CGPSSamples* trace = GetOCreaTracciaGps(record.name());
-        return trace == nullptr ? nullptr : std::make_unique<CCanaleQLT_GPS>(record, trace);
+        return std::make_unique<CCanaleQLT_GPS>(record, trace);
       }
       break;
     case FID_DETTAGLI_LAPTIME:

@@ -127,7 +127,6 @@ bool CParserZep_2Gv4::IsHeaderTag(const SAtomTag& tag) {
 
 void CParserZep_2Gv4::AddGpsTag(const SAtomTag& tag) {
   CGPSSamples* trace = GetOCreaTracciaGps(tag.name);
-  if (trace == nullptr) return;
   const u64 offset = u64{tag.offset} + kTagOpeningSize;
   // An assignment, not a maximum: a receiver's clock that runs back takes the reader's clock with it.
   if (trace->AddRecord(highest_time_, tag.payload, tag.payloadSize, offset)) {
@@ -175,11 +174,10 @@ void CParserZep_2Gv4::ExtractIdents(const std::vector<KeptTag>& tags, IdentMap* 
 }
 
 void CParserZep_2Gv4::ExtractEcuInfo() {
-  const std::unique_ptr<IAtomTagDecoderBin> decoder = CreaAtomTagDecoder();
-  if (decoder == nullptr) return;
   for (const KeptTag& tag : ecu_tags_) {
     std::vector<SAtomTag> inner_tags;
-    decoder->VectorTagsNamed(tag.payload.data(), static_cast<u32>(tag.payload.size()), {"MAN", "MOD"}, inner_tags);
+    CAtomTagDecoder().VectorTagsNamed(tag.payload.data(), static_cast<u32>(tag.payload.size()), {"MAN", "MOD"},
+                                      inner_tags);
     std::pair<std::string, std::string> info;
     for (const SAtomTag& inner : inner_tags) {
       const std::string_view bytes(reinterpret_cast<const char*>(inner.payload), inner.payloadSize);

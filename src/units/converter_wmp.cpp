@@ -1,7 +1,5 @@
 #include "units/converter_wmp.h"
 
-#include <new>
-
 #include "support/event_log.h"
 #include "units/sample_formats.h"
 
@@ -49,11 +47,7 @@ CConverterWMP::CConverterWMP(const ChannelRecord* record, bool zero_offset) {
     return;
   }
   if (!zero_offset) byte_offset_ = record->offset_in_packet();
-  try {
-    reader_ = reader_of(record->format());
-  } catch (const std::bad_alloc&) {
-    return;
-  }
+  reader_ = reader_of(record->format());
   if (reader_ != nullptr) width_ = width_of(record->format());
 }
 

@@ -100,20 +100,27 @@ void tell_change(bool is_changed, u32* changed) {
   if (changed != nullptr) *changed = is_changed ? *changed | kSystemChanged : *changed & ~kSystemChanged;
 }
 
-std::unique_ptr<CUserUnitsOfMeasureMgr>& instance() {
-  static std::unique_ptr<CUserUnitsOfMeasureMgr> manager;
-  return manager;
+// Two threads that open their first files at a time make one manager.
+struct Instance {
+  std::mutex lock;
+  std::unique_ptr<CUserUnitsOfMeasureMgr> manager;
+};
+Instance& instance() {
+  static Instance made_once;
+  return made_once;
 }
 
 }  // namespace
 
 CUserUnitsOfMeasureMgr* CUserUnitsOfMeasureMgr::GetInstance() {
-  if (instance() == nullptr) instance() = std::make_unique<CUserUnitsOfMeasureMgr>();
-  return instance().get();
+  const std::scoped_lock held(instance().lock);
+  if (instance().manager == nullptr) instance().manager = std::make_unique<CUserUnitsOfMeasureMgr>();
+  return instance().manager.get();
 }
 
 void CUserUnitsOfMeasureMgr::Release() {
-  instance().reset();
+  const std::scoped_lock held(instance().lock);
+  instance().manager.reset();
 }
 
 CUserUnitsOfMeasureMgr::CUserUnitsOfMeasureMgr()
@@ -127,26 +134,18 @@ CUserUnitsOfMeasureMgr::CUserUnitsOfMeasureMgr()
 }
 
 CUserUnitsAndNDecPerFID* CUserUnitsOfMeasureMgr::AssicuraPresenzaIniFunzione(u32 fid) {
-  try {
-    const u32 catalogue_fid = functions_.GetCatalogueFid(fid);
-    std::unique_ptr<CUserUnitsAndNDecPerFID>& entry = per_function_[catalogue_fid];
-    if (entry == nullptr) entry = std::make_unique<CUserUnitsAndNDecPerFID>(functions_, catalogue_fid);
-    return entry.get();
-  } catch (const std::bad_alloc&) {
-    TRAGUARDO_LOG("CUserUnitsOfMeasureMgr::AssicuraPresenzaIniFunzione", "%s [%d] ERROR = Can't alloc memory\n");
-    return nullptr;
-  }
+  const u32 catalogue_fid = functions_.GetCatalogueFid(fid);
+  const std::scoped_lock held(entries_lock_);
+  std::unique_ptr<CUserUnitsAndNDecPerFID>& entry = per_function_[catalogue_fid];
+  if (entry == nullptr) entry = std::make_unique<CUserUnitsAndNDecPerFID>(functions_, catalogue_fid);
+  return entry.get();
 }
 
 CUserAutoCalValuesPerChName* CUserUnitsOfMeasureMgr::AssicuraPresenzaIniCanale(std::string_view name) {
-  try {
-    std::unique_ptr<CUserAutoCalValuesPerChName>& entry = per_channel_[std::string(name)];
-    if (entry == nullptr) entry = std::make_unique<CUserAutoCalValuesPerChName>(std::string(name));
-    return entry.get();
-  } catch (const std::bad_alloc&) {
-    TRAGUARDO_LOG("CUserUnitsOfMeasureMgr::AssicuraPresenzaIniCanale", "%s [%d] ERROR = Can't alloc memory\n");
-    return nullptr;
-  }
+  const std::scoped_lock held(entries_lock_);
+  std::unique_ptr<CUserAutoCalValuesPerChName>& entry = per_channel_[std::string(name)];
+  if (entry == nullptr) entry = std::make_unique<CUserAutoCalValuesPerChName>(std::string(name));
+  return entry.get();
 }
 
 bool CUserUnitsOfMeasureMgr::SetUnitaScelta(u32 fid, std::string_view unit) {
@@ -185,6 +184,7 @@ bool CUserUnitsOfMeasureMgr::SetValoreAutoCal(std::string_view channel, std::str
 }
 
 float CUserUnitsOfMeasureMgr::GetValoreAutoCal(std::string_view channel, std::string_view key) const {
+  const std::scoped_lock held(entries_lock_);
   const auto entry = per_channel_.find(channel);
   return entry == per_channel_.end() ? 0.0F : entry->second->GetValoreAutoCal(key);
 }

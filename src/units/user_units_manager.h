@@ -6,6 +6,7 @@
 #include <array>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -141,7 +142,8 @@ class IUserUnitOfMeasureManager {
 
 class CUserUnitsOfMeasureMgr final : public IUserUnitOfMeasureManager {
  public:
-  // The one object of the process, made at first use. Not locked: for the thread that opens a file.
+  // The one object of the process, made at first use. Entries come into being under a lock, since every file that is
+  // opened asks for some; who changes a setting does so before files are opened.
   static CUserUnitsOfMeasureMgr* GetInstance();
   static void Release();
 
@@ -215,6 +217,7 @@ class CUserUnitsOfMeasureMgr final : public IUserUnitOfMeasureManager {
   const TextMap& channel_units(ChannelUnitKind kind) const { return channel_units_[static_cast<std::size_t>(kind)]; }
 
   CFunzioni functions_;
+  mutable std::mutex entries_lock_;
   std::map<u32, std::unique_ptr<CUserUnitsAndNDecPerFID>> per_function_;
   std::map<std::string, std::unique_ptr<CUserAutoCalValuesPerChName>, std::less<>> per_channel_;
   bool length_imperial_ = false;

@@ -265,15 +265,16 @@ PartFile::~PartFile() {
 
 // Others may delete it, as the handler of an event does, but not open it for that by themselves.
 bool PartFile::begin_as(const std::wstring& path) {
+  path_ = path;
   mark_ = UnfinishedFile(path);
   const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_DELETE, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) {
     const u32 code = ::GetLastError();
+    path_.clear();
     mark_.end();
     return detail::fail_with(code == ERROR_FILE_EXISTS ? 0 : code);
   }
-  path_ = path;
   stream_ = ::_fdopen(::_open_osfhandle(reinterpret_cast<std::intptr_t>(file), _O_WRONLY), "wb");
   return stream_ != nullptr;
 }
@@ -293,22 +294,25 @@ bool PartFile::take_place() {
 
 void PartFile::give_up() {
   if (stream_ != nullptr) std::fclose(std::exchange(stream_, nullptr));
-  if (!path_.empty()) ::DeleteFileW(std::exchange(path_, {}).c_str());
+  if (!path_.empty()) ::DeleteFileW(path_.c_str());
+  path_.clear();
   mark_.end();
 }
 
 #else
 
 bool PartFile::begin_as(const std::wstring& path) {
-  const std::string bytes = host_bytes_from_path(path);
+  path_bytes_ = host_bytes_from_path(path);
+  const std::string& bytes = path_bytes_;
+  path_ = path;
   mark_ = UnfinishedFile(path);
   const int descriptor = ::open(bytes.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
   if (descriptor < 0) {
     const u32 code = static_cast<u32>(errno);
+    path_.clear();
     mark_.end();
     return detail::fail_with(code == EEXIST ? 0 : code);
   }
-  path_ = path;
   // Whoever looks for dead parts may have come between; a file system without locks has nobody who would.
   const bool has_rival = ::flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
   if (has_rival || !is_still_named(descriptor, bytes)) {
@@ -347,7 +351,7 @@ bool PartFile::take_place() {
     kept = ::fchmod(descriptor, present.st_mode & (kept ? 07777U : 0777U)) == 0;
     static_cast<void>(kept);
   }
-  if (std::rename(host_bytes_from_path(path_).c_str(), target.c_str()) != 0) return failed();
+  if (std::rename(path_bytes_.c_str(), target.c_str()) != 0) return failed();
   path_.clear();
   give_up();
   return true;
@@ -355,7 +359,8 @@ bool PartFile::take_place() {
 
 void PartFile::give_up() {
   if (stream_ != nullptr) std::fclose(std::exchange(stream_, nullptr));
-  if (!path_.empty()) delete_file(std::exchange(path_, {}));
+  if (!path_.empty()) ::unlink(path_bytes_.c_str());
+  path_.clear();
   mark_.end();
   if (life_ >= 0) ::close(static_cast<int>(std::exchange(life_, -1)));
 }

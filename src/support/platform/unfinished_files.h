@@ -69,6 +69,7 @@ class PartFile {
 
   std::wstring target_;
   std::wstring path_;
+  std::string path_bytes_;  // the same as the host's bytes, where the system takes those: removing it needs no memory
   UnfinishedFile mark_;
   std::FILE* stream_ = nullptr;
   std::intptr_t life_ = -1;  // tells others, until the rename is done, that somebody is at work
