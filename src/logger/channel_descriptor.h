@@ -19,6 +19,9 @@ class ChannelDescriptor {
     u16 number;  // place in the list, counting those without a channel
   };
 
+  // Head and 65,535 channel indexes.
+  static constexpr u32 kLargestSize = 6 + 2 * 65535;
+
   // Null if the bytes are no descriptor: index, time base, count (groups: index, count), then exactly `count` channel
   // indexes, at least one. `is_known` tells which of them stand in the channel table: a place whose channel comes later
   // stays without one for good, since the logger that wrote the descriptor knew of none.

@@ -1,7 +1,10 @@
 // The tag CNF: from its records come the tables that the stream is decoded against. A file may repeat it; samples of a
 // channel whose unit stays the same go on.
 
+#include <utility>
+
 #include "logger/logger_parser.h"
+#include "logger/tag_scan.h"
 #include "support/event_log.h"
 #include "units/converter.h"
 #include "units/converter_wmp.h"
@@ -18,57 +21,68 @@ constexpr const char* kGeneraMappe = "CParserZep_2Gv4::GeneraMappeSCanale";
 constexpr u32 kFlagHoldLastValue = 0x200;
 constexpr u32 kFlag400 = 0x400;
 constexpr u32 kLateralAcceleration = 0x1183;
-constexpr u32 kExtraCdeSize = 6;
-constexpr u32 kExtraFt1Size = 10;
 // How a value of a logged channel is shown.
 constexpr int kSignificantDigits = 5;
 constexpr int kTimeWidth = 15;
 
+ChannelRecord record_at(InputFile* file, u64 place) {
+  return ChannelRecord(std::span<const u8>(file->At(place, ChannelRecord::kSize), ChannelRecord::kSize));
+}
+
 }  // namespace
 
-// False only if memory or a store could not be had; bad tags inside are passed over.
+// False only if memory or a store could not be had; bad tags inside are passed over. The tag is read in pieces: a table
+// of 65,536 channels needs no second place in memory.
 bool CParserZep_2Gv4::TakeConfiguration(const SAtomTag& tag) {
-  std::vector<SAtomTag> inner_tags;
-  CAtomTagDecoder().VectorTagsNamed(tag.payload, tag.payloadSize, {"CHS", "CDE", "FT1", "ACD", "GRP"}, inner_tags);
-  if (!GeneraMappeSCanale(inner_tags)) return false;
-  TakeExtras(inner_tags);
-  const auto is_known = [this](u16 channel) { return ChannelAt(channel) != nullptr; };
-  // The first descriptor of an index stays.
-  for (const SAtomTag& inner : inner_tags) {
-    const std::span<const u8> payload(inner.payload, inner.payloadSize);
-    if (inner.name == "ACD") {
-      if (auto descriptor = ChannelDescriptor::Acquisition(payload, is_known))
-        acquisitions_.Enter(std::move(descriptor));
-    } else if (inner.name == "GRP") {
-      if (auto descriptor = ChannelDescriptor::Group(payload, is_known)) groups_.Enter(std::move(descriptor));
-    }
-  }
+  // "CDE" and "FT1" say more of a channel, which nothing reads.
+  if (!GeneraMappeSCanale(tag)) return false;
+  TakeDescriptors(tag);
   AssignConverters();
   return true;
 }
 
-bool CParserZep_2Gv4::GeneraMappeSCanale(const std::vector<SAtomTag>& tags) {
-  // Of several records with one index the last counts.
-  std::map<u16, ChannelRecord> records;
-  for (const SAtomTag& tag : tags) {
-    if (tag.name != "CHS" || tag.payloadSize != ChannelRecord::kSize) continue;
-    const ChannelRecord record(std::span<const u8>(tag.payload, tag.payloadSize));
-    records.insert_or_assign(record.id(), record);
-  }
-  std::map<std::string, u32> name_count;
-  for (const auto& [index, record] : records) ++name_count[record.name()];
-  std::map<std::string, u32> next_duplicate;
+// The first descriptor of an index stays.
+void CParserZep_2Gv4::TakeDescriptors(const SAtomTag& configuration) {
+  const auto is_known = [this](u16 channel) { return ChannelAt(channel) != nullptr; };
+  const u64 payload = u64{configuration.offset} + kTagOpeningSize;
+  tags::PartSource source(&input_, payload);
+  tags::for_each(&source, configuration.payloadSize, [&](const SAtomTag& inner) {
+    const bool is_group = inner.name == "GRP";
+    if ((!is_group && inner.name != "ACD") || inner.payloadSize > ChannelDescriptor::kLargestSize) return;
+    const std::span<const u8> bytes(source.At(inner.offset + kTagOpeningSize, inner.payloadSize), inner.payloadSize);
+    auto descriptor =
+        is_group ? ChannelDescriptor::Group(bytes, is_known) : ChannelDescriptor::Acquisition(bytes, is_known);
+    if (descriptor != nullptr) (is_group ? groups_ : acquisitions_).Enter(std::move(descriptor));
+  });
+}
+
+bool CParserZep_2Gv4::GeneraMappeSCanale(const SAtomTag& configuration) {
+  // Where the records stand in the file, by their index; of several with one index the last counts.
+  constexpr u64 kNone = 0;
+  std::vector<u64> records;
+  const u64 payload = u64{configuration.offset} + kTagOpeningSize;
+  tags::PartSource source(&input_, payload);
+  tags::for_each(&source, configuration.payloadSize, [&](const SAtomTag& inner) {
+    if (inner.name != "CHS" || inner.payloadSize != ChannelRecord::kSize) return;
+    const u64 place = payload + inner.offset + kTagOpeningSize;
+    const u16 index = record_at(&input_, place).id();
+    if (records.size() <= index) records.resize(std::size_t{index} + 1, kNone);
+    records[index] = place;
+  });
+  std::erase(records, kNone);
+  std::vector<std::string> names_in_file;
+  names_in_file.reserve(records.size());
+  for (const u64 place : records) names_in_file.push_back(record_at(&input_, place).name());
+  ChannelNames names(std::move(names_in_file));
 
   bool good = true;
-  for (const auto& [index, record] : records) {
-    if (TakeChannelRecord(record, &name_count, &next_duplicate) == Entry::kFailed) good = false;
+  for (const u64 place : records) {
+    if (TakeChannelRecord(record_at(&input_, place), &names) == Entry::kFailed) good = false;
   }
   return good;
 }
 
-CParserZep_2Gv4::Entry CParserZep_2Gv4::TakeChannelRecord(const ChannelRecord& record,
-                                                          std::map<std::string, u32>* name_count,
-                                                          std::map<std::string, u32>* next_duplicate) {
+CParserZep_2Gv4::Entry CParserZep_2Gv4::TakeChannelRecord(const ChannelRecord& record, ChannelNames* names) {
   if (ChannelAt(record.id()) != nullptr && ChannelAt(record.id())->record() == record) return Entry::kSkipped;
   std::unique_ptr<CCanaleQLT> object = KeptObject(record);
   if (!wanted_channels_.empty() && !wanted_channels_.contains(record.name())) return Entry::kSkipped;
@@ -86,15 +100,9 @@ CParserZep_2Gv4::Entry CParserZep_2Gv4::TakeChannelRecord(const ChannelRecord& r
     object->SetRecord(record);
   }
 
-  std::string name = record.name();
-  if ((*name_count)[name] >= 2) {
-    const std::string plain = name;
-    // The names taken so far stay taken, so the search goes on where it ended for this name.
-    u32& number = (*next_duplicate)[plain];
-    do {
-      name = plain + " dup " + std::to_string(++number);
-    } while (name_count->contains(name));
-    (*name_count)[name] = 1;
+  const std::string plain = record.name();
+  const std::string name = names->own_name(plain);
+  if (name != plain) {
     TRAGUARDO_LOG(kGeneraMappe, "%s [%d] WARNING = Duplicate found! Channel \"%s\" hase been renamed into \"%s\"\n",
                   plain, name);
   }
@@ -107,10 +115,8 @@ CParserZep_2Gv4::Entry CParserZep_2Gv4::TakeChannelRecord(const ChannelRecord& r
 // The object under the record's index, taken out of the table, if its samples may go on under the new record; null if
 // there is none or its unit is another one now.
 std::unique_ptr<CCanaleQLT> CParserZep_2Gv4::KeptObject(const ChannelRecord& record) {
-  const auto found = s_channels_.find(record.id());
-  if (found == s_channels_.end()) return nullptr;
-  std::unique_ptr<CCanaleQLT> object = std::move(found->second);
-  s_channels_.erase(found);
+  if (ChannelAt(record.id()) == nullptr) return nullptr;
+  std::unique_ptr<CCanaleQLT> object = std::move(s_channels_[record.id()]);
   by_index_[record.id()] = {};
   without_converter_.erase(record.id());
   ++table_generation_;
@@ -183,21 +189,14 @@ void CParserZep_2Gv4::SetProperties(CCanaleQLT* object, const std::string& name)
 }
 
 void CParserZep_2Gv4::Enter(u16 index, std::unique_ptr<CCanaleQLT> object) {
-  if (by_index_.size() <= index) by_index_.resize(std::size_t{index} + 1);
+  if (by_index_.size() <= index) {
+    by_index_.resize(std::size_t{index} + 1);
+    s_channels_.resize(std::size_t{index} + 1);
+  }
   by_index_[index] = ChannelEntry(object.get());
   without_converter_.insert(index);
   s_channels_[index] = std::move(object);
   ++table_generation_;
-}
-
-void CParserZep_2Gv4::TakeExtras(const std::vector<SAtomTag>& tags) {
-  for (const SAtomTag& tag : tags) {
-    if (tag.name == "CDE" && tag.payloadSize >= kExtraCdeSize) {
-      if (CCanaleQLT* channel = ChannelAt(load_u16(tag.payload))) channel->SetExtraCde(tag.payload);
-    } else if (tag.name == "FT1" && tag.payloadSize >= kExtraFt1Size) {
-      if (CCanaleQLT* channel = ChannelAt(load_u16(tag.payload))) channel->SetExtraFt1(tag.payload);
-    }
-  }
 }
 
 void CParserZep_2Gv4::AssignConverters() {

@@ -30,6 +30,24 @@ bool is_plausible(u64 time, u64 highest) {
   return highest <= kOneMinute || (time <= highest + kOneMinute && time + kOneMinute >= highest);
 }
 
+// "<h" may be a tag: the walker tests it.
+bool is_tag_mark(const u8* bytes, u64 left) {
+  return bytes[0] == '<' && left > 1 && bytes[1] == 'h';
+}
+
+// The first '(' or '<' in a stretch, or its end; eight bytes at a time.
+const u8* next_mark(const u8* from, const u8* end) {
+  constexpr u64 kOnes = 0x0101010101010101;
+  constexpr u64 kHighs = 0x8080808080808080;
+  const auto has_zero = [](u64 word) { return ((word - kOnes) & ~word & kHighs) != 0; };
+  for (; end - from >= 8; from += 8) {
+    const u64 word = load_u64(from);
+    if (has_zero(word ^ (kOnes * '(')) || has_zero(word ^ (kOnes * '<'))) break;
+  }
+  while (from < end && *from != '(' && *from != '<') ++from;
+  return from;
+}
+
 // False if the store can't grow any more; a refused sample is only noted.
 bool Accept(CCanaleQLT::Esito outcome, SStatMisura* statistics, u64 position) {
   if (outcome == CCanaleQLT::kRifiutato && statistics != nullptr) statistics->AggiungiErrore(position);
@@ -44,8 +62,9 @@ u32 CParserZep_2Gv4::OnUntaggedBytes(u32 offset) {
     const u64 left = size_ - at;
     const u8* bytes = input_.At(at, std::min(left, kLookAhead));
     if (bytes[0] != '(') {
-      // "<h" may be a tag: the walker tests it.
-      if (!(bytes[0] == '<' && left > 1 && bytes[1] == 'h')) errors_file_.Append(at);
+      if (at == offset) return PassGarbage(bytes, at);
+      // What follows good frames is the walker's: it may be a tag.
+      if (!is_tag_mark(bytes, left)) errors_file_.Append(at);
       break;
     }
     if (const u64 run = DecodePlainRun(bytes, input_.Ready(at)); run != 0) {
@@ -63,6 +82,18 @@ u32 CParserZep_2Gv4::OnUntaggedBytes(u32 offset) {
   }
   const u64 advanced = std::min<u64>(at, size_) - offset;
   return advanced == 0 ? 1 : static_cast<u32>(advanced);
+}
+
+// Bytes where neither a tag nor a frame begins: those up to the next that could. Where tags are no longer looked for
+// the walk ends.
+u32 CParserZep_2Gv4::PassGarbage(const u8* bytes, u64 at) {
+  const u64 left = size_ - at;
+  const u64 walked = left > kUnscannedTail ? left - kUnscannedTail : 1;
+  if (is_tag_mark(bytes, left)) return 1;
+  const u64 within = std::min(walked, input_.Ready(at));
+  const u64 count = static_cast<u64>(next_mark(bytes + 1, bytes + within) - bytes);
+  errors_file_.AppendRun(at, count);
+  return static_cast<u32>(count);
 }
 
 // The common case without its odd branches: (S frames of known channels with plain values, one behind the other, while

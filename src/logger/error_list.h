@@ -26,6 +26,11 @@ class ErrorList {
     for (; times > 0 && elements_.size() <= kListedOffsets; --times) Append(offset);
     if (times > 0) elements_.back() += times;
   }
+  // As Append for each of `count` offsets from `first` on.
+  void AppendRun(u64 first, u64 count) {
+    for (; count > 0 && elements_.size() <= kListedOffsets; --count) Append(first++);
+    if (count > 0) elements_.back() += count;
+  }
   void Clear() { elements_.clear(); }
   bool empty() const { return elements_.empty(); }
   // At most 101: the offsets, and behind the hundredth the count of those that are not listed.

@@ -68,6 +68,10 @@ bool is_time_separator(u8 c) {
 
 }  // namespace
 
+bool CParserZep_2Gv4::WantsBytesOf(const SAtomTag& tag) const {
+  return tag.name != "CNF";
+}
+
 bool CParserZep_2Gv4::OnTag(const SAtomTag& tag) {
   ++tag_count_;
   if (!ReportProgress(tag.offset)) return false;

@@ -103,8 +103,8 @@ void CParserZep_2Gv4::RunAfterWalkSteps() {
 }
 
 void CParserZep_2Gv4::HandOverChannels() {
-  for (const auto& [index, object] : s_channels_) {
-    if (object->channel() != nullptr) channels_.push_back(object->HandOverChannel());
+  for (const auto& object : s_channels_) {
+    if (object != nullptr && object->channel() != nullptr) channels_.push_back(object->HandOverChannel());
   }
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "logger/channel_descriptor.h"
+#include "logger/channel_names.h"
 #include "logger/chunk_assembler.h"
 #include "logger/error_list.h"
 #include "logger/input_file.h"
@@ -44,6 +45,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   }
 
   // --- IExternalHelper
+  bool WantsBytesOf(const SAtomTag& tag) const override;
   bool OnTag(const SAtomTag& tag) override;
   u32 OnUntaggedBytes(u32 offset) override;
 
@@ -102,16 +104,15 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
 
   // --- channel_table.cpp
   bool TakeConfiguration(const SAtomTag& tag);
-  bool GeneraMappeSCanale(const std::vector<SAtomTag>& tags);
+  bool GeneraMappeSCanale(const SAtomTag& configuration);
+  void TakeDescriptors(const SAtomTag& configuration);
   enum class Entry { kTaken, kSkipped, kFailed };
-  Entry TakeChannelRecord(const ChannelRecord& record, std::map<std::string, u32>* name_count,
-                          std::map<std::string, u32>* next_duplicate);
+  Entry TakeChannelRecord(const ChannelRecord& record, ChannelNames* names);
   std::unique_ptr<CCanaleQLT> KeptObject(const ChannelRecord& record);
   std::unique_ptr<CCanaleQLT> PacketObject(const ChannelRecord& record);
   bool GiveChannel(CCanaleQLT* object, const std::string& name);
   void SetProperties(CCanaleQLT* object, const std::string& name);
   void Enter(u16 index, std::unique_ptr<CCanaleQLT> object);
-  void TakeExtras(const std::vector<SAtomTag>& tags);
   void AssignConverters();
   void AssignConverter(CCanaleQLT* object);
 
@@ -124,6 +125,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
     u64 offset_of(const u8* bytes) const { return rebuilt ? position : position + static_cast<u64>(bytes - at); }
   };
   static constexpr u64 kLookAhead = 4096;
+  u32 PassGarbage(const u8* bytes, u64 at);
   u64 DecodePlainRun(const u8* bytes, u64 ready);
   u32 DecodeFrame(u8 letter, const Frame& frame);
   u32 DecodeS(Frame frame);
@@ -183,8 +185,8 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   bool has_track_record_ = false;
 
   // The tables that the stream is decoded against.
-  std::map<u16, std::unique_ptr<CCanaleQLT>> s_channels_;
-  std::vector<ChannelEntry> by_index_;  // the same, for the decoder
+  std::vector<std::unique_ptr<CCanaleQLT>> s_channels_;  // by index; null where there is none
+  std::vector<ChannelEntry> by_index_;                   // the same, for the decoder
   DescriptorTable acquisitions_;
   DescriptorTable groups_;
   std::map<u32, CanMsgAssembler> assemblers_;

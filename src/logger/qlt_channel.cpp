@@ -46,20 +46,22 @@ void CCanaleQLT::SetChannel(std::unique_ptr<CParsedChannel> channel) {
 }
 
 void CCanaleQLT::SetConverter(std::unique_ptr<IConverter> converter, const SampleReader& reader) {
-  converter_ = std::move(converter);
   reader_ = reader;
+  // A channel has one or the other: a file may list 65,536 of them.
+  converter_ = reader ? nullptr : std::move(converter);
 }
 
-float CCanaleQLT::ValueOf(const u8* sample) {
+float CCanaleQLT::ValueOf(const u8* sample) const {
   if (reader_) return reader_(sample);
-  return converter_ != nullptr ? converter_->Converti(Covered(sample, format_size_)) : 0.0F;
+  CoveredSample copy;
+  return converter_ != nullptr ? converter_->Converti(Covered(sample, format_size_, &copy)) : 0.0F;
 }
 
-const u8* CCanaleQLT::Covered(const u8* sample, u32 wanted) {
+const u8* CCanaleQLT::Covered(const u8* sample, u32 wanted, CoveredSample* copy) const {
   if (sample_size_ >= wanted) return sample;
-  covered_.fill(0);
-  std::copy(sample, sample + sample_size_, covered_.begin());
-  return covered_.data();
+  copy->fill(0);
+  std::copy(sample, sample + sample_size_, copy->begin());
+  return copy->data();
 }
 
 CCanaleQLT::Esito CCanaleQLT::ConvertiAndAddValore(u64 time, const u8* sample, u64) {
@@ -84,7 +86,8 @@ CCanaleQLT::Esito CCanaleQLT_GPS::ConvertiAndAddValore(u64 time, const u8* sampl
   if (sample_size() < kEndOfFixType) {
     trace_->AddRecord(time, sample, sample_size(), offset);
   } else {
-    trace_->AddRecord(time, Covered(sample, SGpsRecord::kSize), SGpsRecord::kSize, offset);
+    CoveredSample copy;
+    trace_->AddRecord(time, Covered(sample, SGpsRecord::kSize, &copy), SGpsRecord::kSize, offset);
   }
   return kBuono;
 }

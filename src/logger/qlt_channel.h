@@ -72,23 +72,16 @@ class CCanaleQLT : public IConverter, public SStatMisura {
   // none.
   void InstallOffsetsOnly() { statistics_ = this; }
 
-  void SetExtraCde(const u8* bytes) { std::copy(bytes, bytes + extra_cde_.size(), extra_cde_.begin()); }
-  void SetExtraFt1(const u8* bytes) { std::copy(bytes, bytes + extra_ft1_.size(), extra_ft1_.begin()); }
-
  protected:
-  // The bytes of a sample as its format wants them: as they are, or with zeros behind their end where the record gives
-  // a sample fewer bytes than its format has. Good until the next call.
-  const u8* Covered(const u8* sample, u32 wanted);
+  // The bytes of a sample as its format wants them: as they are, or a copy with zeros behind their end where the record
+  // gives a sample fewer bytes than its format has.
+  using CoveredSample = std::array<u8, kLongestStandardSample>;
+  const u8* Covered(const u8* sample, u32 wanted, CoveredSample* copy) const;
 
  private:
-  float ValueOf(const u8* sample);
-
-  static constexpr u32 kLargestFormat = kLongestStandardSample;
+  float ValueOf(const u8* sample) const;
 
   ChannelRecord record_;
-  // Stored with the channel; nothing reads them.
-  std::array<u8, 10> extra_ft1_{0, 0, 0, 0, 0, 0, 0, 0, 0x80, 0x3F};
-  std::array<u8, 6> extra_cde_{0xFF, 0xFF, 0, 0, 0, 0};
   u32 sample_size_ = 0;
   u64 period_ = 0;
   u32 format_size_ = 0;
@@ -98,7 +91,6 @@ class CCanaleQLT : public IConverter, public SStatMisura {
   SampleReader reader_;
   std::unique_ptr<SStatMisura> separate_statistics_;
   SStatMisura* statistics_ = nullptr;
-  std::array<u8, kLargestFormat> covered_{};
 };
 
 // A receiver's records for a GPS trace.

@@ -111,7 +111,9 @@ void ParseReport::Version(std::string_view label, const u8* version) {
 void ParseReport::Tables() {
   if (!reader_.s_channels_.empty()) {
     Title("S Channels");
-    for (const auto& [index, channel] : reader_.s_channels_) ChannelRow(index, *channel);
+    for (const auto& channel : reader_.s_channels_) {
+      if (channel != nullptr) ChannelRow(channel->record().id(), *channel);
+    }
   }
   DescriptorSection("AcquisDescs", reader_.acquisitions_.descriptors());
   DescriptorSection("Groups", reader_.groups_.descriptors());
@@ -215,7 +217,8 @@ void ParseReport::TrackRecord() {
 void ParseReport::ChannelRates() {
   text_.LineEnd();
   float total = 0.0F;
-  for (const auto& [index, channel] : reader_.s_channels_) {
+  for (const auto& channel : reader_.s_channels_) {
+    if (channel == nullptr) continue;
     const std::string name_in_file = channel->record().name();
     text_.Padded(name_in_file, kNameWidth);
     if (channel->channel() == nullptr) {

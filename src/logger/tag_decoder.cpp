@@ -41,11 +41,9 @@ u32 next_tag(const u8* buffer, u32 size, SAtomTag& out, u32 offset, Wanted&& wan
 template <typename Container, typename Wanted>
 void collect(const u8* buffer, u32 size, Container& out, Wanted&& wanted) {
   BufferSource source(buffer);
-  Sums sums(&source, size);
-  SAtomTag tag;
-  for (u32 offset = 0; scan(&source, size, &offset, &tag, &sums);) {
-    if (wanted(tag)) out.push_back(tag);
-  }
+  tags::for_each(&source, size, [&](const SAtomTag& tag) {
+    if (wanted(tag)) out.push_back(tags::tag_at(&source, tag.offset));
+  });
 }
 
 bool any(const SAtomTag&) {

@@ -29,6 +29,19 @@ class BufferSource {
   const u8* buffer_;
 };
 
+// A stretch of another source as one of its own.
+template <typename Source>
+class PartSource {
+ public:
+  PartSource(Source* whole, u64 begin) : whole_(whole), begin_(begin) {}
+  const u8* At(u64 offset, u64 length) { return whole_->At(begin_ + offset, length); }
+  const u8* Far(u64 offset, u64 length) { return whole_->Far(begin_ + offset, length); }
+
+ private:
+  Source* whole_;
+  u64 begin_;
+};
+
 // Checksums of payloads of one source. Large payloads are summed by way of sums of whole blocks, so that a file full of
 // opening marks which all lead to one closing mark costs no more than its size.
 template <typename Source>
@@ -94,20 +107,41 @@ bool is_valid_tag(Source* source, u64 size, u64 offset, PayloadSums<Source>* sum
   return stated == (*sums)(offset + kTagOpeningSize, closing_at);
 }
 
-// REQUIRES: a valid tag at `offset`.
+// REQUIRES: a valid tag at `offset`. Its bytes are not looked up: `start` and `payload` stay null.
 template <typename Source>
-SAtomTag tag_at(Source* source, u64 offset) {
-  const u64 payload_size = load_u32(source->At(offset, kTagOpeningSize) + kSizeOffset);
-  const u8* opening = source->At(offset, payload_size + kTagFrameSize);
+SAtomTag tag_without_bytes(Source* source, u64 offset) {
+  const u8* opening = source->At(offset, kTagOpeningSize);
   SAtomTag tag;
   tag.name = text_field(opening + kNameOffset, kNameWidth);
   tag.offset = static_cast<u32>(offset);
-  tag.start = opening;
-  tag.payload = opening + kTagOpeningSize;
-  tag.payloadSize = static_cast<u32>(payload_size);
+  tag.payloadSize = load_u32(opening + kSizeOffset);
   tag.totalSize = tag.payloadSize + kTagFrameSize;
   tag.version = opening[kVersionOffset];
   return tag;
+}
+
+template <typename Source>
+SAtomTag tag_at(Source* source, u64 offset) {
+  SAtomTag tag = tag_without_bytes(source, offset);
+  tag.start = source->At(offset, tag.totalSize);
+  tag.payload = tag.start + kTagOpeningSize;
+  return tag;
+}
+
+// Calls take(tag without bytes) for each tag of a stretch of `size` bytes, in their order.
+template <typename Source, typename Take>
+void for_each(Source* source, u32 size, Take&& take) {
+  if (size <= kUnscannedTail) return;
+  PayloadSums<Source> sums(source, size);
+  for (u64 at = 0; at < size - kUnscannedTail;) {
+    if (*source->At(at, 1) != '<' || !is_valid_tag(source, size, at, &sums)) {
+      ++at;
+      continue;
+    }
+    const SAtomTag tag = tag_without_bytes(source, at);
+    take(tag);
+    at += tag.totalSize;
+  }
 }
 
 // One step of a walk from `offset` on: the offset behind it, 0 at the end, kStopWalk when the helper ended it.
@@ -117,7 +151,8 @@ u32 step(Source* source, u32 size, u32 offset, IExternalHelper& helper, PayloadS
   const u32 end = size - kUnscannedTail;
   while (offset < end) {
     if (is_valid_tag(source, size, offset, sums)) {
-      const SAtomTag tag = tag_at(source, offset);
+      SAtomTag tag = tag_without_bytes(source, offset);
+      if (helper.WantsBytesOf(tag)) tag = tag_at(source, offset);
       return helper.OnTag(tag) ? offset + tag.totalSize : kStopWalk;
     }
     const u32 advance = helper.OnUntaggedBytes(offset);

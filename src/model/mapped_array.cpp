@@ -12,7 +12,7 @@ namespace {
 // Buffers of all growing stores together stay near kBudget: below it a store may buffer kLargeBuffer, beyond it only
 // kSmallBuffer. Measured: 48 KiB pieces cost a third of what mapped windows cost, 12 KiB pieces little more.
 constexpr u64 kBudget = 16U << 20;
-constexpr u32 kFirstBuffer = 384;
+constexpr u32 kFirstBuffer = 48;
 constexpr u32 kSmallBuffer = 12U << 10;
 constexpr u32 kLargeBuffer = 48U << 10;
 constexpr u32 kKeptRecords = 2;

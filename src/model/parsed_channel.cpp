@@ -301,10 +301,8 @@ void CParsedChannel::TraslaTempi(u64 from, u64 to) {
   if (first_time_ > last_time_) times_ascend_ = false;
 }
 
-void CParsedChannel::SetPeriodo(u64 period_us) {
-  period_ = period_us;
-  frequency_ =
-      period_us == 0 ? 0.0F : static_cast<float>(1.0 / (static_cast<double>(period_us) * kSecondsPerMicrosecond));
+float CParsedChannel::GetFrequenza() const {
+  return period_ == 0 ? 0.0F : static_cast<float>(1.0 / (static_cast<double>(period_) * kSecondsPerMicrosecond));
 }
 
 }  // namespace traguardo

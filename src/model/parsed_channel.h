@@ -13,7 +13,7 @@
 
 namespace traguardo {
 
-class alignas(64) CParsedChannel final : public IRkChannel {
+class CParsedChannel final : public IRkChannel {
  public:
   enum Esito { kStored = 0, kMerged = 1, kRefused = 2, kOutOfMemory = 3 };
 
@@ -34,7 +34,7 @@ class alignas(64) CParsedChannel final : public IRkChannel {
   u32 GetIdUnita() const override { return unit_id_; }
   bool HasIdUnita() const override { return has_unit_id_; }
   void GetTestoValore(std::string* text) const override { text->clear(); }
-  float GetFrequenza() const override { return frequency_; }
+  float GetFrequenza() const override;
   u64 GetPeriodo() const override { return period_; }
   u64 GetNumValori() override { return store_.Numero(); }
   u64 GetNumValoriRange(u64 from, u64 to) override;
@@ -87,8 +87,7 @@ class alignas(64) CParsedChannel final : public IRkChannel {
     unit_id_ = id;
     has_unit_id_ = true;
   }
-  // Sets the frequency along.
-  void SetPeriodo(u64 period_us);
+  void SetPeriodo(u64 period_us) { period_ = period_us; }
   void SetNumDecimali(i32 decimals) { decimals_ = decimals; }
   i32 GetNumDecimali() const { return decimals_; }
   void SetVelocita(bool is) { is_speed_ = is; }
@@ -139,6 +138,7 @@ class alignas(64) CParsedChannel final : public IRkChannel {
   void VisitRange(u64 from, u64 to, u64 most, Visitor&& visit);
 
   // What every sample touches stands together, in front: with a thousand channels each further line of memory counts.
+  // The whole stays small, as a file may list 65,536 channels; cold flags fill the gaps.
   // The last record and the one before it are those of the current window, as no comparison reaches across its edge.
   const bool keep_constant_;
   bool has_last_ = false;
@@ -148,34 +148,34 @@ class alignas(64) CParsedChannel final : public IRkChannel {
   float previous_value_ = 0;
   float minimum_ = std::numeric_limits<float>::max();
   float maximum_ = std::numeric_limits<float>::lowest();
+  bool has_unit_id_ : 1 = false;
+  // While this holds, a time can be searched for; a first record behind a window's edge or AddValori can end it.
+  bool times_ascend_ : 1 = true;
+  bool is_speed_ : 1 = false;
+  bool is_lateral_acceleration_ : 1 = false;
+  bool is_bit_field_ : 1 = false;
+  bool is_bit_field_2_ : 1 = false;
+  bool has_flag_400_ : 1 = false;
+  bool hold_last_value_ : 1 = false;
+  bool is_derived_ : 1 = false;
+  u16 device_code_ = 0;
   u64 last_record_time_ = 0;
   MemoryMappedArray store_;
   std::string name_;
   std::string units_;
-  u32 unit_id_ = 0;
-  bool has_unit_id_ = false;
-  float frequency_ = 0;
   u64 period_ = 0;
-  // While this holds, a time can be searched for; a first record behind a window's edge or AddValori can end it.
-  bool times_ascend_ = true;
   // Added to every stored time on reading, so that moving a channel on the time axis costs no pass over its file.
   u64 time_shift_ = 0;
   u64 first_time_ = std::numeric_limits<u64>::max();
   u64 last_time_ = 0;  // of earlier windows; see HighestTime
-  bool is_speed_ = false;
-  bool is_lateral_acceleration_ = false;
-  bool is_bit_field_ = false;
+  u32 unit_id_ = 0;
   u32 fid_ = 0;
   u32 format_ = 0;
   u32 flags_ = 0;
-  bool is_bit_field_2_ = false;
-  bool has_flag_400_ = false;
-  u16 id_in_device_ = 0;
-  u16 device_code_ = 0;
   u32 device_serial_ = 0;
-  bool hold_last_value_ = false;
-  bool is_derived_ = false;
   i32 decimals_ = 0;
+  u16 id_in_device_ = 0;
 };
+static_assert(sizeof(CParsedChannel) == 256 || sizeof(void*) != 8);
 
 }  // namespace traguardo
