@@ -1,6 +1,5 @@
 #include "regulation/exporter.h"
 
-#include <algorithm>
 #include <string>
 
 #include "regulation/config_file.h"
@@ -35,33 +34,34 @@ std::vector<Column> columns_of(const SessionView& session, std::string_view line
   return columns;
 }
 
-// Lap tables may claim runs far beyond what was logged, and configuration files any number of columns: rows end where
-// the table would have nothing to do any more with the size of the session.
-u64 row_count(const SessionView& session, u64 wanted, std::size_t columns) {
-  constexpr u64 kAlwaysAllowedCells = u64{1} << 21;
-  constexpr u64 kCellsPerSample = 64;
-  u64 samples = 0;
-  for (std::size_t i = 0; i < session.channel_count(); ++i) samples += session.channel(i).samples.size();
-  return std::min(wanted, (kAlwaysAllowedCells + kCellsPerSample * samples) / columns);
-}
-
-std::string table_of(const SessionView& session, const SessionRun& run, const std::vector<Column>& columns,
-                     u32 period_ms) {
+std::string headings_of(const SessionView& session, const std::vector<Column>& columns) {
   std::string text;
   for (const Column& column : columns) text.append(session.channel(column.channel).name).append(kCellEnd);
   text += '\n';
   for (const Column& column : columns) text.append(session.channel_unit(column.channel)).append(kCellEnd);
   text += '\n';
-  const u64 rows = row_count(session, run.duration_ms / period_ms, columns.size());
-  for (u64 i = 0; i < rows; ++i) {
-    const u64 time_ms = run.start_ms + i * period_ms;
+  return text;
+}
+
+// In pieces, since hours at a high rate make a text of gigabytes. False if the disk doesn't take it.
+bool write_table(platform::File* file, std::string text, const SessionRun& run, const std::vector<Column>& columns,
+                 u32 period_ms) {
+  constexpr std::size_t kPieceSize = std::size_t{1} << 16;
+  const u64 rows = run.duration_ms / period_ms;
+  u64 written = 0;
+  for (u64 row = 0; row < rows; ++row) {
+    const u64 time_ms = run.start_ms + row * period_ms;
     for (const Column& column : columns) {
       append_number(&text, value_at(column.samples, column.period_ms, time_ms));
       text.append(kCellEnd);
     }
     text += '\n';
+    if (text.size() < kPieceSize) continue;
+    if (!file->write_at(written, text.data(), text.size())) return false;
+    written += text.size();
+    text.clear();
   }
-  return text;
+  return file->write_at(written, text.data(), text.size());
 }
 
 }  // namespace
@@ -98,7 +98,14 @@ bool export_run(const SessionView& session, const SessionRun& run) {
         output, "No valid channel name" + where + "\nPlease notice that channels names are case sensitive");
     return false;
   }
-  platform::write_whole_file(output, table_of(session, run, columns, export_period_ms(configuration.text())));
+  platform::File file = platform::File::open(output, platform::Access::kReadWrite, platform::Share::kRead,
+                                             platform::Creation::kCreateOrTruncate);
+  if (!file) return true;
+  const u32 period_ms = export_period_ms(configuration.text());
+  if (!write_table(&file, headings_of(session, columns), run, columns, period_ms)) {
+    file.close();
+    platform::delete_file(output);  // half a table would pass for a whole one
+  }
   return true;
 }
 

@@ -17,7 +17,7 @@ inline constexpr const wchar_t* kExportSuffix = L".export.csv";
 u32 export_period_ms(std::string_view configuration);
 
 // Writes the file anew for this run. False if the racer has no entry or names no channel of the session; the file then
-// holds a message. A file that can't be opened doesn't count as a failure.
+// holds a message. A file that can't be opened or written doesn't count as a failure, and none is left then.
 bool export_run(const SessionView& session, const SessionRun& run);
 
 }  // namespace traguardo

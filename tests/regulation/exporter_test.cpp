@@ -4,6 +4,7 @@
 
 #include "regulation/calculator.h"
 #include "regulation/fake_session.h"
+#include "support/platform/fault_injection.h"
 
 namespace traguardo {
 namespace {
@@ -81,6 +82,27 @@ TEST_F(ExporterSession, ARunThatClaimsForEverEnds) {
   // Behind the 400 ms that are logged a minute is believed: two rows a second.
   const std::string text = output();
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2 + 120);
+}
+
+TEST_F(ExporterSession, AnHourHasAllItsRows) {
+  session_.run_list = {{1, 0, 3600000}};
+  std::string lines = "frq=500\n";
+  for (const char* name : {"A", "B", "C", "D", "E"}) {
+    session_.add(name, 1000, std::vector<float>(3600, 7));
+    lines += std::string("ch=") + name + "\n";
+  }
+  EXPECT_TRUE(run(lines));
+  const std::string text = output();
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2 + 1800000);
+  EXPECT_TRUE(text.ends_with("\n7, 7, 7, 7, 7, \n"));
+}
+
+TEST_F(ExporterSession, AFullDiskLeavesNoHalfTable) {
+  platform::let_disk_take(100000);
+  session_.run_list = {{1, 0, 60000}};
+  EXPECT_TRUE(run("frq=500\nch=Speed\n"));
+  platform::let_disk_take_anything();
+  EXPECT_EQ(temp_.names(), std::vector<std::string>{"Exporter.txt"});
 }
 
 TEST(ExportPeriod, ByTheLastValidLine) {
