@@ -177,6 +177,7 @@ TEST(UserUnits, Convert) {
   EXPECT_NEAR(units.Convert(0x10, "km/h", "mph", 100.0, false), 62.1371, 1e-9);
   EXPECT_EQ(units.Convert(0x10, "km/h", "mph", 100.0, true), 62.0);
   EXPECT_EQ(units.Convert(0x11, "C", "F", 0.0, false), 32.0);
+  EXPECT_NEAR(units.Convert(0x11, "C", "F", -20.5, false), -4.8999, 1e-9) << "the whole number below -4.9 is -5";
   EXPECT_NEAR(units.Convert(0x10, "km/h", "km/h", 20.5, false), 20.5001, 1e-9) << "also a whole step is rounded up";
   EXPECT_EQ(units.Convert(0x10, "km/h", "km/h", 20.5, true), 21.0);
   EXPECT_EQ(units.Convert(0x10, "km/h", "km/h", 3.00005, false), 3.0) << "a fraction below 0.0001 is dropped";
