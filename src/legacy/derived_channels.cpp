@@ -52,6 +52,8 @@ void take_definition(const SMathChannel& definition, WmpChannelRecord* record, W
   record->set_second_formula(std::string_view(definition.description).substr(0, SMathChannel::kTextLength));
   extension->set_decimals_by_name(true);
   extension->set_decimals(static_cast<i8>(std::clamp(definition.decimals, 0, kMostDecimals)));
+  // A definition without a function says nothing of it: the channel keeps the one that the file gave it.
+  if (!has_function(definition)) return;
   extension->set_function_id(static_cast<u32>(definition.function));
   extension->set_second_function_id(static_cast<u32>(definition.sub_function));
 }

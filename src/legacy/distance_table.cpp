@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
-#include <new>
 #include <utility>
 
 #include "legacy/wmp_session.h"
@@ -101,12 +100,10 @@ class DistanceBuilder {
 
 }  // namespace
 
-std::vector<float> make_distance_table(const SpeedTrace& trace) try {
+std::vector<float> make_distance_table(const SpeedTrace& trace) {
   // A channel without a rate covers 32 seconds a sample: a table of it would be far bigger than the file.
   if (trace.speeds.size() < 2 || trace.frequency_hz == 0 || trace.period_ms == 0) return {};
   return DistanceBuilder(trace).build();
-} catch (const std::bad_alloc&) {
-  return {};
 }
 
 float distance_in_table(std::span<const float> table, u32 time_ms) {

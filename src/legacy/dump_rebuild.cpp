@@ -6,7 +6,6 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <new>
 #include <utility>
 
 #include "legacy/dump_layout_data.h"
@@ -257,7 +256,7 @@ CWMPvers500::CWMPvers500(Reader reader, u64 length, u64 most_words)
 
 CWMPvers500::~CWMPvers500() = default;
 
-bool CWMPvers500::Rebuild(i32 family_code, u32* error) try {
+bool CWMPvers500::Rebuild(i32 family_code, u32* error) {
   std::vector<u8> set_up_bytes(kSetUpSize);
   const std::size_t held = static_cast<std::size_t>(std::min<u64>(length_, kSetUpSize));
   if (held > 0 && reader_(0, set_up_bytes.data(), held) == 0) return false;
@@ -283,9 +282,6 @@ bool CWMPvers500::Rebuild(i32 family_code, u32* error) try {
   DumpStream<WritingPass> written(round, &writing);
   walk(reader_, start, counted_to, &written);
   return true;
-} catch (const std::bad_alloc&) {
-  *error = kMsgDumpNoMemory;
-  return false;
 }
 
 std::vector<u16> CWMPvers500::take_words() {

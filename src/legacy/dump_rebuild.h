@@ -9,9 +9,8 @@
 
 namespace traguardo {
 
-// Codes of wmp_dump_messages().
+// Code of wmp_dump_messages().
 inline constexpr u32 kMsgDumpNoChannels = 1001;
-inline constexpr u32 kMsgDumpNoMemory = 1002;
 
 // A lap as the logger noted it. A session file has a lap table of its own, which is the one that counts.
 struct DumpLap {

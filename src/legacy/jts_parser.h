@@ -13,8 +13,8 @@ namespace traguardo {
 class IJTSFileParser {
  public:
   virtual ~IJTSFileParser() = default;
-  // The records in file order, as many as stand in front of the first damage. False if the file can't be opened or does
-  // not begin as such a file does; then `samples` stays as it is. error: nothing is written to it.
+  // The records in file order, as many as stand in front of the first damage. False if the file can't be opened or
+  // read, or doesn't begin as such a file does; `samples` is then of no use. error: nothing is written to it.
   static bool LeggiCampioniGps(const std::wstring& path, std::vector<SGpsRecord>* samples, std::wstring* error);
 };
 

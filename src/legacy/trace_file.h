@@ -23,8 +23,8 @@ struct TraceFileKind {
 inline constexpr std::size_t kSectionMarkSize = 16;
 
 // Hands each solution record, its tag included, to `take`, up to the number that the header states and up to the first
-// that does not carry the tag or is cut short by the end of the file. False if the file can't be opened or one of the
-// three tags in front of the records is another one.
+// that does not carry the tag or is cut short by the end of the file. False if the file can't be opened or read, or if
+// one of the three tags in front of the records is another one.
 bool walk_trace_file(const std::wstring& path, const TraceFileKind& kind,
                      const std::function<void(const u8* header)>& begin,
                      const std::function<void(const u8* record)>& take);

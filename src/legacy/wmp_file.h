@@ -2,6 +2,7 @@
 // really holds: sizes that stand in the file are claims.
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,13 @@
 
 namespace traguardo {
 
+// The disk doesn't give what the file holds: nothing is known of its content, so that nothing may be made of it.
+class FileReadError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The operations throw FileReadError where a read fails or ends before the length that the file had when it was opened.
 class CFileWMP {
  public:
   virtual ~CFileWMP() = default;
@@ -17,7 +25,7 @@ class CFileWMP {
  protected:
   CFileWMP() = default;
 
-  // Opens for reading at position 0 and takes the length; false if either fails.
+  // Opens for reading at position 0 and takes the length; false if there is no such file.
   bool open_file(const std::wstring& path);
   void close_file();
   u64 file_length() const { return length_; }
@@ -55,6 +63,8 @@ class CFileWMP {
   }
 
  private:
+  void read_bytes(void* out, std::size_t count);
+
   platform::File file_;
   u64 length_ = 0;
   u64 position_ = 0;

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <new>
 #include <numbers>
-#include <optional>
 #include <vector>
 
 #include "math/filter_tables.h"
@@ -18,14 +16,6 @@ namespace {
 
 constexpr float kFirGain = 1.0375574F;
 constexpr std::size_t kFirShortest = 15;
-
-std::optional<std::vector<float>> copy_of(const float* values, std::size_t count) {
-  try {
-    return std::vector<float>(values, values + count);
-  } catch (const std::bad_alloc&) {
-    return std::nullopt;
-  }
-}
 
 std::array<float, kFirTapCount> scaled_fir_taps() {
   std::array<float, kFirTapCount> scaled{};
@@ -97,24 +87,22 @@ void run_section(const Section& section, const std::vector<float>& in, std::vect
 
 void CFiltri::FiltraFir(float* values, std::size_t count) {
   if (count < kFirShortest) return;
-  std::optional<std::vector<float>> filtered = copy_of(values, count);
-  if (!filtered) return;
+  std::vector<float> filtered(values, values + count);
   const std::array<float, kFirTapCount> taps = scaled_fir_taps();
   for (std::size_t i = kFirTapCount; i < count; ++i) {
     float sum = 0.0F;
     for (std::size_t j = 0; j < kFirTapCount; ++j) sum += taps[j] * values[i - j];
-    (*filtered)[i] = sum;
+    filtered[i] = sum;
   }
-  const std::size_t shift = correlation_delay(filtered->data(), values, count);
-  std::copy(filtered->begin() + static_cast<std::ptrdiff_t>(shift), filtered->end(), values);
+  const std::size_t shift = correlation_delay(filtered.data(), values, count);
+  std::copy(filtered.begin() + static_cast<std::ptrdiff_t>(shift), filtered.end(), values);
   std::fill_n(values + (count - shift), shift, values[count - shift - 1]);
 }
 
 void CFiltri::MediaMobile(float* values, std::size_t count, std::size_t half_width) {
   if (count < 2 || half_width > count - 2 || half_width >= count - half_width) return;
-  const std::optional<std::vector<float>> original = copy_of(values, count);
-  if (!original) return;
-  moving_mean(original->data(), half_width, half_width, count - half_width, values);
+  const std::vector<float> original(values, values + count);
+  moving_mean(original.data(), half_width, half_width, count - half_width, values);
 }
 
 void CFiltri::TagliaEMedia(float* values, std::size_t count, float low, float high, float replacement,
@@ -142,16 +130,15 @@ void CFiltri::IirGenerico(const float* in, std::size_t count, float* out, const 
 
 void CFiltri::PassaBasso(float* values, std::size_t count, float sampling_rate_hz, float cut_off_hz, u32 order) {
   if (!(cut_off_hz < sampling_rate_hz / 2.0F)) return;
-  std::optional<std::vector<float>> in = copy_of(values, count);
-  std::optional<std::vector<float>> out = copy_of(values, count);
-  if (!in || !out) return;
+  std::vector<float> in(values, values + count);
+  std::vector<float> out = in;
   const double a =
       std::tan(std::numbers::pi / (static_cast<double>(sampling_rate_hz) / static_cast<double>(cut_off_hz)));
   for (u32 section = 0; section < order / 2; ++section) {
-    run_section(butterworth_section(a, section, order), *in, &*out);
-    std::swap(*in, *out);
+    run_section(butterworth_section(a, section, order), in, &out);
+    std::swap(in, out);
   }
-  std::ranges::copy(*in, values);
+  std::ranges::copy(in, values);
 }
 
 void CFiltri::RimuoviPicchi(float* values, std::size_t count, std::size_t window, std::size_t degree, float factor) {

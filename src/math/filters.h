@@ -1,5 +1,4 @@
-// Numeric filters over plain arrays, in place. They know nothing of channels; a filter that can't have its work array
-// leaves the values as they are.
+// Numeric filters over plain arrays, in place. They know nothing of channels.
 #pragma once
 
 #include <cstddef>

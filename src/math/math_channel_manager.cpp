@@ -68,13 +68,8 @@ bool CGestMathChan::ComputeChannel(IMathSession& session, std::size_t channel) {
 
 FormulaOutcome CGestMathChan::ComputeFormula(std::string_view formula, IMathSession& session, std::size_t target) {
   FormulaOutcome outcome;
-  try {
-    KeepSymbols(session);
-    if (compile(formula, &outcome.code, &outcome.position)) run_passes(session, target);
-  } catch (const std::bad_alloc&) {
-    outcome.code = kErrorMemory;
-    outcome.position = 0;
-  }
+  KeepSymbols(session);
+  if (compile(formula, &outcome.code, &outcome.position)) run_passes(session, target);
   outcome.character = character_of(outcome.code, outcome.position);
   GetMessage(outcome.code, &outcome.message, nullptr, nullptr);
   outcome.message.erase(outcome.message.find_last_not_of(' ') + 1);

@@ -41,8 +41,7 @@ class CGestMathChan {
 
   // Fills the channel's samples from its formula. False, with the samples as they were, if the formula can't be used.
   bool ComputeChannel(IMathSession& session, std::size_t channel);
-  // The same with a formula of the caller's and a word on what is wrong with it. What a session can't hold in memory is
-  // kErrorMemory.
+  // The same with a formula of the caller's and a word on what is wrong with it.
   FormulaOutcome ComputeFormula(std::string_view formula, IMathSession& session, std::size_t target);
 
   // The names of a session's channels and, where a list is given, those of its definitions become symbols.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 
 namespace traguardo {
 namespace {
@@ -21,13 +20,9 @@ void CPolyFit::Fit(const double* x, const double* y, std::size_t count, std::siz
   *singular = true;
   if (count < 2 || degree >= count - 1) return;
   const std::size_t terms = degree + 1;
-  try {
-    build_design(x, count, terms);
-    build_normal_equations(y, count, terms);
-    pivot_column_.assign(terms, terms);
-  } catch (const std::bad_alloc&) {
-    return;
-  }
+  build_design(x, count, terms);
+  build_normal_equations(y, count, terms);
+  pivot_column_.assign(terms, terms);
   const double determinant = eliminate(terms);
 
   std::fill_n(coefficients, terms, 0.0);

@@ -92,14 +92,10 @@ void CTokenizer::AddSymbol(u8 code, std::string_view name, u16 index) {
 }
 
 bool CTokenizer::Tokenize(std::string_view text, i32* error, u16* position, u16* length) {
-  try {
-    tokens_.clear();
-    expression_.assign(text.substr(0, std::min<std::size_t>(text.find('\0'), maximum_length_)));
-    *length = 1;
-    if (!CheckCharacters(error, position) || !scan(error, position, length)) return false;
-  } catch (const std::bad_alloc&) {
-    return fail(kErrorMemory, 0, error, position);
-  }
+  tokens_.clear();
+  expression_.assign(text.substr(0, std::min<std::size_t>(text.find('\0'), maximum_length_)));
+  *length = 1;
+  if (!CheckCharacters(error, position) || !scan(error, position, length)) return false;
   if (!check_names_and_brackets(error, position) || !check_parameter_counts(error, position)) return false;
   *error = kFormulaOk;
   *position = static_cast<u16>(tokens_.size());

@@ -430,6 +430,8 @@ TEST(Definitions, AreEnteredUpdatedOrLeftAlone) {
   wmp::File file = shaft_file(0);
   file.derived = {kind_channel("EXISTS", 5), formula_channel("kept", "Shaft")};
   file.derived[0].parameters = {1, 2, 3, 4, 5};
+  file.derived[0].function_id = 12;
+  file.derived[0].second_function_id = 34;
   SoundSession opened(file, Load::kTablesOnly);
   std::filesystem::create_directory(opened.folder().path() / "MATHCHANNELS");
   const std::string name = (std::filesystem::path("MATHCHANNELS") / "ZEP_TWMATH_2.ZMC").string();
@@ -446,6 +448,7 @@ TEST(Definitions, AreEnteredUpdatedOrLeftAlone) {
   EXPECT_EQ(session.channel(2).formula(), "Engine / 2");
   EXPECT_EQ(session.channel(2).computation_kind(), 0);
   EXPECT_EQ(session.channel(2).parameters(), (std::array<float, 5>{}));
+  EXPECT_EQ(std::pair(session.function_id(2), session.second_function_id(2)), std::pair(12U, 34U));
   EXPECT_EQ(opened.values(2), (std::vector<float>{1500, 1550, 1600, 1650, 1700, 1750, 1800, 1850, 1900, 1950}));
 
   EXPECT_EQ(session.channel(3).formula(), "Shaft");
