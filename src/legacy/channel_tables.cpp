@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <atomic>
 #include <limits>
-#include <new>
 #include <unordered_map>
 
 #include "legacy/sample_rate.h"
@@ -90,23 +89,13 @@ bool CWMP::append_channel(const WmpChannelRecord& record, const WmpChannelExtens
   if (header_.raw_area_size() == 0 || header_.value_area_size() == 0) return false;
   if (channels_.size() >= kMostChannels || first_sample_.size() != channels_.size() + 1) return false;
   const u32 frequency = sample_rate_of(record.rate_index()).frequency_hz;
-  const u64 count = std::min<u64>(derived_sample_count(frequency), derived_budget_left());
-
+  const u64 count = added_sample_count(frequency);
   const std::size_t row = channels_.size();
-  try {
-    value_area_.resize(first_sample_.back() + static_cast<std::size_t>(count), 0.0F);
-    channels_.push_back(record);
-    extensions_.push_back(extension);
-    statistics_.emplace_back();
-    first_sample_.push_back(value_area_.size());
-  } catch (const std::bad_alloc&) {
-    channels_.resize(row);
-    extensions_.resize(row);
-    statistics_.resize(row);
-    first_sample_.resize(row + 1);
-    value_area_.resize(first_sample_.back());
-    return false;
-  }
+  value_area_.resize(first_sample_.back() + static_cast<std::size_t>(count), 0.0F);
+  channels_.push_back(record);
+  extensions_.push_back(extension);
+  statistics_.emplace_back();
+  first_sample_.push_back(value_area_.size());
   channels_.back().set_sample_count(static_cast<u32>(count));
   update_rate(row);
   statistics_.back().display_minimum = record.display_minimum();
@@ -147,7 +136,7 @@ void CWMP::remove_channel(std::size_t index) {
 void CWMP::resize_derived_channel(std::size_t index) {
   channels_[index].set_sample_count(0);
   update_rate(index);
-  const u64 count = std::min<u64>(derived_sample_count(statistics_[index].frequency_hz), derived_budget_left());
+  const u64 count = added_sample_count(statistics_[index].frequency_hz);
   channels_[index].set_sample_count(static_cast<u32>(count));
 
   const std::vector<float> old_values = std::move(value_area_);

@@ -15,10 +15,11 @@
 namespace traguardo {
 namespace {
 
-// Derived channels take memory for which the file holds no bytes, so their rates and counts are believed up to this:
-// enough for dozens of formula channels beside as many logged ones.
+// The derived channels of a file take memory for which it holds no bytes, so they are believed together up to this:
+// four samples for each logged one, and a day at the highest rate (which is ten channels of 100 Hz over a day).
 constexpr u64 kDerivedSamplesPerLogged = 4;
-constexpr u64 kDerivedSamplesAlways = u64{1} << 20;
+constexpr u64 kSecondsPerDay = 86400;
+constexpr u64 kDerivedSamplesAlways = kSecondsPerDay * 1000;
 
 constexpr u16 kAlignedAreasVersion = 550;
 constexpr std::size_t kAlignedAreas = 2;
@@ -116,6 +117,19 @@ u64 CWMP::derived_budget_left() const {
     }
   }
   return budget > used ? budget - used : 0;
+}
+
+// What the reader adds is no claim of the file: a day of it is whole in any case, whatever the file's own channels
+// took.
+u64 CWMP::added_sample_count(u32 frequency_hz) const {
+  const u64 wanted = derived_sample_count(frequency_hz);
+  return std::min(wanted, std::max(kSecondsPerDay * frequency_hz, derived_budget_left()));
+}
+
+u32 CWMP::missing_samples(std::size_t index) const {
+  if (!is_derived(index)) return 0;
+  const u32 wanted = derived_sample_count(sample_rate_of(channels_[index].rate_index()).frequency_hz);
+  return wanted - std::min(wanted, channels_[index].sample_count());
 }
 
 // In single precision, as the counts in the files were made. A logged channel without a frequency has no say.

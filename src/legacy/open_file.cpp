@@ -1,6 +1,5 @@
 // CWMP::ApriFile: what is checked before a file is read, which reader reads it, and what is computed behind it.
 #include <cstdio>
-#include <new>
 
 #include "legacy/regulation_view.h"
 #include "legacy/session_texts.h"
@@ -9,6 +8,7 @@
 #include "legacy/wmp_session.h"
 #include "math/math_channel_manager.h"
 #include "regulation/calculator.h"
+#include "support/event_log.h"
 #include "units/user_units_manager.h"
 
 namespace traguardo {
@@ -159,7 +159,7 @@ u32 CWMP::head_error() const {
   return kMsgAllOk;
 }
 
-bool CWMP::run_version_reader(const std::wstring& path, bool tables_only, u32* error) try {
+bool CWMP::run_version_reader(const std::wstring& path, bool tables_only, u32* error) {
   const WmpVersionRow* row = version_row(version_);
   if (row == nullptr) return false;
   switch (row->reader) {
@@ -177,8 +177,6 @@ bool CWMP::run_version_reader(const std::wstring& path, bool tables_only, u32* e
       return ReadWampFileVers700(path, tables_only, error);
   }
   return false;
-} catch (const std::bad_alloc&) {
-  return fail_reading(kMsgErrorOpening, error);
 }
 
 // A refused file has no tables and shows nothing of what was read of it.
@@ -246,6 +244,16 @@ void CWMP::convert_everything(bool raw_only) {
   build_lap_rows();
   enter_math_channels();
   assure_device_channels();
+  log_missing_samples();
+}
+
+void CWMP::log_missing_samples() const {
+  for (std::size_t i = logged_count_; i < channels_.size(); ++i) {
+    const u32 missing = missing_samples(i);
+    if (missing == 0) continue;
+    TRAGUARDO_LOG("CWMP::ApriFile", "%s [%d] WARNING = Channel %s ends %u samples early\n", channels_[i].name(),
+                  missing);
+  }
 }
 
 std::tm CWMP::date_and_time() const {

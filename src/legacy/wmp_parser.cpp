@@ -58,8 +58,20 @@ CParserWMP::CParserWMP(std::wstring path) : CParser(std::move(path)) {}
 CParserWMP::~CParserWMP() = default;
 
 std::wstring CParserWMP::trace_path_of(const std::wstring& session_path) {
-  constexpr std::size_t kExtensionLength = 3;
-  return session_path.substr(0, session_path.size() - std::min(session_path.size(), kExtensionLength)) + L"jts";
+  constexpr std::wstring_view kSmall = L"jts";
+  constexpr std::wstring_view kCapital = L"JTS";
+  const std::size_t stem = session_path.size() - std::min(session_path.size(), kSmall.size());
+  std::wstring path = session_path.substr(0, stem);
+  for (std::size_t i = 0; i < kSmall.size(); ++i) {
+    const bool is_capital =
+        stem + i < session_path.size() && session_path[stem + i] >= L'A' && session_path[stem + i] <= L'Z';
+    path.push_back(is_capital ? kCapital[i] : kSmall[i]);
+  }
+  for (const std::wstring_view ending : {std::wstring_view(path).substr(stem), kSmall, kCapital}) {
+    const std::wstring candidate = session_path.substr(0, stem).append(ending);
+    if (platform::file_exists(candidate)) return candidate;
+  }
+  return path;
 }
 
 bool CParserWMP::ParsaFile(IProgress* progress) {
@@ -112,6 +124,9 @@ bool CParserWMP::copy_channels(const CWMP& session) {
     if (!channel->IsStoreValido()) return false;
     channel->SetUnita(std::wstring_view(measure->unit_text()));
     if (session.is_derived(measure->index())) channel->mark_derived();
+    if (const u32 missing = session.missing_samples(measure->index()); missing > 0) {
+      shortened_channels_.push_back({measure->name(), static_cast<u32>(values.size()), missing});
+    }
     CParsedChannel* store = channel.get();
     channels_.push_back(std::move(channel));
     const u64 step = measure->period_ms() * kMicrosecondsPerMs;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "model/parser.h"
 
@@ -19,8 +20,17 @@ class CParserWMP : public CParser {
   // that can't be read is no failure: the reader then holds the trace alone.
   bool ParsaFile(IProgress* progress) override;
 
-  // The trace file of a session, beside it under the same name.
+  // The trace file of a session, beside it under the same name. Its ending is written as the session's is, letter by
+  // letter in small or capital letters; where there is no such file, one in small or in capital letters will do.
   static std::wstring trace_path_of(const std::wstring& session_path);
+
+  // Derived channels of a session beyond a day that ask for more samples than are believed, and end early.
+  struct ShortenedChannel {
+    std::string name;
+    u32 samples = 0;
+    u32 missing = 0;
+  };
+  const std::vector<ShortenedChannel>& shortened_channels() const { return shortened_channels_; }
 
  private:
   bool parse(IProgress* progress);
@@ -29,6 +39,8 @@ class CParserWMP : public CParser {
   void copy_laps(const CWMP& session);
   void copy_texts(const CWMP& session, bool opened);
   void enter_ident(const CWMP& session);
+
+  std::vector<ShortenedChannel> shortened_channels_;
 };
 
 }  // namespace traguardo

@@ -51,7 +51,8 @@ class CWMP : public CFileWMP, public CFiltri {
 
   // Reads the whole file and computes everything. tables_first: one run over the tables before the samples are read;
   // load_samples: false stops behind the header; raw_only: values are the raw words. False with a code of
-  // wmp_messages() or wmp_dump_messages() in `error` if the file is refused; the tables are then empty.
+  // wmp_messages() or wmp_dump_messages() in `error` if the file is refused; the tables are then empty. A file that
+  // can't be read, and a session that the memory can't hold, throw.
   bool ApriFile(const std::wstring& path, bool tables_first, bool load_samples, bool raw_only, u32* error,
                 const CalculationOptions* options, i32 mode);
 
@@ -176,6 +177,8 @@ class CWMP : public CFileWMP, public CFiltri {
   void rebuild_measures();
   // Samples of a derived channel of that frequency, as the longest logged channel allows.
   u32 derived_sample_count(u32 frequency_hz) const;
+  // How many samples a derived channel would have beyond those that it has, since their number isn't believed.
+  u32 missing_samples(std::size_t index) const;
   void set_function_ids_present() { configuration_.set_has_function_ids(true); }
 
   // The length of the file as it would be written, into the header.
@@ -206,6 +209,7 @@ class CWMP : public CFileWMP, public CFiltri {
   void check_reference_speed();
   bool is_gps_speed(std::size_t index) const;
   void convert_everything(bool raw_only);
+  void log_missing_samples() const;
 
   // --- What version readers share (version_*.cpp)
   bool reopen(const std::wstring& path, u32* error);
@@ -250,6 +254,7 @@ class CWMP : public CFileWMP, public CFiltri {
   // REQUIRES: make_value_area(). What the words read lack of the logged channels' counts reads as 0.
   void take_raw_area(std::vector<u16> words);
   u64 derived_budget_left() const;
+  u64 added_sample_count(u32 frequency_hz) const;
   // Version 500 (dump_rebuild.cpp): the raw words of all logged channels, one channel behind the other, out of the
   // logger's dump, which runs from `offset` of the open file to its end and may be empty. False with a code of
   // wmp_dump_messages(), or 0, in `error`.

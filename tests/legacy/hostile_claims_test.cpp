@@ -46,7 +46,8 @@ void expect_bounded(const Bytes& bytes) {
     }
   }
   EXPECT_LE(logged, bytes.size());
-  EXPECT_LE(derived, 4 * logged + (u64{16} << 20));
+  // A day at 1000 Hz.
+  EXPECT_LE(derived, 4 * logged + 86400 * 1000);
 }
 
 // Each field, wherever its record lies, with each of these claims in it. Four bytes cover the shorter fields, too.
@@ -102,8 +103,30 @@ TEST(HostileClaims, DerivedChannelsAreBoundedTogether) {
   // Each of 300 derived channels of 1000 Hz would be a thousand times as long as the logged one of 1 Hz.
   wmp::File file = small_file(600);
   file.logged = {plain_channel("Slow", std::vector<u16>(2000, 7), 0)};
-  file.derived.assign(300, plain_channel("Fast", {}, 8));
-  expect_bounded(wmp::build(file));
+  file.derived.assign(100, plain_channel("Fast", {}, 8));
+  const LogFile log;
+  SoundSession opened(file);
+  constexpr std::size_t kWhole = 43;  // 2,000,000 samples each; the next one is cut, the others get nothing
+  for (const auto& [channel, missing] : {std::pair(kWhole, 0U), {kWhole + 1, 1592000U}, {kWhole + 2, 2000000U}}) {
+    EXPECT_EQ(opened.session().missing_samples(channel), missing);
+    EXPECT_EQ(opened.values(channel).size(), 2000000U - missing);
+  }
+  EXPECT_NE(log.text().find("WARNING = Channel Fast ends 1592000 samples early\n"), std::string::npos);
+}
+
+TEST(HostileClaims, WhatTheReaderAddsIsNoClaim) {
+  const std::tuple<u16, std::size_t, std::size_t> kSessions[] = {{2, 10, 3}, {0, 1, 24}};  // rate, channels, hours
+  for (const auto& [rate, channels, hours] : kSessions) {
+    wmp::File file = small_file(600);
+    file.logged.assign(channels, plain_channel("Slow", std::vector<u16>(3600 * hours * (rate == 2 ? 10 : 1), 7), rate));
+    OpenedSession opened(wmp::build(file), Load::kTablesOnly);
+    opened.folder().write("FIA.txt", std::string("any"));
+    ASSERT_TRUE(opened.open("session.wmp", Load::kEverything));
+    ASSERT_EQ(opened.session().channel_count(), channels + 6);
+    for (std::size_t i = channels; i < channels + 6; ++i) {
+      EXPECT_EQ(opened.session().channel(i).sample_count(), 100 * 3600 * hours);
+    }
+  }
 }
 
 TEST(HostileClaims, AManyRunSessionNeedsNoMoreThanItsLaps) {
