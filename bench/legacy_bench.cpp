@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "legacy/dump_rebuild.h"
-#include "legacy/sample_conversion.h"
-#include "legacy/sensor_database.h"
-#include "legacy/sensors.h"
+#include "legacy/file/dump_rebuild.h"
+#include "legacy/sensors/sample_conversion.h"
+#include "legacy/sensors/sensor_database.h"
+#include "legacy/sensors/sensors.h"
 #include "units/user_units_manager.h"
 
 namespace traguardo {

@@ -3,10 +3,10 @@
 #include <span>
 #include <string>
 
-#include "legacy/conversion_sensors_data.h"
-#include "legacy/sample_conversion.h"
-#include "legacy/sensors.h"
-#include "legacy/unit_descriptor.h"
+#include "legacy/sensors/conversion_sensors_data.h"
+#include "legacy/sensors/sample_conversion.h"
+#include "legacy/sensors/sensors.h"
+#include "legacy/sensors/unit_descriptor.h"
 #include "legacy/wmp_session.h"
 #include "units/user_units_manager.h"
 

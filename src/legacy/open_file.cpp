@@ -1,10 +1,10 @@
 // CWMP::ApriFile: what is checked before a file is read, which reader reads it, and what is computed behind it.
 #include <cstdio>
 
-#include "legacy/regulation_view.h"
-#include "legacy/session_texts.h"
-#include "legacy/wmp_measure.h"
-#include "legacy/wmp_messages.h"
+#include "legacy/derived/regulation_view.h"
+#include "legacy/file/wmp_messages.h"
+#include "legacy/texts/session_texts.h"
+#include "legacy/texts/wmp_measure.h"
 #include "legacy/wmp_session.h"
 #include "math/math_channel_manager.h"
 #include "regulation/calculator.h"

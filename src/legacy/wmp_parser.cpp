@@ -5,11 +5,11 @@
 #include <memory>
 #include <utility>
 
-#include "legacy/jts_parser.h"
-#include "legacy/sensor_database.h"
-#include "legacy/sensors.h"
-#include "legacy/session_texts.h"
-#include "legacy/wmp_measure.h"
+#include "legacy/file/jts_parser.h"
+#include "legacy/sensors/sensor_database.h"
+#include "legacy/sensors/sensors.h"
+#include "legacy/texts/session_texts.h"
+#include "legacy/texts/wmp_measure.h"
 #include "legacy/wmp_session.h"
 #include "math/math_channel_manager.h"
 #include "model/parsed_channel.h"

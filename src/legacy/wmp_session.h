@@ -15,9 +15,9 @@
 #include <string_view>
 #include <vector>
 
-#include "legacy/records.h"
-#include "legacy/wmp_file.h"
-#include "legacy/wmp_layout_data.h"
+#include "legacy/file/records.h"
+#include "legacy/file/wmp_file.h"
+#include "legacy/file/wmp_layout_data.h"
 #include "math/filters.h"
 #include "support/bytes.h"
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "legacy/sample_conversion.h"
+#include "legacy/sensors/sample_conversion.h"
 
 namespace traguardo {
 namespace {

@@ -1,5 +1,5 @@
 // Distance over time from a speed, against sums in double; lap rows; which speed it is made of.
-#include "legacy/distance_table.h"
+#include "legacy/derived/distance_table.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Dumps of the logger's memory, taken apart: where each sample goes, and what damage costs.
-#include "legacy/dump_rebuild.h"
+#include "legacy/file/dump_rebuild.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include <tuple>
 #include <utility>
 
-#include "legacy/wmp_messages.h"
+#include "legacy/file/wmp_messages.h"
 #include "opened_session.h"
 
 namespace traguardo::test {

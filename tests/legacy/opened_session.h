@@ -9,8 +9,8 @@
 
 #include "helpers/temp_folder.h"
 #include "helpers/wmp_builder.h"
-#include "legacy/sensor_database.h"
-#include "legacy/sensors.h"
+#include "legacy/sensors/sensor_database.h"
+#include "legacy/sensors/sensors.h"
 #include "legacy/wmp_session.h"
 #include "math/math_channel_manager.h"
 #include "regulation/calculator.h"

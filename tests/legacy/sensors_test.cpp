@@ -1,6 +1,6 @@
 // Raw words of every sensor to values and back. Values of the formulas stand in sensor_expectations_data.cpp; what is
 // here was worked out by hand.
-#include "legacy/sensors.h"
+#include "legacy/sensors/sensors.h"
 
 #include <gtest/gtest.h>
 
@@ -14,10 +14,10 @@
 #include <utility>
 #include <vector>
 
-#include "legacy/sensor_curves.h"
-#include "legacy/sensor_database.h"
 #include "legacy/sensor_expectations_data.h"
-#include "legacy/unit_descriptor.h"
+#include "legacy/sensors/sensor_curves.h"
+#include "legacy/sensors/sensor_database.h"
+#include "legacy/sensors/unit_descriptor.h"
 #include "units/user_units_manager.h"
 
 namespace traguardo {

@@ -1,4 +1,4 @@
-#include "legacy/session_texts.h"
+#include "legacy/texts/session_texts.h"
 
 #include <gtest/gtest.h>
 

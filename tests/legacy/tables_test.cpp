@@ -7,19 +7,19 @@
 #include <type_traits>
 
 #include "helpers/table_sums.h"
-#include "legacy/conversion_sensors_data.h"
-#include "legacy/dump_layout_data.h"
-#include "legacy/inverse_formulas_data.h"
-#include "legacy/measure_data.h"
-#include "legacy/sensor_curves_data.h"
-#include "legacy/sensor_formulas_data.h"
-#include "legacy/sensors_data.h"
-#include "legacy/session_texts_data.h"
-#include "legacy/stored_units_data.h"
-#include "legacy/synthesised_channels_data.h"
-#include "legacy/unit_tables_data.h"
-#include "legacy/wmp_layout_data.h"
-#include "legacy/wmp_messages_data.h"
+#include "legacy/derived/synthesised_channels_data.h"
+#include "legacy/file/dump_layout_data.h"
+#include "legacy/file/wmp_layout_data.h"
+#include "legacy/file/wmp_messages_data.h"
+#include "legacy/sensors/conversion_sensors_data.h"
+#include "legacy/sensors/inverse_formulas_data.h"
+#include "legacy/sensors/sensor_curves_data.h"
+#include "legacy/sensors/sensor_formulas_data.h"
+#include "legacy/sensors/sensors_data.h"
+#include "legacy/sensors/stored_units_data.h"
+#include "legacy/sensors/unit_tables_data.h"
+#include "legacy/texts/measure_data.h"
+#include "legacy/texts/session_texts_data.h"
 
 namespace traguardo {
 namespace {

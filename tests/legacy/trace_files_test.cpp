@@ -2,8 +2,8 @@
 
 #include "helpers/temp_folder.h"
 #include "helpers/wmp_builder.h"
-#include "legacy/hnv_parser.h"
-#include "legacy/jts_parser.h"
+#include "legacy/file/hnv_parser.h"
+#include "legacy/file/jts_parser.h"
 
 namespace traguardo::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "legacy/wmp_measure.h"
+#include "legacy/texts/wmp_measure.h"
 
 #include <gtest/gtest.h>
 
