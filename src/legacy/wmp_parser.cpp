@@ -6,11 +6,12 @@
 #include <utility>
 
 #include "legacy/file/jts_parser.h"
+#include "legacy/file/table_repair.h"
 #include "legacy/sensors/sensor_database.h"
 #include "legacy/sensors/sensors.h"
 #include "legacy/texts/session_texts.h"
 #include "legacy/texts/wmp_measure.h"
-#include "legacy/wmp_session.h"
+#include "legacy/wmp.h"
 #include "math/math_channel_manager.h"
 #include "model/parsed_channel.h"
 #include "regulation/calculator.h"
@@ -36,16 +37,16 @@ void store_firmware(const std::string& text, u8* bytes) {
   if (text.size() == kShortest + 1) bytes[3] = static_cast<u8>(text.back());
 }
 
-SIdentRecord make_ident(const CWMP& session) {
+SIdentRecord make_ident(const WmpSession& session) {
   constexpr u16 kCheckedBytes = 56;
   SIdentRecord ident;
   u8* bytes = ident.bytes.data();
   std::memcpy(bytes, "idn", 3);
   bytes[3] = 1;
   store_u16(bytes + 4, kCheckedBytes);
-  store_u32(bytes + 8, session.identity().device_code());
-  store_u32(bytes + 12, session.identity().device_id());
-  store_firmware(session.firmware_text(), bytes + 20);
+  store_u32(bytes + 8, session.tables.identity.device_code());
+  store_u32(bytes + 12, session.tables.identity.device_id());
+  store_firmware(firmware_text(session.tables.header), bytes + 20);
   u32 sum = 0;
   for (std::size_t i = 8; i < SIdentRecord::kSize; ++i) sum += bytes[i];
   store_u16(bytes + 6, static_cast<u16>(sum));
@@ -97,13 +98,18 @@ bool CParserWMP::parse(IProgress* progress) {
   CSensori sensors(units, &data_base);
   const CalculationOptions options{};
   CGestMathChan math(*units, executable->GetCartellaW());
-  CWMP session(executable->GetCartellaW(), &options, &sensors, &math, kNoCalibratedDistance);
+  CWMP reader(executable->GetCartellaW(), &options, &sensors, &math, kNoCalibratedDistance);
 
   u32 error = 0;
-  const bool opened = session.ApriFile(GetNomeFile(), true, true, false, &error, &options, kNoCalibratedDistance);
+  constexpr bool kTablesFirst = true;
+  constexpr bool kLoadSamples = true;
+  constexpr bool kRawOnly = false;
+  reader.ApriFile(GetNomeFile(), kTablesFirst, kLoadSamples, kRawOnly, &error, &options, kNoCalibratedDistance);
+  const WmpSession& session = reader.session();
   if (!copy_channels(session)) return false;
   copy_laps(session);
-  copy_texts(session, opened);
+  copy_texts(session);
+  SetDataOra(reader.date_and_time());
   enter_ident(session);
   return true;
 }
@@ -116,15 +122,15 @@ bool CParserWMP::load_trace(IProgress* progress) {
 }
 
 // The index in a store's name is the channel's place in the table, with gaps where a channel is not shown.
-bool CParserWMP::copy_channels(const CWMP& session) {
-  for (const std::unique_ptr<CWMPMisura>& measure : session.measures()) {
+bool CParserWMP::copy_channels(const WmpSession& session) {
+  for (const std::unique_ptr<CWMPMisura>& measure : session.measures) {
     const std::span<const float> values = measure->values();
     if (measure->hidden() || values.empty() || measure->period_ms() == 0) continue;
     auto channel = std::make_unique<CParsedChannel>(measure->name(), GetFileStore(), GetMantieniCostanti());
     if (!channel->IsStoreValido()) return false;
     channel->SetUnita(std::wstring_view(measure->unit_text()));
-    if (session.is_derived(measure->index())) channel->mark_derived();
-    if (const u32 missing = session.missing_samples(measure->index()); missing > 0) {
+    if (session.tables.is_derived(measure->index())) channel->mark_derived();
+    if (const u32 missing = missing_samples(session.tables, measure->index()); missing > 0) {
       shortened_channels_.push_back({measure->name(), static_cast<u32>(values.size()), missing});
     }
     CParsedChannel* store = channel.get();
@@ -136,8 +142,8 @@ bool CParserWMP::copy_channels(const CWMP& session) {
   return true;
 }
 
-void CParserWMP::copy_laps(const CWMP& session) {
-  for (const WmpLapRecord& record : session.laps()) {
+void CParserWMP::copy_laps(const WmpSession& session) {
+  for (const WmpLapRecord& record : session.tables.laps) {
     SRkLap* lap = GetGiro(record.run(), record.number());
     if (lap == nullptr) continue;
     const u32 duration_ms = record.true_time_ms() != 0 ? record.true_time_ms() : record.time_ms();
@@ -153,17 +159,17 @@ void CParserWMP::copy_laps(const CWMP& session) {
   }
 }
 
-void CParserWMP::copy_texts(const CWMP& session, bool opened) {
-  SetNomePilota(session.names().racer());
-  SetNomeVeicolo(session.names().vehicle());
-  SetNomeCampionato(session.extended_names().championship());
-  SetNomeTracciato(session.names().track());
+void CParserWMP::copy_texts(const WmpSession& session) {
+  const WmpTables& tables = session.tables;
+  SetNomePilota(tables.names.racer());
+  SetNomeVeicolo(tables.names.vehicle());
+  SetNomeCampionato(tables.extended_names.championship());
+  SetNomeTracciato(tables.names.track());
   // Code 0 is a type too, but not of a file that was refused.
-  SetNomeTipoVenue(opened ? venue_type_text(session.extended_names().venue_type()) : std::string());
-  SetDataOra(session.date_and_time());
+  SetNomeTipoVenue(tables.version == nullptr ? std::string() : venue_type_text(tables.extended_names.venue_type()));
 }
 
-void CParserWMP::enter_ident(const CWMP& session) {
+void CParserWMP::enter_ident(const WmpSession& session) {
   const SIdentRecord ident = make_ident(session);
   main_idents_[ident.device_id()] = {ident};
 }

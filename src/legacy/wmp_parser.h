@@ -9,7 +9,7 @@
 
 namespace traguardo {
 
-class CWMP;
+struct WmpSession;
 
 class CParserWMP : public CParser {
  public:
@@ -35,10 +35,10 @@ class CParserWMP : public CParser {
  private:
   bool parse(IProgress* progress);
   bool load_trace(IProgress* progress);
-  bool copy_channels(const CWMP& session);
-  void copy_laps(const CWMP& session);
-  void copy_texts(const CWMP& session, bool opened);
-  void enter_ident(const CWMP& session);
+  bool copy_channels(const WmpSession& session);
+  void copy_laps(const WmpSession& session);
+  void copy_texts(const WmpSession& session);
+  void enter_ident(const WmpSession& session);
 
   std::vector<ShortenedChannel> shortened_channels_;
 };

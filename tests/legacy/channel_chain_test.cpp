@@ -149,14 +149,14 @@ TEST(ChannelChain, StatisticsOfABoundedFunction) {
   file.logged = {plain_channel("A", {0, 1, 2, 3})};
   file.logged[0].function_id = 98;
   SoundSession opened(file);
-  EXPECT_EQ(opened.session().statistics(0).minimum, 1.0F);
-  EXPECT_EQ(opened.session().statistics(0).mean, 0.75F);
-  EXPECT_EQ(opened.session().statistics(0).maximum, 3.0F);
+  EXPECT_EQ(opened.session().tables.channels[0].statistics.minimum, 1.0F);
+  EXPECT_EQ(opened.session().tables.channels[0].statistics.mean, 0.75F);
+  EXPECT_EQ(opened.session().tables.channels[0].statistics.maximum, 3.0F);
   // Function ids of a file that says it has none don't count.
   file.function_ids = false;
   SoundSession without(file);
-  EXPECT_EQ(without.session().statistics(0).minimum, 0.0F);
-  EXPECT_EQ(without.session().statistics(0).mean, 1.5F);
+  EXPECT_EQ(without.session().tables.channels[0].statistics.minimum, 0.0F);
+  EXPECT_EQ(without.session().tables.channels[0].statistics.mean, 1.5F);
 }
 
 }  // namespace

@@ -114,9 +114,9 @@ TEST(DistanceTable, NoTableOfTooLittle) {
 TEST(DistanceTable, DistancesBetweenEntries) {
   const std::vector<float> table = {0.0F, 10.0F, 30.0F, 40.0F};
   const std::pair<u32, float> cases[] = {{0, 0.0F}, {50, 5.0F}, {100, 10.0F}, {175, 25.0F}, {250, 35.0F}};
-  for (const auto& [time_ms, distance] : cases) EXPECT_EQ(distance_in_table(table, time_ms), distance) << time_ms;
-  EXPECT_EQ(distance_in_table(table, 0xFFFFFFFF), distance_in_table(table, 295));
-  EXPECT_EQ(distance_in_table({}, 50), 0.0F);
+  for (const auto& [time_ms, distance] : cases) EXPECT_EQ(DistanceTable(table, {}).at(time_ms), distance) << time_ms;
+  EXPECT_EQ(DistanceTable(table, {}).at(0xFFFFFFFF), DistanceTable(table, {}).at(295));
+  EXPECT_EQ(DistanceTable().at(50), 0.0F);
 }
 
 // --- In a session
@@ -139,11 +139,11 @@ wmp::File file_with_speeds(std::vector<wmp::Channel> logged, i16 reference) {
   return file;
 }
 
-void expect_lap_rows(CWMP& session, double metres_per_second) {
-  ASSERT_EQ(session.lap_rows().size(), 2U);
+void expect_lap_rows(WmpSession& session, double metres_per_second) {
+  ASSERT_EQ(session.distances.laps().size(), 2U);
   const std::pair<u32, u32> starts_and_lengths_ms[] = {{0, 5000}, {5000, 15000}};
   for (std::size_t i = 0; i < 2; ++i) {
-    const WmpLapRow& row = session.lap_rows()[i];
+    const WmpLapRow& row = session.distances.laps()[i];
     EXPECT_EQ(std::pair(row.start_ms, row.length_ms), starts_and_lengths_ms[i]);
     EXPECT_NEAR(row.distance_at_start, row.start_ms / 1000.0 * metres_per_second, row.start_ms * 2e-6);
     EXPECT_NEAR(row.distance_covered, row.length_ms / 1000.0 * metres_per_second, row.length_ms * 2e-6);
@@ -153,7 +153,7 @@ void expect_lap_rows(CWMP& session, double metres_per_second) {
 TEST(LapRows, FollowTheReferenceSpeed) {
   SoundSession logged(file_with_speeds({speed_channel("Wheel", 72), speed_channel("Other", 36)}, 1));
   expect_lap_rows(logged.session(), 10.0);
-  EXPECT_TRUE(logged.session().set_reference_speed(0));
+  EXPECT_TRUE(set_reference_speed(logged.session(), 0));
   expect_lap_rows(logged.session(), 20.0);
 
   wmp::File file = file_with_speeds({speed_channel("Wheel", 72)}, 1);
@@ -166,7 +166,7 @@ TEST(LapRows, FollowTheReferenceSpeed) {
   SoundSession none(file_with_speeds({speed_channel("Wheel", 72)}, -1));
   expect_lap_rows(none.session(), 0.0);
   SoundSession standing(file_with_speeds({speed_channel("Wheel", 0)}, 0));
-  EXPECT_TRUE(standing.session().distance_table().empty());
+  EXPECT_TRUE(standing.session().distances.entries().empty());
   expect_lap_rows(standing.session(), 0.0);
 }
 
@@ -211,8 +211,8 @@ TEST(ReferenceSpeed, IsSearchedAmongTheSpeedsThatMove) {
       channels.back().function_id = candidate.function;
     }
     SoundSession opened(file_with_speeds(channels, 0));
-    EXPECT_EQ(opened.session().find_reference_speed(one.select), one.wanted);
-    EXPECT_EQ(opened.session().reference_speed(), one.reference);
+    EXPECT_EQ(find_reference_speed(opened.session(), one.select), one.wanted);
+    EXPECT_EQ(opened.session().tables.header.reference_speed(), one.reference);
   }
 }
 
@@ -221,16 +221,16 @@ TEST(ReferenceSpeed, IsSetOnlyToASpeedWithATable) {
                                         speed_channel("Standing", 0), speed_channel("No speed", 36)};
   channels[3].measure_class = 1;
   SoundSession opened(file_with_speeds(channels, 0));
-  CWMP& session = opened.session();
-  EXPECT_TRUE(session.set_reference_speed(0));
+  WmpSession& session = opened.session();
+  EXPECT_TRUE(set_reference_speed(session, 0));
   for (const i32 refused : {-1, 2, 3, 4}) {
-    EXPECT_FALSE(session.set_reference_speed(refused)) << refused;
-    EXPECT_EQ(session.reference_speed(), 0);
+    EXPECT_FALSE(set_reference_speed(session, refused)) << refused;
+    EXPECT_EQ(session.tables.header.reference_speed(), 0);
     expect_lap_rows(session, 20.0);
   }
-  EXPECT_TRUE(session.set_reference_speed(1));
-  EXPECT_EQ(session.reference_speed(), 1);
-  EXPECT_NEAR(session.distance_at(10000), 100.0, 0.01);
+  EXPECT_TRUE(set_reference_speed(session, 1));
+  EXPECT_EQ(session.tables.header.reference_speed(), 1);
+  EXPECT_NEAR(session.distances.at(10000), 100.0, 0.01);
 }
 
 TEST(ReferenceSpeed, PositionsAreAccurateUntilSixAreFarOff) {
@@ -251,9 +251,9 @@ TEST(ReferenceSpeed, PositionsAreAccurateUntilSixAreFarOff) {
     SCOPED_TRACE(one.what);
     wmp::File file;
     file.logged = {plain_channel("GPS_PosAccuracy", one.accuracies)};
-    EXPECT_EQ(SoundSession(file).session().positions_are_accurate(), one.wanted);
+    EXPECT_EQ(positions_are_accurate(SoundSession(file).session()), one.wanted);
     file.logged[0].name = "Another";
-    EXPECT_TRUE(SoundSession(file).session().positions_are_accurate());
+    EXPECT_TRUE(positions_are_accurate(SoundSession(file).session()));
   }
 }
 

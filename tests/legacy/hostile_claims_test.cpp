@@ -29,20 +29,20 @@ wmp::File claiming_file(u16 version) {
 // However it ends, what is there fits together and is paid for.
 void expect_bounded(const Bytes& bytes) {
   OpenedSession opened(bytes);
-  CWMP& session = opened.session();
+  WmpSession& session = opened.session();
   if (!opened.opened()) {
-    EXPECT_EQ(session.channel_count(), 0U);
+    EXPECT_EQ(session.tables.channels.size(), 0U);
     return;
   }
   u64 logged = 0;
   u64 derived = 0;
-  for (std::size_t i = 0; i < session.channel_count(); ++i) {
-    EXPECT_EQ(session.values(i).size(), session.channel(i).sample_count());
-    if (session.is_derived(i)) {
-      derived += session.values(i).size();
+  for (std::size_t i = 0; i < session.tables.channels.size(); ++i) {
+    EXPECT_EQ(session.store.values(i).size(), session.tables.channels[i].record.sample_count());
+    if (session.tables.is_derived(i)) {
+      derived += session.store.values(i).size();
     } else {
-      EXPECT_EQ(session.raw_words(i).size(), session.values(i).size());
-      logged += session.values(i).size();
+      EXPECT_EQ(session.store.raw_words(i).size(), session.store.values(i).size());
+      logged += session.store.values(i).size();
     }
   }
   EXPECT_LE(logged, bytes.size());
@@ -108,7 +108,7 @@ TEST(HostileClaims, DerivedChannelsAreBoundedTogether) {
   SoundSession opened(file);
   constexpr std::size_t kWhole = 43;  // 2,000,000 samples each; the next one is cut, the others get nothing
   for (const auto& [channel, missing] : {std::pair(kWhole, 0U), {kWhole + 1, 1592000U}, {kWhole + 2, 2000000U}}) {
-    EXPECT_EQ(opened.session().missing_samples(channel), missing);
+    EXPECT_EQ(missing_samples(opened.session().tables, channel), missing);
     EXPECT_EQ(opened.values(channel).size(), 2000000U - missing);
   }
   EXPECT_NE(log.text().find("WARNING = Channel Fast ends 1592000 samples early\n"), std::string::npos);
@@ -122,9 +122,9 @@ TEST(HostileClaims, WhatTheReaderAddsIsNoClaim) {
     OpenedSession opened(wmp::build(file), Load::kTablesOnly);
     opened.folder().write("FIA.txt", std::string("any"));
     ASSERT_TRUE(opened.open("session.wmp", Load::kEverything));
-    ASSERT_EQ(opened.session().channel_count(), channels + 6);
+    ASSERT_EQ(opened.session().tables.channels.size(), channels + 6);
     for (std::size_t i = channels; i < channels + 6; ++i) {
-      EXPECT_EQ(opened.session().channel(i).sample_count(), 100 * 3600 * hours);
+      EXPECT_EQ(opened.session().tables.channels[i].record.sample_count(), 100 * 3600 * hours);
     }
   }
 }
@@ -134,8 +134,8 @@ TEST(HostileClaims, AManyRunSessionNeedsNoMoreThanItsLaps) {
   wmp::File file = small_file(600);
   file.laps = {wmp::Lap{10, 1, 1}, wmp::Lap{10, 2, 1}, wmp::Lap{10, 60000, 1}, wmp::Lap{10, 65535, 1}};
   SoundSession opened(file);
-  EXPECT_EQ(opened.session().runs().size(), 4U);
-  EXPECT_EQ(opened.session().configuration().run_count(), 65535);
+  EXPECT_EQ(opened.session().tables.runs.size(), 4U);
+  EXPECT_EQ(opened.session().tables.configuration.run_count(), 65535);
 }
 
 TEST(HostileClaims, FilesThatEndAnywhere) {

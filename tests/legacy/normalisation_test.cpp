@@ -10,9 +10,9 @@ namespace {
 // Run, number, start, time and true time of each lap.
 using Laps = std::vector<std::tuple<u16, i16, u32, u32, u32>>;
 
-Laps laps_of(CWMP& session) {
+Laps laps_of(WmpSession& session) {
   Laps laps;
-  for (const WmpLapRecord& lap : session.laps()) {
+  for (const WmpLapRecord& lap : session.tables.laps) {
     laps.emplace_back(lap.run(), lap.number(), lap.start_ms(), lap.time_ms(), lap.true_time_ms());
   }
   return laps;
@@ -30,7 +30,7 @@ using Times = std::vector<u32>;
 Times times_of(const wmp::File& file) {
   SoundSession opened(file, Load::kTablesOnly);
   Times times;
-  for (const WmpLapRecord& lap : opened.session().laps()) times.push_back(lap.time_ms());
+  for (const WmpLapRecord& lap : opened.session().tables.laps) times.push_back(lap.time_ms());
   return times;
 }
 
@@ -54,7 +54,7 @@ TEST(NormaliseLaps, RunsNeverFallAndNumbersRiseWithinARun) {
     for (const auto& [run, number] : one.stored) stored.push_back(wmp::Lap{10, run, number});
     SoundSession opened(file_with_laps(600, stored), Load::kTablesOnly);
     std::vector<std::pair<u16, i16>> found;
-    for (const WmpLapRecord& lap : opened.session().laps()) found.emplace_back(lap.run(), lap.number());
+    for (const WmpLapRecord& lap : opened.session().tables.laps) found.emplace_back(lap.run(), lap.number());
     EXPECT_EQ(found, one.wanted);
   }
 }
@@ -65,7 +65,7 @@ TEST(NormaliseLaps, TimesChainAndUnsetTrueTimesFillUp) {
   SoundSession opened(file_with_laps(600, stored), Load::kTablesOnly);
   EXPECT_EQ(laps_of(opened.session()),
             (Laps{{1, 1, 0, 20, 20}, {1, 2, 20, 30, 30}, {1, 3, 50, 25, 26}, {1, 4, 75, 0, 5}}));
-  EXPECT_EQ(opened.session().laps()[3].mark(), 0U);
+  EXPECT_EQ(opened.session().tables.laps[3].mark(), 0U);
 }
 
 TEST(NormaliseLaps, LapsOfLaterFamiliesEndWithTheSession) {
@@ -76,7 +76,7 @@ TEST(NormaliseLaps, LapsOfLaterFamiliesEndWithTheSession) {
   EXPECT_EQ(times_of(file), (Times{60, 40, 0}));
   SoundSession cut(file, Load::kTablesOnly);
   Times samples;
-  for (const WmpLapRecord& lap : cut.session().laps()) samples.push_back(lap.sample_count());
+  for (const WmpLapRecord& lap : cut.session().tables.laps) samples.push_back(lap.sample_count());
   EXPECT_EQ(samples, (Times{9, 6, 0}));
   file.family = 2;
   EXPECT_EQ(times_of(file), (Times{60, 60, 60}));
@@ -110,8 +110,8 @@ TEST(NormaliseLaps, EarlySoftwareHasOneRun) {
     file.family = family;
     file.firmware = {static_cast<u8>(firmware >> 8), static_cast<u8>(firmware & 0xFF), 0};
     SoundSession opened(file, Load::kTablesOnly);
-    EXPECT_EQ(opened.session().laps()[0].run(), one_run ? 1 : 2);
-    EXPECT_EQ(opened.session().laps()[1].run(), one_run ? 1 : 3);
+    EXPECT_EQ(opened.session().tables.laps[0].run(), one_run ? 1 : 2);
+    EXPECT_EQ(opened.session().tables.laps[1].run(), one_run ? 1 : 3);
   }
 }
 
@@ -121,25 +121,25 @@ TEST(RunTable, FollowsTheLapsAndKeepsTheRecordsOfTheirRuns) {
   file.runs = {wmp::Run{7, 0, 0, 700, ""}, wmp::Run{3, 0, 0, 300, ""}, wmp::Run{1, 0, 0, 100, ""}};
   SoundSession opened(file, Load::kTablesOnly);
   std::vector<std::pair<u16, float>> wheels;
-  for (const auto& run : opened.session().runs()) wheels.emplace_back(run.number, run.wheel_circumference_mm());
+  for (const auto& run : opened.session().tables.runs) wheels.emplace_back(run.number, run.wheel_circumference_mm());
   EXPECT_EQ(wheels, (std::vector<std::pair<u16, float>>{{1, 100.0F}, {3, 300.0F}, {4, 0.0F}}));
-  EXPECT_TRUE(opened.session().changed());
+  EXPECT_TRUE(opened.session().tables.changed);
   Times ends;
-  for (const WmpRunSpan& span : opened.session().run_spans()) {
-    ends.push_back(static_cast<u32>(span.start_ms));
-    ends.push_back(static_cast<u32>(span.start_ms + span.length_ms));
+  for (const WmpRun& run : opened.session().tables.runs) {
+    ends.push_back(run.start_ms);
+    ends.push_back(run.start_ms + run.length_ms);
   }
   EXPECT_EQ(ends, (Times{0, 20, 20, 30, 30, 50}));
 
   // Made of the laps where the file has none; left alone where the last lap has run 0.
   SoundSession old(file_with_laps(451, {wmp::Lap{10, 4, 1}, wmp::Lap{10, 9, 2}}), Load::kTablesOnly);
-  ASSERT_EQ(old.session().runs().size(), 1U);
-  EXPECT_EQ(old.session().runs()[0].number, 1);
-  EXPECT_EQ(old.session().runs()[0].record, nullptr);
+  ASSERT_EQ(old.session().tables.runs.size(), 1U);
+  EXPECT_EQ(old.session().tables.runs[0].number, 1);
+  EXPECT_EQ(old.session().tables.runs[0].record, nullptr);
   file.laps = {wmp::Lap{10, 0, 1}};
   SoundSession zero(file, Load::kTablesOnly);
-  ASSERT_EQ(zero.session().runs().size(), 3U);
-  EXPECT_EQ(zero.session().run_spans()[0].length_ms, 0U);
+  ASSERT_EQ(zero.session().tables.runs.size(), 3U);
+  EXPECT_EQ(zero.session().tables.runs[0].length_ms, 0U);
 }
 
 TEST(NormaliseTables, NamesClassesAndRates) {
@@ -152,15 +152,15 @@ TEST(NormaliseTables, NamesClassesAndRates) {
   file.logged[2].measure_class = 8;
   file.logged[3].name = "    ";
   SoundSession opened(file, Load::kTablesOnly);
-  CWMP& session = opened.session();
-  ASSERT_EQ(session.channel_count(), 4U);
-  EXPECT_EQ(session.channel(0).name(), "Water temp");
-  EXPECT_EQ(session.channel(3).name(), "ch_3");
-  EXPECT_EQ(session.channel(1).measure_class(), 3);
-  EXPECT_EQ(session.channel(2).measure_class(), 4);
-  EXPECT_EQ(session.statistics(1).period_ms, 32000U);
-  EXPECT_EQ(session.statistics(1).frequency_hz, 0U);
-  EXPECT_EQ(session.statistics(0).display_maximum, 100.0F);
+  WmpSession& session = opened.session();
+  ASSERT_EQ(session.tables.channels.size(), 4U);
+  EXPECT_EQ(session.tables.channels[0].record.name(), "Water temp");
+  EXPECT_EQ(session.tables.channels[3].record.name(), "ch_3");
+  EXPECT_EQ(session.tables.channels[1].record.measure_class(), 3);
+  EXPECT_EQ(session.tables.channels[2].record.measure_class(), 4);
+  EXPECT_EQ(session.tables.channels[1].statistics.period_ms, 32000U);
+  EXPECT_EQ(session.tables.channels[1].statistics.frequency_hz, 0U);
+  EXPECT_EQ(session.tables.channels[0].statistics.display_maximum, 100.0F);
 }
 
 TEST(NormaliseTables, TheSecondChannelOfFamily4IsTheLoggersTemperature) {
@@ -171,8 +171,8 @@ TEST(NormaliseTables, TheSecondChannelOfFamily4IsTheLoggersTemperature) {
     file.logged[1].sensor = sensor;
     file.logged[1].measure_class = 7;
     SoundSession opened(file, Load::kTablesOnly);
-    EXPECT_EQ(opened.session().channel(1).sensor_id(), wanted);
-    EXPECT_EQ(opened.session().channel(1).measure_class(), sensor == 17 ? 1 : 7);
+    EXPECT_EQ(opened.session().tables.channels[1].record.sensor_id(), wanted);
+    EXPECT_EQ(opened.session().tables.channels[1].record.measure_class(), sensor == 17 ? 1 : 7);
   }
 }
 
@@ -184,11 +184,11 @@ TEST(NormaliseCounts, DerivedChannelsAreAsLongAsTheLongestLoggedOne) {
     file.logged.push_back(plain_channel("No rate", {1, 2, 3, 4, 5, 6, 7}, 10));
     file.derived = {plain_channel("Derived", {}, rate)};
     SoundSession opened(file, Load::kTablesOnly);
-    ASSERT_EQ(opened.session().channel_count(), 4U);
-    EXPECT_TRUE(opened.session().is_derived(3));
-    EXPECT_EQ(opened.session().channel(3).sample_count(), wanted) << rate;
+    ASSERT_EQ(opened.session().tables.channels.size(), 4U);
+    EXPECT_TRUE(opened.session().tables.is_derived(3));
+    EXPECT_EQ(opened.session().tables.channels[3].record.sample_count(), wanted) << rate;
     // The slow channel lasts longest: 7 samples of 32 seconds.
-    EXPECT_EQ(opened.session().header().duration_ms(), 224000U);
+    EXPECT_EQ(opened.session().tables.header.duration_ms(), 224000U);
   }
 }
 
@@ -201,39 +201,38 @@ TEST(NormaliseCounts, SizesRiseToWhatTheTablesNeed) {
   wmp::reseal_block_a(&bytes);
   OpenedSession opened(bytes, Load::kTablesOnly);
   ASSERT_TRUE(opened.opened()) << opened.error();
-  EXPECT_EQ(opened.session().header().raw_area_size(), 30U);
+  EXPECT_EQ(opened.session().tables.header.raw_area_size(), 30U);
   // 15 logged samples and 100 derived ones; 2 * (1000 + 150) / 150 * 30 = 460 is the same.
-  EXPECT_EQ(opened.session().header().value_area_size(), 460U);
+  EXPECT_EQ(opened.session().tables.header.value_area_size(), 460U);
 }
 
 TEST(ChannelTable, RowsComeAndGoWithTheirSamples) {
   wmp::File file = small_file(451);
   file.derived = {plain_channel("One", {}, 5)};
   SoundSession opened(file);
-  CWMP& session = opened.session();
-  ASSERT_EQ(session.channel_count(), 3U);
+  WmpSession& session = opened.session();
+  ASSERT_EQ(session.tables.channels.size(), 3U);
   const std::vector<float> second = opened.values(1);
 
   WmpChannelRecord record;
   record.set_name("Two");
   record.set_rate_index(4);
-  ASSERT_TRUE(session.append_channel(record, WmpChannelExtension()));
-  ASSERT_EQ(session.channel_count(), 4U);
-  EXPECT_EQ(session.measures().size(), 4U);
-  EXPECT_EQ(session.values(3).size(), 5U);
-  EXPECT_EQ(session.header().derived_count(), 2);
-  session.values(3)[4] = 42.0F;
+  ASSERT_TRUE(session.store.append(record, WmpChannelExtension()));
+  ASSERT_EQ(session.tables.channels.size(), 4U);
+  EXPECT_EQ(session.store.values(3).size(), 5U);
+  EXPECT_EQ(session.tables.header.derived_count(), 2);
+  session.store.values(3)[4] = 42.0F;
 
-  session.channel(2).set_rate_index(6);
-  session.resize_derived_channel(2);
-  EXPECT_EQ(session.values(2).size(), 20U);
+  session.tables.channels[2].record.set_rate_index(6);
+  session.store.resize(2);
+  EXPECT_EQ(session.store.values(2).size(), 20U);
   EXPECT_EQ(opened.values(1), second);
-  EXPECT_EQ(session.values(3)[4], 42.0F);
+  EXPECT_EQ(session.store.values(3)[4], 42.0F);
 
-  session.remove_channel(2);
-  ASSERT_EQ(session.channel_count(), 3U);
-  EXPECT_EQ(session.channel(2).name(), "Two");
-  EXPECT_EQ(session.values(2)[4], 42.0F);
+  session.store.remove(2);
+  ASSERT_EQ(session.tables.channels.size(), 3U);
+  EXPECT_EQ(session.tables.channels[2].record.name(), "Two");
+  EXPECT_EQ(session.store.values(2)[4], 42.0F);
   EXPECT_EQ(opened.values(1), second);
 }
 

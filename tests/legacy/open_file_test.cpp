@@ -19,15 +19,15 @@ TEST(OpenFile, EveryVersionYieldsTheSameSamples) {
   for (const u16 version : kVersions) {
     SCOPED_TRACE(version);
     SoundSession opened(small_file(version));
-    ASSERT_EQ(opened.session().channel_count(), 2U);
-    EXPECT_EQ(opened.session().channel(0).name(), "First");
+    ASSERT_EQ(opened.session().tables.channels.size(), 2U);
+    EXPECT_EQ(opened.session().tables.channels[0].record.name(), "First");
     EXPECT_EQ(opened.values(0), first);
     EXPECT_EQ(opened.values(1), second);
-    EXPECT_EQ(opened.session().statistics(0).period_ms, 10U);
-    EXPECT_EQ(opened.session().statistics(1).period_ms, 20U);
-    ASSERT_EQ(opened.session().laps().size(), 2U);
-    EXPECT_EQ(opened.session().laps()[1].start_ms(), 60U);
-    EXPECT_EQ(opened.session().laps()[1].number(), 2);
+    EXPECT_EQ(opened.session().tables.channels[0].statistics.period_ms, 10U);
+    EXPECT_EQ(opened.session().tables.channels[1].statistics.period_ms, 20U);
+    ASSERT_EQ(opened.session().tables.laps.size(), 2U);
+    EXPECT_EQ(opened.session().tables.laps[1].start_ms(), 60U);
+    EXPECT_EQ(opened.session().tables.laps[1].number(), 2);
   }
 }
 
@@ -70,9 +70,9 @@ TEST(OpenFile, RefusesWithTheCodeOfTheFirstCheckThatFails) {
     OpenedSession opened(bytes);
     EXPECT_FALSE(opened.opened());
     EXPECT_EQ(opened.error(), refusal.error);
-    EXPECT_EQ(opened.session().channel_count(), 0U);
-    EXPECT_TRUE(opened.session().laps().empty());
-    EXPECT_EQ(opened.session().names().racer(), "");
+    EXPECT_EQ(opened.session().tables.channels.size(), 0U);
+    EXPECT_TRUE(opened.session().tables.laps.empty());
+    EXPECT_EQ(opened.session().tables.names.racer(), "");
   }
   OpenedSession missing(wmp::build(small_file(600)));
   EXPECT_FALSE(missing.open("another.wmp", Load::kEverything));
@@ -136,8 +136,8 @@ TEST(OpenFile, SpellsFirmwareAndSoftware) {
     file.software = software;
     file.firmware = {0x41, 0x0A, 0x99};
     SoundSession opened(file);
-    EXPECT_EQ(opened.session().software_text(), text);
-    EXPECT_EQ(opened.session().firmware_text(), "41.0a.99");
+    EXPECT_EQ(software_text(opened.session().tables.header), text);
+    EXPECT_EQ(firmware_text(opened.session().tables.header), "41.0a.99");
   }
 }
 
@@ -148,7 +148,7 @@ TEST(OpenFile, StoredUnitsBecomeWhatIsShown) {
     wmp::File file = small_file(451);
     file.logged[0].unit = stored;
     SoundSession opened(file);
-    EXPECT_EQ(opened.session().channel(0).unit_text(), shown);
+    EXPECT_EQ(opened.session().tables.channels[0].record.unit_text(), shown);
   }
 }
 
@@ -175,7 +175,7 @@ TEST(OpenFile, ChecksTheReferenceSpeed) {
     }
     file.reference = stored;
     file.firmware = {firmware, 0, 0};
-    EXPECT_EQ(SoundSession(file).session().reference_speed(), wanted) << what;
+    EXPECT_EQ(SoundSession(file).session().tables.header.reference_speed(), wanted) << what;
   }
 }
 
@@ -186,27 +186,27 @@ TEST(OpenFile, DropsMathChannelsOfAnOlderKind) {
   file.logged[1].measure_class = 3;
   file.derived[0].math_generation = 0;
   SoundSession dropped(file);
-  ASSERT_EQ(dropped.session().channel_count(), 2U);
+  ASSERT_EQ(dropped.session().tables.channels.size(), 2U);
   EXPECT_EQ(dropped.values(0), (std::vector<float>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
   EXPECT_EQ(dropped.values(1), (std::vector<float>{11, 12, 13, 14, 15}));
-  EXPECT_EQ(dropped.session().reference_speed(), 1);
-  ASSERT_EQ(dropped.session().laps().size(), 2U);
-  EXPECT_EQ(dropped.session().laps()[0].time_ms(), 60U);
+  EXPECT_EQ(dropped.session().tables.header.reference_speed(), 1);
+  ASSERT_EQ(dropped.session().tables.laps.size(), 2U);
+  EXPECT_EQ(dropped.session().tables.laps[0].time_ms(), 60U);
 
   file.derived[0].math_generation = 1;
   SoundSession kept(file);
-  EXPECT_EQ(kept.session().channel_count(), 4U);
+  EXPECT_EQ(kept.session().tables.channels.size(), 4U);
 }
 
 TEST(OpenFile, OldLapsAreNumberedWhereTheyHaveNoNumbers) {
   wmp::File file = small_file(100);
   file.laps = {wmp::Lap{60, 9, 0, 7}, wmp::Lap{40, 9, 0, 7}};
   SoundSession opened(file);
-  ASSERT_EQ(opened.session().laps().size(), 2U);
-  EXPECT_EQ(opened.session().laps()[0].number(), 1);
-  EXPECT_EQ(opened.session().laps()[1].number(), 2);
-  EXPECT_EQ(opened.session().laps()[1].run(), 1);
-  EXPECT_EQ(opened.session().laps()[1].true_time_ms(), 40U);
+  ASSERT_EQ(opened.session().tables.laps.size(), 2U);
+  EXPECT_EQ(opened.session().tables.laps[0].number(), 1);
+  EXPECT_EQ(opened.session().tables.laps[1].number(), 2);
+  EXPECT_EQ(opened.session().tables.laps[1].run(), 1);
+  EXPECT_EQ(opened.session().tables.laps[1].true_time_ms(), 40U);
 }
 
 TEST(OpenFile, Version600TellsTheLogItsTestAndItsLaps) {

@@ -9,9 +9,13 @@
 
 #include "helpers/temp_folder.h"
 #include "helpers/wmp_builder.h"
+#include "legacy/channel_conversion.h"
+#include "legacy/derived/derived_channels.h"
+#include "legacy/derived/reference_speed.h"
+#include "legacy/file/table_repair.h"
 #include "legacy/sensors/sensor_database.h"
 #include "legacy/sensors/sensors.h"
-#include "legacy/wmp_session.h"
+#include "legacy/wmp.h"
 #include "math/math_channel_manager.h"
 #include "regulation/calculator.h"
 #include "support/event_log.h"
@@ -32,17 +36,18 @@ class OpenedSession {
     open(name, load);
   }
   bool open(const std::string& name, Load load) {
-    opened_ = session_.ApriFile(folder_.wide(name), true, load == Load::kEverything, false, &error_, &options_, -1);
+    opened_ = reader_.ApriFile(folder_.wide(name), true, load == Load::kEverything, false, &error_, &options_, -1);
     return opened_;
   }
 
   bool opened() const { return opened_; }
   u32 error() const { return error_; }
-  CWMP& session() { return session_; }
+  CWMP& reader() { return reader_; }
+  WmpSession& session() { return reader_.session(); }
   const TempFolder& folder() const { return folder_; }
 
   std::vector<float> values(std::size_t index) {
-    const std::span<float> found = session_.values(index);
+    const std::span<float> found = session().store.values(index);
     return {found.begin(), found.end()};
   }
 
@@ -52,7 +57,7 @@ class OpenedSession {
   CSensori sensors_{CUserUnitsOfMeasureMgr::GetInstance(), &data_base_};
   CalculationOptions options_;
   CGestMathChan math_{*CUserUnitsOfMeasureMgr::GetInstance(), folder_.path().wstring()};
-  CWMP session_{folder_.path().wstring(), &options_, &sensors_, &math_, -1};
+  CWMP reader_{folder_.path().wstring(), &options_, &sensors_, &math_, -1};
   u32 error_ = 0;
   bool opened_ = false;
 };

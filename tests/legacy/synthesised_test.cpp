@@ -23,13 +23,14 @@ constexpr u32 kScaledDevice = 18;
 
 using Names = std::vector<std::string>;
 
-Names names_of(const CWMP& session) {
+Names names_of(const WmpSession& session) {
   Names names;
-  for (std::size_t i = 0; i < session.channel_count(); ++i) names.push_back(session.channel(i).name());
+  for (std::size_t i = 0; i < session.tables.channels.size(); ++i)
+    names.push_back(session.tables.channels[i].record.name());
   return names;
 }
 
-std::size_t place_of(const CWMP& session, const std::string& name) {
+std::size_t place_of(const WmpSession& session, const std::string& name) {
   const Names names = names_of(session);
   return static_cast<std::size_t>(std::find(names.begin(), names.end(), name) - names.begin());
 }
@@ -93,10 +94,10 @@ TEST(SynthesisedChannels, FollowTheDevice) {
   for (const auto& [device, wanted] : devices) {
     SoundSession opened(shaft_file(device));
     EXPECT_EQ(names_of(opened.session()), wanted) << device;
-    EXPECT_EQ(opened.session().measures().size(), wanted.size());
-    EXPECT_EQ(opened.session().header().channel_count(), static_cast<i16>(wanted.size()));
-    EXPECT_EQ(opened.session().header().derived_count(), static_cast<i16>(wanted.size() - 2));
-    EXPECT_EQ(opened.session().changed(), wanted.size() > 2);
+    EXPECT_EQ(opened.session().measures.size(), wanted.size());
+    EXPECT_EQ(opened.session().tables.header.channel_count(), static_cast<i16>(wanted.size()));
+    EXPECT_EQ(opened.session().tables.header.derived_count(), static_cast<i16>(wanted.size() - 2));
+    EXPECT_EQ(opened.session().tables.changed, wanted.size() > 2);
   }
 }
 
@@ -112,18 +113,18 @@ TEST(SynthesisedChannels, RecordsOfTheAddedChannels) {
   wmp::File file = shaft_file(kGearedDevice);
   file.function_ids = false;
   SoundSession opened(file);
-  ASSERT_EQ(opened.session().channel_count(), 6U);
-  EXPECT_TRUE(opened.session().configuration().has_function_ids());
+  ASSERT_EQ(opened.session().tables.channels.size(), 6U);
+  EXPECT_TRUE(opened.session().tables.configuration.has_function_ids());
   for (std::size_t i = 2; i < 6; ++i) {
-    const WmpChannelRecord& record = opened.session().channel(i);
-    const WmpChannelExtension& extension = opened.session().extension(i);
+    const WmpChannelRecord& record = opened.session().tables.channels[i].record;
+    const WmpChannelExtension& extension = opened.session().tables.channels[i].extension;
     const Row found(record.name(), record.unit_text(), record.computation_kind(), record.measure_class(),
                     record.display_minimum(), record.display_maximum(), extension.function_id(),
                     extension.second_function_id(), record.formula());
     EXPECT_EQ(found, geared[i - 2]);
     EXPECT_EQ(record.rate_index(), k100Hz);
     EXPECT_EQ(record.sample_count(), 100U);
-    EXPECT_EQ(opened.session().statistics(i).display_maximum, record.display_maximum());
+    EXPECT_EQ(opened.session().tables.channels[i].statistics.display_maximum, record.display_maximum());
     // The same for all.
     EXPECT_EQ(std::tuple(record.first_word(), record.second_word(), record.origin()), std::tuple(1U, 1U, 2U));
     EXPECT_EQ(std::tuple(record.sensor_id(), record.filter_word(), record.descriptor_form()), std::tuple(71, 0, 255));
@@ -133,20 +134,20 @@ TEST(SynthesisedChannels, RecordsOfTheAddedChannels) {
     EXPECT_EQ(extension.decimals(), 2);
   }
   // The last candidate isn't a speed, so the first speed of the table stands.
-  EXPECT_EQ(opened.session().reference_speed(), 2);
+  EXPECT_EQ(opened.session().tables.header.reference_speed(), 2);
 }
 
 TEST(SynthesisedChannels, AnUnknownDriveIsTheUsualOne) {
   wmp::File file = shaft_file(kGearedDevice);
   file.runs = {wmp::Run{}, wmp::Run{2, 0, 0, 0.0F, ""}};
   SoundSession opened(file);
-  EXPECT_EQ(opened.session().channel(2).formula(), "(Shaft / 60000) * 18 * 1524 * 3.6000 / 80");
+  EXPECT_EQ(opened.session().tables.channels[2].record.formula(), "(Shaft / 60000) * 18 * 1524 * 3.6000 / 80");
   // Linear has no usual drive: nothing to divide by.
   EXPECT_EQ(values_of(opened, "Linear"), std::vector<float>(100, 0.0F));
   // The smaller count is the missing one.
   file.runs[0] = wmp::Run{1, 60, 0, 1000.0F, ""};
   SoundSession half(file);
-  EXPECT_EQ(half.session().channel(2).formula(), "(Shaft / 60000) * 18 * 1000 * 3.6000 / 60");
+  EXPECT_EQ(half.session().tables.channels[2].record.formula(), "(Shaft / 60000) * 18 * 1000 * 3.6000 / 60");
 }
 
 TEST(SynthesisedChannels, AnUntouchedShaftIsSetUp) {
@@ -160,7 +161,7 @@ TEST(SynthesisedChannels, AnUntouchedShaftIsSetUp) {
     wmp::File file = shaft_file(device);
     file.logged[1].parameters = {stored.first, stored.second};
     SoundSession opened(file);
-    const WmpChannelRecord& shaft = opened.session().channel(1);
+    const WmpChannelRecord& shaft = opened.session().tables.channels[1].record;
     EXPECT_EQ(Pair(shaft.parameter(0), shaft.parameter(1)), wanted) << device;
   }
 }
@@ -170,8 +171,8 @@ TEST(SynthesisedChannels, AStoredSpeedStays) {
   file.derived = {formula_channel("Speed", "Shaft * 2")};
   SoundSession opened(file);
   EXPECT_EQ(names_of(opened.session()), (Names{"Engine", "Shaft", "Speed", "CVT", "Drive", "Linear"}));
-  EXPECT_EQ(opened.session().channel(2).formula(), "Shaft * 2");
-  EXPECT_EQ(opened.session().channel(1).parameter(1), 0.0F);
+  EXPECT_EQ(opened.session().tables.channels[2].record.formula(), "Shaft * 2");
+  EXPECT_EQ(opened.session().tables.channels[1].record.parameter(1), 0.0F);
   // A stored channel of another kind's name gets the formula of that kind.
   file.derived = {formula_channel("cvt", "Shaft * 2")};
   SoundSession renamed(file);
@@ -207,10 +208,10 @@ TEST(SynthesisedChannels, AMissingInputIsALineInTheLog) {
   }
   SoundSession opened(shaft_file(0));
   const LogFile log;
-  opened.session().AssicuraPresenzaCanaleMatematico(0, true);
-  opened.session().AssicuraPresenzaCanaleMatematico(13, true);
+  opened.reader().AssicuraPresenzaCanaleMatematico(0, true);
+  opened.reader().AssicuraPresenzaCanaleMatematico(13, true);
   EXPECT_EQ(count_of(log.text(), "[4910]"), 2U);
-  EXPECT_EQ(opened.session().channel_count(), 2U);
+  EXPECT_EQ(opened.session().tables.channels.size(), 2U);
 }
 
 // --- Run by run
@@ -243,14 +244,14 @@ TEST(RunCalculations, SpeedsAndRatiosOfEngineAndShaft) {
   wmp::File file = shaft_file(kScaledDevice);
   file.logged[1].parameters[0] = 62.5F;
   SoundSession scaled(file);
-  EXPECT_EQ(scaled.session().channel(2).formula(), "Shaft / 62.5000");
+  EXPECT_EQ(scaled.session().tables.channels[2].record.formula(), "Shaft / 62.5000");
   const std::vector<float> engine = values_of(geared, "Engine");
   const std::vector<float> shaft = values_of(geared, "Shaft");
   const std::vector<float> speed = values_of(geared, "Speed");
   const std::vector<float> cvt = values_of(geared, "CVT");
   const std::vector<float> drive = values_of(geared, "Drive");
   const std::vector<float> scaled_speed = values_of(scaled, "SpeedCalc");
-  const float scale = geared.session().speed_scale();
+  const float scale = geared.session().speed_scale;
   ASSERT_EQ(std::pair(speed.size(), scaled_speed.size()), (std::pair<std::size_t, std::size_t>(100, 100)));
   for (std::size_t i = 0; i < 100; ++i) {
     SCOPED_TRACE(i);
@@ -281,7 +282,7 @@ TEST(ConfiguredChannels, BoostLimitBringsSixChannels) {
   EXPECT_EQ(names_of(opened.session()),
             (Names{"Engine", "Shaft", "FlagFIA", "LimitFIA", "ValFIA", "IntegFIA", "Ctr30FIA", "Ctr100FIA"}));
   for (std::size_t i = 2; i < 8; ++i) {
-    const WmpChannelRecord& record = opened.session().channel(i);
+    const WmpChannelRecord& record = opened.session().tables.channels[i].record;
     EXPECT_EQ(std::pair(record.computation_kind(), record.measure_class()), std::pair(static_cast<u16>(4 + i), u16{8}));
     EXPECT_EQ(record.formula(), record.name());
     EXPECT_EQ(opened.values(i), std::vector<float>(100, 0.0F));
@@ -295,7 +296,7 @@ TEST(ConfiguredChannels, BoostLimitBringsSixChannels) {
   ASSERT_TRUE(open_with(stored, "FIA.txt", ""));
   EXPECT_EQ(names_of(stored.session()),
             (Names{"Engine", "Shaft", "Ctr30FIA", "FlagFIA", "LimitFIA", "ValFIA", "IntegFIA", "Ctr100FIA"}));
-  EXPECT_EQ(stored.session().channel(5).rate_index(), k100Hz);
+  EXPECT_EQ(stored.session().tables.channels[5].record.rate_index(), k100Hz);
   EXPECT_EQ(stored.values(5).size(), 100U);
 }
 
@@ -331,8 +332,8 @@ TEST(ConfiguredChannels, TheLimiterIsComputedWhenAddedAndWhenAssured) {
   SoundSession opened(file, Load::kTablesOnly);
   ASSERT_TRUE(open_with(opened, "FMI-limiter.txt", "{\nid=77\nlimiter=3000\npts_number=3\nthreshold=5000\n}\n"));
   EXPECT_EQ(names_of(opened.session()), (Names{"Engine", "FMI_Limiter"}));
-  EXPECT_EQ(opened.session().channel(1).formula(), "LimiterFMI");
-  EXPECT_EQ(opened.session().extension(1).decimals(), 3);
+  EXPECT_EQ(opened.session().tables.channels[1].record.formula(), "LimiterFMI");
+  EXPECT_EQ(opened.session().tables.channels[1].extension.decimals(), 3);
   // From the third sample above the limit on, ten milliseconds each.
   EXPECT_EQ(opened.values(1)[51], 0.0F);
   EXPECT_NEAR(opened.values(1)[99], 0.48F, 1e-4F);
@@ -421,7 +422,7 @@ TEST(DerivedChannels, WhatCannotBeComputedIsZero) {
   file.derived[3].sensor = 77;
   SoundSession no_shaft(file);
   expect_zeros(no_shaft, 1, 4);
-  EXPECT_FALSE(no_shaft.session().compute_derived_channel(1));
+  EXPECT_FALSE(compute_derived_channel(no_shaft.session(), 1));
 }
 
 // --- Definitions of the math manager
@@ -442,24 +443,24 @@ TEST(Definitions, AreEnteredUpdatedOrLeftAlone) {
                         "channel Off\nenabled 0\nformula Engine\n"
                         "channel exists\nenabled 1\nupdate 1\nfrequency 2\nformula Engine / 2\n"
                         "channel Kept\nenabled 1\nformula Engine\n"));
-  CWMP& session = opened.session();
+  WmpSession& session = opened.session();
   EXPECT_EQ(names_of(session), (Names{"Engine", "Shaft", "exists", "kept", "Sum"}));
 
-  EXPECT_EQ(session.channel(2).formula(), "Engine / 2");
-  EXPECT_EQ(session.channel(2).computation_kind(), 0);
-  EXPECT_EQ(session.channel(2).parameters(), (std::array<float, 5>{}));
-  EXPECT_EQ(std::pair(session.function_id(2), session.second_function_id(2)), std::pair(12U, 34U));
+  EXPECT_EQ(session.tables.channels[2].record.formula(), "Engine / 2");
+  EXPECT_EQ(session.tables.channels[2].record.computation_kind(), 0);
+  EXPECT_EQ(session.tables.channels[2].record.parameters(), (std::array<float, 5>{}));
+  EXPECT_EQ(std::pair(session.tables.function_id(2), session.tables.second_function_id(2)), std::pair(12U, 34U));
   EXPECT_EQ(opened.values(2), (std::vector<float>{1500, 1550, 1600, 1650, 1700, 1750, 1800, 1850, 1900, 1950}));
 
-  EXPECT_EQ(session.channel(3).formula(), "Shaft");
+  EXPECT_EQ(session.tables.channels[3].record.formula(), "Shaft");
   EXPECT_EQ(opened.values(3), opened.values(1));
 
-  const WmpChannelRecord& sum = session.channel(4);
+  const WmpChannelRecord& sum = session.tables.channels[4].record;
   EXPECT_EQ(std::pair(sum.unit_text(), sum.second_formula()), std::pair(std::string("x"), std::string("both")));
   EXPECT_EQ(std::tuple(sum.origin(), sum.sensor_id(), sum.descriptor_form()), std::tuple(0U, 71, 255));
   EXPECT_EQ(std::pair(sum.filter_word(), sum.display_minimum()), std::pair(u16{1024}, -1.0F));
-  EXPECT_EQ(session.extension(4).decimals(), 3);
-  EXPECT_EQ(std::pair(session.function_id(4), session.second_function_id(4)), std::pair(7U, 8U));
+  EXPECT_EQ(session.tables.channels[4].extension.decimals(), 3);
+  EXPECT_EQ(std::pair(session.tables.function_id(4), session.tables.second_function_id(4)), std::pair(7U, 8U));
   EXPECT_EQ(opened.values(4)[10], 3100.0F + 1070.0F);
 }
 
@@ -475,35 +476,35 @@ SMathChannel definition_of(const std::string& name, u16 channel_class, bool cand
 
 TEST(Definitions, CandidatesBecomeTheReference) {
   SoundSession opened(shaft_file(0));
-  CWMP& session = opened.session();
-  ASSERT_EQ(session.reference_speed(), -1);
-  ASSERT_TRUE(session.add_definition(definition_of("Plain", kSpeedClass, false), 0));
-  EXPECT_EQ(session.reference_speed(), -1) << "no candidate";
-  ASSERT_TRUE(session.add_definition(definition_of("Fast", kSpeedClass, true), 0));
-  EXPECT_EQ(session.reference_speed(), 3);
+  WmpSession& session = opened.session();
+  ASSERT_EQ(session.tables.header.reference_speed(), -1);
+  ASSERT_TRUE(add_definition(session, definition_of("Plain", kSpeedClass, false), 0));
+  EXPECT_EQ(session.tables.header.reference_speed(), -1) << "no candidate";
+  ASSERT_TRUE(add_definition(session, definition_of("Fast", kSpeedClass, true), 0));
+  EXPECT_EQ(session.tables.header.reference_speed(), 3);
   // About 3500 km/h for a second; the table was made again when the values had come.
-  EXPECT_NEAR(session.distance_at(1000), 970.0F, 10.0F);
-  ASSERT_TRUE(session.add_definition(definition_of("Other", 1, true), 0));
-  EXPECT_EQ(session.reference_speed(), 2) << "the first speed of the table";
+  EXPECT_NEAR(session.distances.at(1000), 970.0F, 10.0F);
+  ASSERT_TRUE(add_definition(session, definition_of("Other", 1, true), 0));
+  EXPECT_EQ(session.tables.header.reference_speed(), 2) << "the first speed of the table";
 
-  EXPECT_FALSE(session.delete_derived_channel(1));
-  EXPECT_FALSE(session.delete_derived_channel(9));
-  ASSERT_TRUE(session.delete_derived_channel(2));
-  EXPECT_EQ(session.reference_speed(), -1);
-  EXPECT_TRUE(session.distance_table().empty());
+  EXPECT_FALSE(delete_derived_channel(session, 1));
+  EXPECT_FALSE(delete_derived_channel(session, 9));
+  ASSERT_TRUE(delete_derived_channel(session, 2));
+  EXPECT_EQ(session.tables.header.reference_speed(), -1);
+  EXPECT_TRUE(session.distances.entries().empty());
   EXPECT_EQ(names_of(session), (Names{"Engine", "Shaft", "Fast", "Other"}));
   EXPECT_EQ(opened.values(3), opened.values(0));
-  EXPECT_EQ(session.measures().size(), 4U);
-  EXPECT_EQ(session.find_derived_channel("oTHER"), 3U);
-  EXPECT_EQ(session.find_derived_channel("Engine"), 4U) << "logged";
+  EXPECT_EQ(session.measures.size(), 4U);
+  EXPECT_EQ(find_derived_channel(session.tables, "oTHER"), 3U);
+  EXPECT_FALSE(find_derived_channel(session.tables, "Engine")) << "logged";
 }
 
 TEST(Definitions, NothingIsAddedToASessionWithoutSamples) {
   wmp::File file = shaft_file(kGearedDevice);
   file.logged.clear();
   SoundSession opened(file);
-  EXPECT_FALSE(opened.session().add_definition(definition_of("Any", 1, true), 0));
-  EXPECT_EQ(opened.session().channel_count(), 0U);
+  EXPECT_FALSE(add_definition(opened.session(), definition_of("Any", 1, true), 0));
+  EXPECT_EQ(opened.session().tables.channels.size(), 0U);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ namespace {
 class OneMeasure : public OpenedSession {
  public:
   explicit OneMeasure(const wmp::Channel& channel) : OpenedSession(wmp::build(file_of(channel))) {}
-  CWMPMisura& measure() { return *session().measures().at(0); }
+  CWMPMisura& measure() { return *session().measures.at(0); }
   std::string shown_unit() { return narrow_low_bytes(measure().unit_text()); }
 
  private:
@@ -126,7 +126,7 @@ TEST(Measure, RewritesOldUnitFields) {
     wmp::Channel channel = sensor_channel(one.sensor, one.stored);
     channel.form = one.form;
     OneMeasure alone(channel);
-    const u8* field = alone.session().channel(0).unit_bytes();
+    const u8* field = alone.session().tables.channels[0].record.unit_bytes();
     EXPECT_EQ(std::string(field, field + 10), one.wanted);
   }
 }
@@ -144,8 +144,8 @@ TEST(Measure, LabelsOfParameters) {
     EXPECT_EQ(alone.measure().parameter_label_id(parameter), id);
   }
   OneMeasure gear(sensor_channel(90, "x"));
-  gear.session().channel(0).set_gear_threshold(2, 111);
-  gear.session().channel(0).set_gear_threshold(3, 222);
+  gear.session().tables.channels[0].record.set_gear_threshold(2, 111);
+  gear.session().tables.channels[0].record.set_gear_threshold(3, 222);
   EXPECT_EQ(gear.measure().parameter_label(1), "[2] 111 - [3] 222");
 }
 
@@ -185,8 +185,8 @@ TEST(Measure, SettersChangeTheCalibrationAndConvertAgain) {
     OneMeasure alone(channel);
     CWMPMisura& measure = alone.measure();
     EXPECT_TRUE((measure.*one.setter)(one.value));
-    EXPECT_TRUE(alone.session().changed());
-    EXPECT_EQ(alone.session().channel(0).parameters(), one.after);
+    EXPECT_TRUE(alone.session().tables.changed);
+    EXPECT_EQ(alone.session().tables.channels[0].record.parameters(), one.after);
   }
   // The values follow: a multiplier of 2 in place of 0.5.
   wmp::Channel multiplied = sensor_channel(70, "x");
@@ -206,7 +206,7 @@ TEST(Measure, SettersRefuseOtherSensorsInTheLog) {
                            "INFO = SENSORE ERRATO PER SetParametro3: 12\n"}) {
     EXPECT_NE(log.text().find(part), std::string::npos) << log.text();
   }
-  EXPECT_FALSE(alone.session().changed());
+  EXPECT_FALSE(alone.session().tables.changed);
 }
 
 TEST(Measure, LivesAsLongAsItsSession) {

@@ -1,9 +1,11 @@
-// Channels without raw words: how a definition becomes a row of the channel table, and what computes its values.
+#include "legacy/derived/derived_channels.h"
+
 #include <algorithm>
-#include <optional>
 #include <string_view>
 
+#include "legacy/channel_conversion.h"
 #include "legacy/derived/math_session.h"
+#include "legacy/derived/reference_speed.h"
 #include "legacy/derived/run_calculations.h"
 #include "legacy/derived/synthesised_channels_data.h"
 #include "legacy/wmp_session.h"
@@ -72,15 +74,9 @@ WmpChannelRecord new_record(u16 rate_index, u16 kind) {
   return record;
 }
 
-i16 first_speed_channel(const CWMP& session) {
-  for (std::size_t i = 0; i < session.channel_count(); ++i) {
-    if (session.channel(i).measure_class() == WmpChannelRecord::kClassSpeed) return static_cast<i16>(i);
-  }
-  return -1;
-}
-
-void compute_all_derived(CWMP& session) {
-  for (std::size_t i = session.logged_count(); i < session.channel_count(); ++i) session.ConvertiCanale(i, false);
+void compute_all_derived(WmpSession& session) {
+  for (std::size_t i = session.tables.logged_count; i < session.tables.channels.size(); ++i)
+    convert_channel(session, i, false);
 }
 
 DerivedComputation computation_of(u16 kind) {
@@ -91,18 +87,18 @@ DerivedComputation computation_of(u16 kind) {
 }
 
 // The last derived channel of that kind, -1 for none.
-i32 last_of_kind(const CWMP& session, u16 kind) {
-  for (std::size_t i = session.channel_count(); i > session.logged_count(); --i) {
-    if (session.channel(i - 1).computation_kind() == kind) return static_cast<i32>(i - 1);
+i32 last_of_kind(const WmpSession& session, u16 kind) {
+  for (std::size_t i = session.tables.channels.size(); i > session.tables.logged_count; --i) {
+    if (session.tables.channels[i - 1].record.computation_kind() == kind) return static_cast<i32>(i - 1);
   }
   return -1;
 }
 
-void clear_channel(CWMP& session, i32 index) {
-  if (index >= 0) std::ranges::fill(session.values(static_cast<std::size_t>(index)), 0.0F);
+void clear_channel(WmpSession& session, i32 index) {
+  if (index >= 0) std::ranges::fill(session.store.values(static_cast<std::size_t>(index)), 0.0F);
 }
 
-bool compute_boost_limit(CWMP& session, std::size_t index) {
+bool compute_boost_limit(WmpSession& session, std::size_t index) {
   BoostOutputs outputs;
   outputs.flag = static_cast<i32>(index);
   outputs.limit = last_of_kind(session, kLimitKind);
@@ -114,21 +110,21 @@ bool compute_boost_limit(CWMP& session, std::size_t index) {
        {outputs.flag, outputs.limit, outputs.value, outputs.integral, outputs.low_counter, outputs.high_counter}) {
     clear_channel(session, output);
   }
-  return session.calculators() != nullptr && session.calculators()->compute_boost_limit(outputs);
+  return session.calculators != nullptr && session.calculators->compute_boost_limit(outputs);
 }
 
-bool compute_limiter(CWMP& session, std::size_t index) {
+bool compute_limiter(WmpSession& session, std::size_t index) {
   clear_channel(session, static_cast<i32>(index));
-  return session.calculators() != nullptr && session.calculators()->compute_limiter(index);
+  return session.calculators != nullptr && session.calculators->compute_limiter(index);
 }
 
-bool compute_by_formula(CWMP& session, std::size_t index) {
+bool compute_by_formula(WmpSession& session, std::size_t index) {
   WmpMathSession seen(&session);
-  return session.math_manager()->ComputeChannel(seen, index);
+  return session.math->ComputeChannel(seen, index);
 }
 
-bool compute_by_kind(CWMP& session, std::size_t index) {
-  switch (computation_of(session.channel(index).computation_kind())) {
+bool compute_by_kind(WmpSession& session, std::size_t index) {
+  switch (computation_of(session.tables.channels[index].record.computation_kind())) {
     case DerivedComputation::kFormula:
       return compute_by_formula(session, index);
     case DerivedComputation::kGearedSpeed:
@@ -149,82 +145,83 @@ bool compute_by_kind(CWMP& session, std::size_t index) {
 
 }  // namespace
 
-bool CWMP::compute_derived_channel(std::size_t index) {
-  update_rate(index);
-  const bool computed = compute_by_kind(*this, index);
-  if (!computed) std::ranges::fill(values(index), 0.0F);
-  if (reference_speed() >= 0 && static_cast<std::size_t>(reference_speed()) == index) rebuild_distance_table();
+bool compute_derived_channel(WmpSession& session, std::size_t index) {
+  session.tables.channels[index].update_rate();
+  const bool computed = compute_by_kind(session, index);
+  if (!computed) std::ranges::fill(session.store.values(index), 0.0F);
+  if (session.tables.is_reference_speed(index)) session.rebuild_distances();
   return computed;
 }
 
-void CWMP::enter_math_channels() {
+void enter_math_channels(WmpSession& session) {
   std::optional<std::size_t> candidate;
   bool any = false;
-  for (std::size_t i = 0; i < math_->MathChannelCount(); ++i) {
-    const SMathChannel& definition = *math_->GetMathChannel(i);
+  for (std::size_t i = 0; i < session.math->MathChannelCount(); ++i) {
+    const SMathChannel& definition = *session.math->GetMathChannel(i);
     if (definition.enabled != 1) continue;
-    const std::size_t found = find_derived_channel(definition.name);
-    if (found < channels_.size()) {
+    if (const std::optional<std::size_t> found = find_derived_channel(session.tables, definition.name)) {
       if (definition.update_existing != 1) continue;
-      update_channel(found, definition);
-    } else if (!add_definition(definition, 0)) {
+      update_channel(session, *found, definition);
+    } else if (!add_definition(session, definition, 0)) {
       continue;
     }
     any = true;
     if (is_reference_candidate(definition) && definition.channel_class == WmpChannelRecord::kClassSpeed) {
-      candidate = channels_.size() - 1;
+      candidate = session.tables.channels.size() - 1;
     }
   }
-  if (candidate) set_reference_speed(static_cast<i32>(*candidate));
-  if (any) compute_all_derived(*this);
+  if (candidate) set_reference_speed(session, static_cast<i32>(*candidate));
+  if (any) compute_all_derived(session);
 }
 
-bool CWMP::add_definition(const SMathChannel& definition, u16 kind) {
+bool add_definition(WmpSession& session, const SMathChannel& definition, u16 kind) {
+  WmpTables& tables = session.tables;
   WmpChannelRecord record = new_record(definition.frequency_code, kind);
   WmpChannelExtension extension;
   take_definition(definition, &record, &extension);
-  if (!append_channel(record, extension)) return false;
-  if (has_function(definition)) set_function_ids_present();
+  if (!session.store.append(record, extension)) return false;
+  session.rebuild_measures();
+  if (has_function(definition)) tables.configuration.set_has_function_ids(true);
   if (is_reference_candidate(definition)) {
-    const bool is_speed = definition.channel_class == WmpChannelRecord::kClassSpeed;
-    header_.set_reference_speed(is_speed ? static_cast<i16>(channels_.size() - 1) : first_speed_channel(*this));
-    rebuild_distance_table();
+    const bool is_speed = tables.channels.back().is_speed();
+    tables.header.set_reference_speed(is_speed ? static_cast<i16>(tables.channels.size() - 1) : tables.first_speed());
+    session.rebuild_distances();
   }
-  compute_all_derived(*this);
+  compute_all_derived(session);
   return true;
 }
 
-void CWMP::update_channel(std::size_t index, const SMathChannel& definition) {
-  WmpChannelRecord& record = channels_[index];
-  take_definition(definition, &record, &extensions_[index]);
-  record.clear_parameters_and_tail();
-  record.set_computation_kind(0);
-  statistics_[index].display_minimum = record.display_minimum();
-  statistics_[index].display_maximum = record.display_maximum();
-  if (has_function(definition)) set_function_ids_present();
-  mark_changed();
-  if (record.rate_index() != definition.frequency_code) {
-    record.set_rate_index(definition.frequency_code);
-    resize_derived_channel(index);
-  } else {
-    rebuild_measures();
+void update_channel(WmpSession& session, std::size_t index, const SMathChannel& definition) {
+  WmpChannel& channel = session.tables.channels[index];
+  take_definition(definition, &channel.record, &channel.extension);
+  channel.record.clear_parameters_and_tail();
+  channel.record.set_computation_kind(0);
+  channel.statistics.display_minimum = channel.record.display_minimum();
+  channel.statistics.display_maximum = channel.record.display_maximum();
+  if (has_function(definition)) session.tables.configuration.set_has_function_ids(true);
+  session.tables.changed = true;
+  if (channel.record.rate_index() != definition.frequency_code) {
+    channel.record.set_rate_index(definition.frequency_code);
+    session.store.resize(index);
   }
-  ConvertiCanale(index, false);
+  session.rebuild_measures();
+  convert_channel(session, index, false);
 }
 
-bool CWMP::delete_derived_channel(std::size_t index) {
-  if (index >= channels_.size() || !is_derived(index)) return false;
-  const bool was_reference = reference_speed() >= 0 && static_cast<std::size_t>(reference_speed()) == index;
-  remove_channel(index);
-  if (was_reference) rebuild_distance_table();
+bool delete_derived_channel(WmpSession& session, std::size_t index) {
+  if (index >= session.tables.channels.size() || !session.tables.is_derived(index)) return false;
+  const bool was_reference = session.tables.is_reference_speed(index);
+  session.store.remove(index);
+  session.rebuild_measures();
+  if (was_reference) session.rebuild_distances();
   return true;
 }
 
-std::size_t CWMP::find_derived_channel(std::string_view name) const {
-  for (std::size_t i = logged_count_; i < channels_.size(); ++i) {
-    if (equal_apart_from_case(channels_[i].name_view(), name)) return i;
+std::optional<std::size_t> find_derived_channel(const WmpTables& tables, std::string_view name) {
+  for (std::size_t i = tables.logged_count; i < tables.channels.size(); ++i) {
+    if (equal_apart_from_case(tables.channels[i].record.name_view(), name)) return i;
   }
-  return channels_.size();
+  return std::nullopt;
 }
 
 }  // namespace traguardo

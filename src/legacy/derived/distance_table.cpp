@@ -6,9 +6,6 @@
 #include <limits>
 #include <utility>
 
-#include "legacy/wmp_session.h"
-#include "units/user_units_manager.h"
-
 namespace traguardo {
 namespace {
 
@@ -106,49 +103,23 @@ std::vector<float> make_distance_table(const SpeedTrace& trace) {
   return DistanceBuilder(trace).build();
 }
 
-float distance_in_table(std::span<const float> table, u32 time_ms) {
-  if (table.size() < 2) return 0.0F;
-  const std::size_t entry = static_cast<std::size_t>(time_ms / kEntryMs);
-  const float from = table[std::min(entry, table.size() - 2)];
-  const float to = table[std::min(entry + 1, table.size() - 1)];
-  return from + (to - from) * static_cast<float>(time_ms % kEntryMs) * 0.01F;
-}
-
-bool CWMP::rebuild_distance_table() {
-  distance_table_ = {};
-  const i16 reference = reference_speed();
-  if (reference >= 0 && static_cast<std::size_t>(reference) < channels_.size()) {
-    const std::size_t index = static_cast<std::size_t>(reference);
-    SpeedTrace trace;
-    trace.speeds = values(index);
-    trace.period_ms = statistics_[index].period_ms;
-    trace.frequency_hz = statistics_[index].frequency_hz;
-    trace.metres_per_second = speed_scale_;
-    trace.units_per_metre = static_cast<float>(units_->GetInverseLengthFactor());
-    trace.from_receiver_logger = firmware_text_.starts_with("41");
-    trace.is_receiver_speed = is_gps_speed(index);
-    distance_table_ = make_distance_table(trace);
-  }
-  build_lap_rows();
-  return !distance_table_.empty();
-}
-
-void CWMP::build_lap_rows() {
-  lap_rows_.clear();
-  lap_rows_.reserve(laps_.size());
-  for (const WmpLapRecord& lap : laps_) {
+DistanceTable::DistanceTable(std::vector<float> entries, std::span<const WmpLapRecord> laps)
+    : entries_(std::move(entries)) {
+  laps_.reserve(laps.size());
+  for (const WmpLapRecord& lap : laps) {
     const u64 end_ms = std::min<u64>(u64{lap.start_ms()} + lap.time_ms(), std::numeric_limits<u32>::max());
-    WmpLapRow row;
-    row.start_ms = lap.start_ms();
-    row.length_ms = lap.time_ms();
-    row.distance_at_start = distance_at(row.start_ms);
-    row.distance_covered = distance_at(static_cast<u32>(end_ms)) - row.distance_at_start;
-    lap_rows_.push_back(row);
+    const float distance_at_start = at(lap.start_ms());
+    laps_.push_back(
+        {lap.start_ms(), lap.time_ms(), distance_at_start, at(static_cast<u32>(end_ms)) - distance_at_start});
   }
 }
 
-float CWMP::distance_at(u32 time_ms) const {
-  return distance_in_table(distance_table_, time_ms);
+float DistanceTable::at(u32 time_ms) const {
+  if (entries_.size() < 2) return 0.0F;
+  const std::size_t entry = static_cast<std::size_t>(time_ms / kEntryMs);
+  const float from = entries_[std::min(entry, entries_.size() - 2)];
+  const float to = entries_[std::min(entry + 1, entries_.size() - 1)];
+  return from + (to - from) * static_cast<float>(time_ms % kEntryMs) * 0.01F;
 }
 
 }  // namespace traguardo

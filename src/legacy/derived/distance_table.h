@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "legacy/file/records.h"
 #include "support/bytes.h"
 
 namespace traguardo {
@@ -24,7 +25,28 @@ struct SpeedTrace {
 // samples, a trace without a rate, and one that covers less than 100 units.
 std::vector<float> make_distance_table(const SpeedTrace& trace);
 
-// Between two entries in a straight line; behind the last but one, the last stretch over again. 0 for an empty table.
-float distance_in_table(std::span<const float> table, u32 time_ms);
+// What a lap covers: times in ms, distances in the user's length unit (0 without a distance table).
+struct WmpLapRow {
+  u32 start_ms = 0;
+  u32 length_ms = 0;
+  float distance_at_start = 0.0F;
+  float distance_covered = 0.0F;
+};
+
+class DistanceTable {
+ public:
+  DistanceTable() = default;
+  DistanceTable(std::vector<float> entries, std::span<const WmpLapRecord> laps);
+
+  bool empty() const { return entries_.empty(); }
+  std::span<const float> entries() const { return entries_; }
+  // Between two entries in a straight line; behind the last but one, the last stretch over again. 0 for an empty table.
+  float at(u32 time_ms) const;
+  std::span<const WmpLapRow> laps() const { return laps_; }
+
+ private:
+  std::vector<float> entries_;
+  std::vector<WmpLapRow> laps_;
+};
 
 }  // namespace traguardo

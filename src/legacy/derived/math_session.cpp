@@ -18,41 +18,41 @@ void resample_steps(std::span<const float> source, u32 source_period_ms, u32 tar
 }  // namespace
 
 std::size_t WmpMathSession::ChannelCount() const {
-  return session_->channel_count();
+  return session_->tables.channels.size();
 }
 std::string_view WmpMathSession::ChannelName(std::size_t index) const {
-  return session_->channel(index).name_view();
+  return session_->tables.channels[index].record.name_view();
 }
 u64 WmpMathSession::NamesVersion() const {
-  return session_->names_version();
+  return session_->names_version;
 }
 
 std::string_view WmpMathSession::Formula(std::size_t target) const {
-  return session_->channel(target).formula_view();
+  return session_->tables.channels[target].record.formula_view();
 }
 double WmpMathSession::PeriodMs(std::size_t target) const {
-  return session_->statistics(target).period_ms;
+  return session_->tables.channels[target].statistics.period_ms;
 }
 u32 WmpMathSession::FrequencyHz(std::size_t target) const {
-  return session_->statistics(target).frequency_hz;
+  return session_->tables.channels[target].statistics.frequency_hz;
 }
 std::span<float> WmpMathSession::Samples(std::size_t target) {
-  return session_->values(target);
+  return session_->store.values(target);
 }
 std::size_t WmpMathSession::LapCount() const {
-  return session_->laps().size();
+  return session_->tables.laps.size();
 }
 
 SMathLap WmpMathSession::Lap(std::size_t index) const {
-  const WmpLapRecord& lap = session_->laps()[index];
+  const WmpLapRecord& lap = session_->tables.laps[index];
   return {static_cast<double>(lap.start_ms()), static_cast<double>(lap.time_ms())};
 }
 
 void WmpMathSession::FillInput(std::size_t source, std::size_t target, std::size_t first, std::span<float> out) {
-  const std::span<const float> samples = session_->values(source);
-  const u32 source_period_ms = session_->statistics(source).period_ms;
-  const u32 target_period_ms = session_->statistics(target).period_ms;
-  if (session_->extension(source).stepped() && source_period_ms != target_period_ms) {
+  const std::span<const float> samples = session_->store.values(source);
+  const u32 source_period_ms = session_->tables.channels[source].statistics.period_ms;
+  const u32 target_period_ms = session_->tables.channels[target].statistics.period_ms;
+  if (session_->tables.channels[source].extension.stepped() && source_period_ms != target_period_ms) {
     resample_steps(samples, source_period_ms, target_period_ms, first, out);
   } else {
     resample_linear(samples, source_period_ms, target_period_ms, first, out);

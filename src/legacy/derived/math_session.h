@@ -9,12 +9,12 @@
 
 namespace traguardo {
 
-class CWMP;
+struct WmpSession;
 
 class WmpMathSession : public IMathSession {
  public:
   // Borrowed; its channel table must not change while a formula is computed.
-  explicit WmpMathSession(CWMP* session) : session_(session) {}
+  explicit WmpMathSession(WmpSession* session) : session_(session) {}
 
   std::size_t ChannelCount() const override;
   std::string_view ChannelName(std::size_t index) const override;
@@ -30,7 +30,7 @@ class WmpMathSession : public IMathSession {
   void FillInput(std::size_t source, std::size_t target, std::size_t first, std::span<float> out) override;
 
  private:
-  CWMP* session_;
+  WmpSession* session_;
 };
 
 }  // namespace traguardo

@@ -1,4 +1,5 @@
-// Which of a session's speeds the distances are made of.
+#include "legacy/derived/reference_speed.h"
+
 #include <optional>
 #include <span>
 
@@ -8,14 +9,14 @@ namespace traguardo {
 namespace {
 
 // A speed that may become the reference, and that covers a hundred metres.
-bool is_moving_speed(const CWMP& session, std::size_t index) {
+bool is_moving_speed(const WmpSession& session, std::size_t index) {
   constexpr float kLeastMetres = 100.0F;
-  if (session.channel(index).measure_class() != WmpChannelRecord::kClassSpeed) return false;
-  if (session.function_id(index) == WmpChannelExtension::kFunctionNeverReference) return false;
+  if (!session.tables.channels[index].is_speed()) return false;
+  if (session.tables.function_id(index) == WmpChannelExtension::kFunctionNeverReference) return false;
   const float enough =
-      static_cast<float>(session.statistics(index).frequency_hz) * kLeastMetres / session.speed_scale();
+      static_cast<float>(session.tables.channels[index].statistics.frequency_hz) * kLeastMetres / session.speed_scale;
   float sum = 0.0F;
-  for (const float speed : session.values(index)) {
+  for (const float speed : session.store.values(index)) {
     sum += speed;
     if (sum > enough) return true;
   }
@@ -42,15 +43,15 @@ bool is_accurate(std::span<const float> accuracies) {
 
 }  // namespace
 
-char CWMP::find_reference_speed(bool select) {
-  const i16 reference = reference_speed();
-  const bool has_reference = reference >= 0 && static_cast<std::size_t>(reference) < channels_.size();
-  if (has_reference && is_moving_speed(*this, static_cast<std::size_t>(reference))) return 'Y';
+char find_reference_speed(WmpSession& session, bool select) {
+  const std::vector<WmpChannel>& channels = session.tables.channels;
+  const i16 reference = session.tables.header.reference_speed();
+  const bool has_reference = reference >= 0 && static_cast<std::size_t>(reference) < channels.size();
+  if (has_reference && is_moving_speed(session, static_cast<std::size_t>(reference))) return 'Y';
   char result = 'N';
   std::optional<std::size_t> choice;
-  for (std::size_t i = 0; i < channels_.size(); ++i) {
-    if (has_reference && i == static_cast<std::size_t>(reference)) continue;
-    if (!is_moving_speed(*this, i)) continue;
+  for (std::size_t i = 0; i < channels.size(); ++i) {
+    if (session.tables.is_reference_speed(i) || !is_moving_speed(session, i)) continue;
     if (result == 'N') {
       result = 'd';
       choice = i;
@@ -58,32 +59,34 @@ char CWMP::find_reference_speed(bool select) {
     }
     result = 'D';
     if (!select) break;
-    if (channels_[i].name_view() == "GPS_Speed") {
+    if (channels[i].record.name_view() == "GPS_Speed") {
       result = 'G';
       choice = i;
       break;
     }
   }
-  if (select && choice) set_reference_speed(static_cast<i32>(*choice));
+  if (select && choice) set_reference_speed(session, static_cast<i32>(*choice));
   return result;
 }
 
-bool CWMP::positions_are_accurate() const {
-  for (std::size_t i = 0; i < channels_.size(); ++i) {
-    if (channels_[i].name_view() == "GPS_PosAccuracy" && !is_accurate(values(i))) return false;
+bool positions_are_accurate(const WmpSession& session) {
+  for (std::size_t i = 0; i < session.tables.channels.size(); ++i) {
+    const bool is_accuracy = session.tables.channels[i].record.name_view() == "GPS_PosAccuracy";
+    if (is_accuracy && !is_accurate(session.store.values(i))) return false;
   }
   return true;
 }
 
-bool CWMP::set_reference_speed(i32 index) {
-  if (index < 0 || static_cast<std::size_t>(index) >= channels_.size()) return false;
-  const i16 old_reference = reference_speed();
+bool set_reference_speed(WmpSession& session, i32 index) {
+  WmpMainHeader& header = session.tables.header;
+  if (index < 0 || static_cast<std::size_t>(index) >= session.tables.channels.size()) return false;
+  const i16 old_reference = header.reference_speed();
   if (index == old_reference) return true;
-  if (channels_[static_cast<std::size_t>(index)].measure_class() != WmpChannelRecord::kClassSpeed) return false;
-  header_.set_reference_speed(static_cast<i16>(index));
-  if (rebuild_distance_table()) return true;
-  header_.set_reference_speed(old_reference);
-  rebuild_distance_table();
+  if (!session.tables.channels[static_cast<std::size_t>(index)].is_speed()) return false;
+  header.set_reference_speed(static_cast<i16>(index));
+  if (session.rebuild_distances()) return true;
+  header.set_reference_speed(old_reference);
+  session.rebuild_distances();
   return false;
 }
 

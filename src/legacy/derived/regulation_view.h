@@ -9,12 +9,12 @@
 
 namespace traguardo {
 
-class CWMP;
+struct WmpSession;
 
 class RegulationView : public SessionView {
  public:
   // Borrowed, for the life of the object.
-  explicit RegulationView(CWMP* session) : session_(session) {}
+  explicit RegulationView(WmpSession* session) : session_(session) {}
 
   std::size_t channel_count() const override;
   SessionChannel channel(std::size_t index) const override;
@@ -28,7 +28,7 @@ class RegulationView : public SessionView {
   std::wstring working_folder() const override;
 
  private:
-  CWMP* session_;
+  WmpSession* session_;
 };
 
 }  // namespace traguardo

@@ -7,7 +7,7 @@
 
 namespace traguardo {
 
-class CWMP;
+struct WmpSession;
 
 inline constexpr u16 kShaftSensor = 77;
 
@@ -20,17 +20,17 @@ struct ShaftDrive {
 };
 
 // Of the first run; what its record doesn't tell is that of the usual drive.
-ShaftDrive drive_of_session(const CWMP& session);
+ShaftDrive drive_of_session(const WmpSession& session);
 
 // Each fills the whole channel; samples that no run covers are 0.0. False, and a channel of 0.0, for a session without
 // a logged shaft.
 
 // The wheel's speed in the user's unit: gears of the first run, wheel of each run.
-bool compute_geared_speed(CWMP& session, std::size_t index);
+bool compute_geared_speed(WmpSession& session, std::size_t index);
 // The wheel's acceleration in g, smoothed: gears and wheel of each run. A run whose record doesn't tell its gears reads
 // 0.0.
-bool compute_acceleration(CWMP& session, std::size_t index);
+bool compute_acceleration(WmpSession& session, std::size_t index);
 // The shaft's speed over the shaft's first parameter.
-bool compute_scaled_speed(CWMP& session, std::size_t index);
+bool compute_scaled_speed(WmpSession& session, std::size_t index);
 
 }  // namespace traguardo

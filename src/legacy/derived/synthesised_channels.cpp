@@ -1,10 +1,12 @@
-// The channels that the reader adds by itself, for the device that wrote the file and for the configuration files in
-// the application folder.
+#include "legacy/derived/synthesised_channels.h"
+
 #include <cstdio>
 #include <iterator>
 #include <optional>
 #include <string>
 
+#include "legacy/channel_conversion.h"
+#include "legacy/derived/derived_channels.h"
 #include "legacy/derived/run_calculations.h"
 #include "legacy/derived/synthesised_channels_data.h"
 #include "legacy/wmp_session.h"
@@ -34,10 +36,10 @@ struct SourceChannels {
   std::optional<std::size_t> engine;  // the last one named so
 };
 
-SourceChannels find_sources(const CWMP& session) {
+SourceChannels find_sources(const WmpSession& session) {
   SourceChannels sources;
-  for (std::size_t i = 0; i < session.channel_count(); ++i) {
-    const WmpChannelRecord& record = session.channel(i);
+  for (std::size_t i = 0; i < session.tables.channels.size(); ++i) {
+    const WmpChannelRecord& record = session.tables.channels[i].record;
     if (record.sensor_id() == kShaftSensor && !sources.shaft) sources.shaft = i;
     if (record.sensor_id() == kEnginePulseSensor && !sources.rpm) sources.rpm = i;
     if (record.name_view() == "Speed") sources.speed = i;
@@ -68,27 +70,27 @@ void log_refusal(i32 line) {
 }
 
 // A shaft that was never set up gets the numbers of the usual one.
-void mend_shaft(CWMP& session, std::size_t shaft, u16 kind) {
+void mend_shaft(WmpSession& session, std::size_t shaft, u16 kind) {
   constexpr float kUsualPulses = 4.0F;
   constexpr float kHighestRatio = 1000.0F;
   constexpr float kUsualRatio = 40.0F;
-  WmpChannelRecord& record = session.channel(shaft);
+  WmpChannelRecord& record = session.tables.channels[shaft].record;
   if (kind == kGearedSpeedKind && record.parameter(1) == 0.0F) record.set_parameter(1, kUsualPulses);
   if (kind == kScaledSpeedKind && record.parameter(0) > kHighestRatio) record.set_parameter(0, kUsualRatio);
 }
 
-u16 rate_index_of(const CWMP& session, const SynthesisedChannelRow& row, const SourceChannels& sources) {
-  if (row.rate_index == kRateOfShaft) return session.channel(*sources.shaft).rate_index();
-  if (row.rate_index == kRateOfEngine) return session.channel(*sources.engine).rate_index();
+u16 rate_index_of(const WmpSession& session, const SynthesisedChannelRow& row, const SourceChannels& sources) {
+  if (row.rate_index == kRateOfShaft) return session.tables.channels[*sources.shaft].record.rate_index();
+  if (row.rate_index == kRateOfEngine) return session.tables.channels[*sources.engine].record.rate_index();
   return static_cast<u16>(row.rate_index);
 }
 
-std::string name_of(const CWMP& session, const std::optional<std::size_t>& channel) {
-  return channel ? session.channel(*channel).name() : std::string();
+std::string name_of(const WmpSession& session, const std::optional<std::size_t>& channel) {
+  return channel ? session.tables.channels[*channel].record.name() : std::string();
 }
 
 // For whoever looks at the channel; only kinds 2 and 3 are computed by it.
-std::string formula_text(const CWMP& session, const SynthesisedChannelRow& row, const SourceChannels& sources) {
+std::string formula_text(const WmpSession& session, const SynthesisedChannelRow& row, const SourceChannels& sources) {
   constexpr double kGPerMetrePerSecondSquared = 0.1019732;
   if (row.formula == nullptr) return row.name;
   const std::string shaft = name_of(session, sources.shaft);
@@ -98,7 +100,7 @@ std::string formula_text(const CWMP& session, const SynthesisedChannelRow& row, 
   switch (row.kind) {
     case kGearedSpeedKind:
       std::snprintf(text, sizeof text, row.formula, shaft.c_str(), drive.low_gear, drive.wheel_mm,
-                    static_cast<double>(1.0F / session.speed_scale()), drive.high_gear);
+                    static_cast<double>(1.0F / session.speed_scale), drive.high_gear);
       return text;
     case kCvtKind:
       std::snprintf(text, sizeof text, row.formula, rpm.c_str(), shaft.c_str());
@@ -112,17 +114,18 @@ std::string formula_text(const CWMP& session, const SynthesisedChannelRow& row, 
       return text;
     case kScaledSpeedKind:
       std::snprintf(text, sizeof text, row.formula, shaft.c_str(),
-                    static_cast<double>(session.channel(*sources.shaft).parameter(0)));
+                    static_cast<double>(session.tables.channels[*sources.shaft].record.parameter(0)));
       return text;
     default:
       return row.formula;
   }
 }
 
-SMathChannel make_definition(const CWMP& session, const SynthesisedChannelRow& row, const SourceChannels& sources) {
+SMathChannel make_definition(const WmpSession& session, const SynthesisedChannelRow& row,
+                             const SourceChannels& sources) {
   SMathChannel definition;
   definition.name = row.name;
-  definition.unit = row.unit == nullptr ? session.units()->GetSpeedUnit() : std::string(row.unit);
+  definition.unit = row.unit == nullptr ? session.units->GetSpeedUnit() : std::string(row.unit);
   definition.enabled = 1;
   definition.flags[0] = row.reference_candidate ? 1 : 0;
   definition.channel_class = row.measure_class;
@@ -138,44 +141,44 @@ SMathChannel make_definition(const CWMP& session, const SynthesisedChannelRow& r
 
 }  // namespace
 
-void CWMP::AssicuraPresenzaCanaleMatematico(u16 kind, bool compute_now) {
+void assure_channel(WmpSession& session, u16 kind, bool compute_now) {
   const SynthesisedChannelRow* row = row_of_kind(kind);
   if (row == nullptr) return log_refusal(kUnknownKindLogLine);
-  const SourceChannels sources = find_sources(*this);
+  const SourceChannels sources = find_sources(session);
   if (!has_needed(sources, row->needs)) return log_refusal(row->log_line);
   if (kind == kGearedSpeedKind && sources.speed) return;
-  if (sources.shaft) mend_shaft(*this, *sources.shaft, kind);
+  if (sources.shaft) mend_shaft(session, *sources.shaft, kind);
 
-  const SMathChannel definition = make_definition(*this, *row, sources);
-  std::size_t index = find_derived_channel(definition.name);
-  bool is_there = index < channels_.size();
-  if (is_there) {
-    channels_[index].set_formula(definition.formula);
+  const SMathChannel definition = make_definition(session, *row, sources);
+  std::optional<std::size_t> index = find_derived_channel(session.tables, definition.name);
+  if (index) {
+    WmpChannelRecord& record = session.tables.channels[*index].record;
+    record.set_formula(definition.formula);
     // The calculators fill the channels of a fixed rate side by side, one index for all.
     const bool has_fixed_rate = row->rate_index >= 0;
-    if (has_fixed_rate && channels_[index].rate_index() != definition.frequency_code) {
-      delete_derived_channel(index);
-      is_there = false;
+    if (has_fixed_rate && record.rate_index() != definition.frequency_code) {
+      delete_derived_channel(session, *index);
+      index.reset();
     }
   }
-  if (!is_there) {
-    if (!add_definition(definition, kind)) return;
-    index = channels_.size() - 1;
+  if (!index) {
+    if (!add_definition(session, definition, kind)) return;
+    index = session.tables.channels.size() - 1;
   }
-  if (compute_now) ConvertiCanale(index, false);
+  if (compute_now) convert_channel(session, *index, false);
 }
 
-void CWMP::assure_device_channels() {
+void assure_device_channels(WmpSession& session) {
   for (const DeviceKindRow& row : device_kinds()) {
-    if (row.device_code == identity_.device_code()) AssicuraPresenzaCanaleMatematico(row.kind, true);
+    if (row.device_code == session.tables.identity.device_code()) assure_channel(session, row.kind, true);
   }
   for (const ConfigurationKindRow& row : configuration_kinds()) {
-    const std::wstring path = platform::path_in_folder(application_folder_, widen_bytes(row.file));
+    const std::wstring path = platform::path_in_folder(session.application_folder, widen_bytes(row.file));
     if (!platform::file_exists(path)) continue;
     if (row.kind == 0) {
-      calculators_->export_channels();
+      session.calculators->export_channels();
     } else {
-      AssicuraPresenzaCanaleMatematico(row.kind, true);
+      assure_channel(session, row.kind, true);
     }
   }
 }

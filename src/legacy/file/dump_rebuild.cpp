@@ -11,7 +11,6 @@
 #include "legacy/file/dump_layout_data.h"
 #include "legacy/file/dump_stream.h"
 #include "legacy/file/records.h"
-#include "legacy/wmp_session.h"
 
 namespace traguardo {
 namespace {
@@ -259,7 +258,7 @@ CWMPvers500::~CWMPvers500() = default;
 bool CWMPvers500::Rebuild(i32 family_code, u32* error) {
   std::vector<u8> set_up_bytes(kSetUpSize);
   const std::size_t held = static_cast<std::size_t>(std::min<u64>(length_, kSetUpSize));
-  if (held > 0 && reader_(0, set_up_bytes.data(), held) == 0) return false;
+  if (held > 0) reader_(0, set_up_bytes.data(), held);
   const SetUp set_up(set_up_bytes.data(), kSetUpSize);
   if (!has_channel(set_up, family_code)) {
     *error = kMsgDumpNoChannels;
@@ -286,18 +285,6 @@ bool CWMPvers500::Rebuild(i32 family_code, u32* error) {
 
 std::vector<u16> CWMPvers500::take_words() {
   return std::move(words_);
-}
-
-bool CWMP::rebuild_raw_words(u64 offset, std::vector<u16>* words, u32* error) {
-  const auto read = [this, offset](u64 at, u8* out, std::size_t count) {
-    seek(offset + at);
-    return read_up_to(out, count);
-  };
-  const u64 length = file_length() > offset ? file_length() - offset : 0;
-  CWMPvers500 dump(read, length, header_.raw_area_size() / sizeof(u16));
-  if (!dump.Rebuild(header_.family(), error)) return false;
-  *words = dump.take_words();
-  return true;
 }
 
 }  // namespace traguardo

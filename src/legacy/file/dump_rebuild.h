@@ -31,8 +31,7 @@ class CWMPvers500 {
   CWMPvers500(const CWMPvers500&) = delete;
   CWMPvers500& operator=(const CWMPvers500&) = delete;
 
-  // family_code: of the session's header. False with a code in `error`, or with `error` as it was if the dump can't be
-  // read.
+  // family_code: of the session's header. False with a code in `error`.
   bool Rebuild(i32 family_code, u32* error);
 
   // The raw words of all channels that have samples, one channel behind the other: primary channels in the order of

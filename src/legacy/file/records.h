@@ -6,7 +6,6 @@
 #pragma once
 
 #include <array>
-#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -167,35 +166,11 @@ class WmpExtendedNamesBlock : public PackedRecord<664> {
   void set_venue_type(u32 value) { put_u32(596, value); }
 };
 
-// A channel's record of versions 100, 200 and 320.
+// A channel's record of versions 100, 200 and 320; old_record_copies() says what of it goes into the record of today.
 class WmpOldChannelRecord : public PackedRecord<98> {
  public:
-  static constexpr std::size_t kNameAndUnitWidth = 30;
-  static constexpr std::size_t kRangeWidth = 8;
-  static constexpr std::size_t kParametersWidth = 20;
-
-  std::string name() const { return get_text(0, 20); }
-  void set_name(std::string_view text) { put_text(0, 20, text); }
-  void set_unit(std::string_view text) { put_text(20, 10, text); }
-  const u8* name_and_unit() const { return bytes(); }
-  u16 first_word() const { return get_u16(30); }
-  void set_first_word(u16 value) { put_u16(30, value); }
-  u16 second_word() const { return get_u16(32); }
-  void set_second_word(u16 value) { put_u16(32, value); }
-  u16 sensor_id() const { return get_u16(36); }
-  void set_sensor_id(u16 value) { put_u16(36, value); }
-  const u8* display_range() const { return bytes() + 38; }
-  void set_display_range(float low, float high) {
-    put_f32(38, low);
-    put_f32(42, high);
-  }
-  // Not yet the rate index: see rate_index().
-  u16 stored_rate() const { return get_u16(46); }
-  void set_stored_rate(u16 value) { put_u16(46, value); }
-  u16 rate_index() const { return static_cast<u16>((stored_rate() > 5 ? 1 : stored_rate()) + 1); }
-  const u8* second_range() const { return bytes() + 50; }
-  const u8* parameters() const { return bytes() + 58; }
-  void set_parameter(std::size_t index, float value) { put_f32(58 + 4 * index, value); }
+  // The stored rate is one less than the index, and none above 5 exists.
+  u16 rate_index() const { return static_cast<u16>((get_u16(46) > 5 ? 1 : get_u16(46)) + 1); }
 };
 
 class WmpChannelRecord : public PackedRecord<668> {
@@ -359,45 +334,5 @@ class WmpRunRecord : public PackedRecord<4096> {
 };
 
 class WmpExtraRecord : public PackedRecord<64> {};
-
-// What is known of a channel beside its record, not stored in the file.
-struct WmpChannelStatistics {
-  u32 period_ms = 0;
-  u32 frequency_hz = 0;
-  float minimum = 0.0F;
-  float mean = 0.0F;
-  float maximum = 0.0F;
-  float display_minimum = 0.0F;
-  float display_maximum = 0.0F;
-  i32 decimals = 0;
-};
-
-// The best laps of one run, on lap time and on true lap time. A number of 0 and a time of 0: none.
-struct WmpRunBestLaps {
-  u16 run = 0;
-  i16 best_lap = 0;
-  u32 best_time_ms = 0;
-  i16 best_true_lap = 0;
-  u32 best_true_time_ms = 0;
-};
-
-// A run of the session. A file of a version below 600 stores no run records, and a file from 600 on may miss one that
-// its laps name: such a run has its number alone, and all else of it reads as zero.
-struct WmpRun {
-  u16 number = 0;
-  std::unique_ptr<WmpRunRecord> record;
-
-  i32 first_gear_teeth() const { return record == nullptr ? 0 : record->first_gear_teeth(); }
-  i32 second_gear_teeth() const { return record == nullptr ? 0 : record->second_gear_teeth(); }
-  float wheel_circumference_mm() const { return record == nullptr ? 0.0F : record->wheel_circumference_mm(); }
-  std::string name() const { return record == nullptr ? std::string() : record->name(); }
-};
-
-// A stretch of the time axis that one run covers, from the start of its first lap to the end of its last.
-struct WmpRunSpan {
-  u16 run = 0;
-  u32 start_ms = 0;
-  u32 length_ms = 0;
-};
 
 }  // namespace traguardo

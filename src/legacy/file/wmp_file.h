@@ -22,9 +22,6 @@ class CFileWMP {
  public:
   virtual ~CFileWMP() = default;
 
- protected:
-  CFileWMP() = default;
-
   // Opens for reading at position 0 and takes the length; false if there is no such file.
   bool open_file(const std::wstring& path);
   void close_file();

@@ -1,22 +1,27 @@
 #include "legacy/file/wmp_layout_data.h"
 
+#include "legacy/file/sample_form.h"
+
 namespace traguardo {
 namespace {
 
+using enum RunNumbers;
+
 // clang-format off
 constexpr WmpVersionRow kWmpVersions[] = {
-    // version, reader, block_head, main_header, configuration, identity, names, extended_names, channel_record,
-    // channel_extension, lap_record, lap_extension, run_record, extra_record, samples
-    {100, WmpReader::kVers320,  0, 150,   0,   0, 360,   0,  98,   0, 134,   0,    0,  0, WmpSampleForm::kFloatArea},
-    {200, WmpReader::kVers320,  0, 150,   0,   0, 360,   0,  98,   0, 134,   0,    0,  0, WmpSampleForm::kFloatArea},
-    {320, WmpReader::kVers320,  0, 150,   0,   0, 360,   0,  98,   0, 134,   0,    0,  0, WmpSampleForm::kFloatArea},
-    {400, WmpReader::kVers400,  0, 150,   0,   0, 360,   0, 668,   0, 134,   0,    0,  0, WmpSampleForm::kRawArea},
-    {450, WmpReader::kVers400,  0, 150,   0,   0, 360,   0, 668,   0, 134,   0,    0,  0, WmpSampleForm::kRawArea},
-    {451, WmpReader::kVers400,  0, 150,   0,   0, 360,   0, 668,   0, 134,   0,    0,  0, WmpSampleForm::kRawArea},
-    {500, WmpReader::kVers500,  0, 150, 874,   0, 360, 664, 668, 356, 134, 122,    0,  0, WmpSampleForm::kDump},
-    {550, WmpReader::kVers550,  0, 150, 874,   0, 360, 664, 668, 356, 134, 122,    0,  0, WmpSampleForm::kAlignedAreas},
-    {600, WmpReader::kVers600, 32, 150, 874, 128, 360, 664, 668, 356, 134, 122, 4096, 64, WmpSampleForm::kRawArea},
-    {700, WmpReader::kVers700, 32, 150, 874, 128, 360, 664, 668, 356, 134, 122, 4096, 64, WmpSampleForm::kRawArea},
+    // version, block_head, main_header, configuration, identity, names, extended_names, channel_record,
+    // channel_extension, lap_record, lap_extension, run_record, extra_record, samples, becomes, raw_area_fills_file,
+    // fixed_areas, may_have_old_formulas, runs, lap_times_from_samples, has_serial, tells_log
+    {100,  0, 150,   0,   0, 360,   0,  98,   0, 134,   0,    0,  0, &kFloatArea,    451, true,       0, false, kNone,        false, false, false},
+    {200,  0, 150,   0,   0, 360,   0,  98,   0, 134,   0,    0,  0, &kFloatArea,    451, true,       0, false, kNone,        false, false, false},
+    {320,  0, 150,   0,   0, 360,   0,  98,   0, 134,   0,    0,  0, &kFloatArea,    451, true,       0, false, kNone,        false, false, false},
+    {400,  0, 150,   0,   0, 360,   0, 668,   0, 134,   0,    0,  0, &kRawArea,      400, true,       0, true,  kNone,        false, false, false},
+    {450,  0, 150,   0,   0, 360,   0, 668,   0, 134,   0,    0,  0, &kRawArea,      450, true,       0, true,  kNone,        false, false, false},
+    {451,  0, 150,   0,   0, 360,   0, 668,   0, 134,   0,    0,  0, &kRawArea,      451, true,       0, true,  kNone,        false, false, false},
+    {500,  0, 150, 874,   0, 360, 664, 668, 356, 134, 122,    0,  0, &kMemoryDump,   500, false,  65536, false, kOfLateFiles, true,  true,  false},
+    {550,  0, 150, 874,   0, 360, 664, 668, 356, 134, 122,    0,  0, &kAlignedAreas, 550, false, 196608, false, kOfLateFiles, false, true,  false},
+    {600, 32, 150, 874, 128, 360, 664, 668, 356, 134, 122, 4096, 64, &kRawArea,      600, false,      0, false, kStored,      false, true,  true},
+    {700, 32, 150, 874, 128, 360, 664, 668, 356, 134, 122, 4096, 64, &kRawArea,      700, false,      0, false, kStored,      false, true,  false},
 };
 
 constexpr SampleRateRow kSampleRates[] = {
@@ -39,34 +44,19 @@ constexpr SampleRateRow kSampleRates[] = {
 };
 
 constexpr OldRecordCopyRow kOldRecordCopies[] = {
-    // from, from_width, to, to_width
-    { 0, 20,  0, 20},
-    {20, 10, 20, 10},
-    {30,  2, 30,  4},
-    {32,  2, 34,  4},
-    {36,  2, 64,  2},
-    {38,  8, 76,  8},
-    {50,  8, 84,  8},
-    {58, 20, 92, 20},
+    // from, width, to
+    { 0, 20,  0},
+    {20, 10, 20},
+    {30,  2, 30},
+    {32,  2, 34},
+    {36,  2, 64},
+    {38,  8, 76},
+    {50,  8, 84},
+    {58, 20, 92},
 };
 
 constexpr char kSoftwareLetters[] = {
-    '\0',
-    'G',
-    'H',
-    'I',
-    'J',
-    'K',
-    'L',
-    'M',
-    'N',
-    'O',
-    'A',
-    'B',
-    'C',
-    'D',
-    'E',
-    'F',
+    '\0', 'G', 'H', 'I', 'J', 'K', 'L', 'M', 'N', 'O', 'A', 'B', 'C', 'D', 'E', 'F',
 };
 // clang-format on
 
@@ -74,6 +64,12 @@ constexpr char kSoftwareLetters[] = {
 
 std::span<const WmpVersionRow> wmp_versions() {
   return kWmpVersions;
+}
+const WmpVersionRow* find_wmp_version(u16 version) {
+  for (const WmpVersionRow& row : kWmpVersions) {
+    if (row.version == version) return &row;
+  }
+  return nullptr;
 }
 std::span<const SampleRateRow> sample_rates() {
   return kSampleRates;

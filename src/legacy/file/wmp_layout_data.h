@@ -1,4 +1,5 @@
-// The shape of a legacy file by version: what `CWMP::ApriFile` and the version readers walk.
+// The shape of a legacy file by version: every fact that differs between the versions is a column of the version table,
+// and all readers walk by its row. A new version is a new row, and a new sample form where its samples lie otherwise.
 #pragma once
 
 #include <span>
@@ -7,15 +8,13 @@
 
 namespace traguardo {
 
-// The version readers of `CWMP`: kVers320 is `ReadWampFileVers320`, and so on.
-enum class WmpReader : u8 { kVers320, kVers400, kVers500, kVers550, kVers600, kVers700 };
+struct SampleForm;
 
-// How the samples lie in the file.
-enum class WmpSampleForm : u8 {
-  kFloatArea,     // f32 physical values, channel behind channel
-  kRawArea,       // u16 words, channel behind channel
-  kDump,          // a dump of the logger's memory only
-  kAlignedAreas,  // two raw channels in 64 KiB aligned areas
+// Whose run numbers count, by version.
+enum class RunNumbers : u8 {
+  kNone,         // every lap belongs to run 1
+  kOfLateFiles,  // the laps' own, but for loggers and software of a time before runs
+  kStored,       // the laps' own
 };
 
 // Sizes in bytes of what the file holds, in file order for the versions without block heads; 0 for what a version
@@ -24,7 +23,6 @@ enum class WmpSampleForm : u8 {
 // and its extension under one.
 struct WmpVersionRow {
   u16 version;
-  WmpReader reader;
   u16 block_head;
   u16 main_header;
   u16 configuration;
@@ -37,7 +35,24 @@ struct WmpVersionRow {
   u16 lap_extension;
   u16 run_record;
   u16 extra_record;
-  WmpSampleForm samples;
+  const SampleForm* samples;
+  // What the tables become while they are read: the version itself, but for those with the short channel record.
+  u16 becomes;
+  // The size of the raw area is what the tables leave of the file; else it is what the header says, and no less than
+  // the counts of the channels ask for.
+  bool raw_area_fills_file;
+  // The file is as long as the tables and a whole number of areas of 64 KiB ask for, beside its dump and this many
+  // bytes; 0: as long as its tables and its raw area.
+  u32 fixed_areas;
+  // Formulas may be of an older kind, which can't be computed any more.
+  bool may_have_old_formulas;
+  RunNumbers runs;
+  // A lap's time is worked out from its samples where the two differ.
+  bool lap_times_from_samples;
+  // The header knows the serial number of the logger.
+  bool has_serial;
+  // Reading the file tells the event log about its laps.
+  bool tells_log;
 };
 
 // Sample rates by the rate index of a channel record. Frequency and period are taken from here, never computed from
@@ -48,16 +63,16 @@ struct SampleRateRow {
   u32 period_ms;
 };
 
-// What of a channel record of versions 100 to 320 goes into the record of today. A field that becomes wider is a
-// number.
+// What of a channel record of versions 100 to 320 goes into the record of today; a number becomes wider there.
 struct OldRecordCopyRow {
   u16 from;  // offset in the 98-byte record
-  u16 from_width;
+  u16 width;
   u16 to;  // offset in the 668-byte record
-  u16 to_width;
 };
 
 std::span<const WmpVersionRow> wmp_versions();
+// Null for a version that nobody knows.
+const WmpVersionRow* find_wmp_version(u16 version);
 std::span<const SampleRateRow> sample_rates();
 std::span<const OldRecordCopyRow> old_record_copies();
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 
+#include "legacy/channel_conversion.h"
 #include "legacy/sensors/sample_conversion.h"
 #include "legacy/sensors/sensor_database.h"
 #include "legacy/sensors/sensors.h"
@@ -95,12 +96,12 @@ void apply_setter(const SetterRow& row, float value, float small_length_factor, 
 
 }  // namespace
 
-CWMPMisura::CWMPMisura(CWMP* owner, std::size_t index, u32 kept) : owner_(owner), index_(index), kept_(kept) {
+CWMPMisura::CWMPMisura(WmpSession* owner, std::size_t index, u32 kept) : owner_(owner), index_(index), kept_(kept) {
   rewrite_unit_field();
   unit_text_ = widen_bytes(make_unit_text());
   decimals_ = make_decimals();
   format_text_ = L"%." + std::to_wstring(decimals_) + L"f";
-  owner_->statistics(index_).decimals = decimals_;
+  owner_->tables.channels[index_].statistics.decimals = decimals_;
   living_measures().insert(this);
 }
 
@@ -113,21 +114,21 @@ std::size_t CWMPMisura::living() {
 }
 
 u32 CWMPMisura::period_ms() const {
-  return owner_->statistics(index_).period_ms;
+  return owner_->tables.channels[index_].statistics.period_ms;
 }
 u32 CWMPMisura::frequency_hz() const {
-  return owner_->statistics(index_).frequency_hz;
+  return owner_->tables.channels[index_].statistics.frequency_hz;
 }
 std::span<const float> CWMPMisura::values() const {
-  return owner_->values(index_);
+  return owner_->store.values(index_);
 }
 const WmpChannelRecord& CWMPMisura::record() const {
-  return owner_->channel(index_);
+  return owner_->tables.channels[index_].record;
 }
 
 // Older records packed a unit that the decimal form names since; the sensors concerned are known one by one.
 void CWMPMisura::rewrite_unit_field() {
-  WmpChannelRecord& changed = owner_->channel(index_);
+  WmpChannelRecord& changed = owner_->tables.channels[index_].record;
   u8* field = changed.unit_bytes();
   if (changed.descriptor_form() == 0 || field[0] != kPackedForm) return;
   if (changed.sensor_id() == kNumberSensor) {
@@ -149,9 +150,9 @@ void CWMPMisura::rewrite_unit_field() {
 }
 
 std::string CWMPMisura::make_unit_text() const {
-  const IUserUnitOfMeasureManager& units = *owner_->units();
+  const IUserUnitOfMeasureManager& units = *owner_->units;
   const UnitDescriptor descriptor = read_unit_descriptor(record().unit_field());
-  const CDBSensori& data_base = owner_->sensors()->data_base();
+  const CDBSensori& data_base = owner_->sensors->data_base();
   if (descriptor.valid && data_base.knows_sensor(sensor_id())) {
     const u8 family = data_base.sensor(sensor_id()).family;
     u32 unit_id = descriptor.unit_id;
@@ -184,7 +185,7 @@ std::string CWMPMisura::make_unit_text() const {
 std::string CWMPMisura::stored_unit_text(const std::string& stored) const {
   const std::optional<StoredQuantity> quantity = quantity_of(stored);
   if (!quantity.has_value()) return stored;
-  const IUserUnitOfMeasureManager& units = *owner_->units();
+  const IUserUnitOfMeasureManager& units = *owner_->units;
   std::string chosen = units.GetChannelUnit(channel_unit_kind(*quantity), name());
   if (!chosen.empty()) return chosen;
   switch (*quantity) {
@@ -207,7 +208,7 @@ std::string CWMPMisura::stored_unit_text(const std::string& stored) const {
 // Digits behind the point. Nothing outside a measure shows them, so a sensor without a word of its own gets one digit.
 i32 CWMPMisura::make_decimals() const {
   constexpr i32 kMostDecimals = 9;
-  const WmpChannelExtension& extension = owner_->extension(index_);
+  const WmpChannelExtension& extension = owner_->tables.channels[index_].extension;
   if (extension.digit_channel() || extension.whole_numbers()) return 0;
   if (extension.decimals_by_name()) return std::clamp<i32>(extension.decimals(), 0, kMostDecimals);
   const UnitDescriptor descriptor = read_unit_descriptor(record().unit_field());
@@ -227,14 +228,14 @@ std::string CWMPMisura::parameter_label(u8 parameter) const {
   }
   const ParameterLabelRow* row = label_row(parameter, sensor_id());
   if (row == nullptr) return kUnusedParameterText;
-  const bool imperial = row->imperial_text != nullptr && owner_->units()->IsLengthImperial();
+  const bool imperial = row->imperial_text != nullptr && owner_->units->IsLengthImperial();
   return imperial ? row->imperial_text : row->text;
 }
 
 std::string CWMPMisura::parameter_label_id(u8 parameter) const {
   const ParameterLabelRow* row = label_row(parameter, sensor_id());
   if (row == nullptr) return kUnusedParameterId;
-  const bool imperial = row->imperial_id != nullptr && owner_->units()->IsLengthImperial();
+  const bool imperial = row->imperial_id != nullptr && owner_->units->IsLengthImperial();
   return imperial ? row->imperial_id : row->id;
 }
 
@@ -244,16 +245,16 @@ bool CWMPMisura::set_parameter(u8 operation, float value) {
     for (const SetterRefusalRow& refusal : setter_refusals()) {
       if (refusal.operation != operation) continue;
       TRAGUARDO_LOG(refusal.function, refusal.line, sensor_id());
-      if (refusal.converts) owner_->ConvertiCanale(index_, false);
+      if (refusal.converts) convert_channel(*owner_, index_, false);
     }
     return false;
   }
-  WmpChannelRecord& changed = owner_->channel(index_);
+  WmpChannelRecord& changed = owner_->tables.channels[index_].record;
   std::array<float, 5> parameters = changed.parameters();
-  apply_setter(*row, value, static_cast<float>(owner_->units()->GetSmallLengthFactor()), &parameters);
+  apply_setter(*row, value, static_cast<float>(owner_->units->GetSmallLengthFactor()), &parameters);
   changed.set_parameters(parameters);
-  owner_->mark_changed();
-  owner_->ConvertiCanale(index_, false);
+  owner_->tables.changed = true;
+  convert_channel(*owner_, index_, false);
   return true;
 }
 

@@ -10,13 +10,13 @@
 
 namespace traguardo {
 
-class CWMP;
+struct WmpSession;
 
 class CWMPMisura {
  public:
   // owner: borrowed; the measure must not outlive it, nor a change of its channel table. Rewrites a unit field of an
   // older form in the owner's record. kept: a value that comes along, for the caller's own use.
-  CWMPMisura(CWMP* owner, std::size_t index, u32 kept);
+  CWMPMisura(WmpSession* owner, std::size_t index, u32 kept);
   ~CWMPMisura();
   CWMPMisura(const CWMPMisura&) = delete;
   CWMPMisura& operator=(const CWMPMisura&) = delete;
@@ -62,7 +62,7 @@ class CWMPMisura {
   i32 make_decimals() const;
   bool set_parameter(u8 operation, float value);
 
-  CWMP* owner_;
+  WmpSession* owner_;
   std::size_t index_;
   u32 kept_;
   std::wstring unit_text_;
