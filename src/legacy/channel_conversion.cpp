@@ -2,11 +2,11 @@
 #include "legacy/channel_conversion.h"
 
 #include <algorithm>
+#include <optional>
 #include <span>
 #include <string>
 
 #include "legacy/derived/derived_channels.h"
-#include "legacy/sensors/conversion_sensors_data.h"
 #include "legacy/sensors/sample_conversion.h"
 #include "legacy/sensors/sensors.h"
 #include "legacy/sensors/unit_descriptor.h"
@@ -20,10 +20,6 @@ namespace {
 // Its channels store their unit as a text, and are scaled to the unit that the user wants.
 constexpr i32 kSensorWithStoredUnit = 999;
 
-bool is_one_of(std::span<const i32> sensors, i32 sensor_id) {
-  return std::find(sensors.begin(), sensors.end(), sensor_id) != sensors.end();
-}
-
 void convert_stored_unit(WmpSession& session, std::size_t index) {
   const WmpChannelRecord& record = session.tables.channels[index].record;
   const std::string unit = record.unit_text();
@@ -34,48 +30,46 @@ void convert_stored_unit(WmpSession& session, std::size_t index) {
   if (rule != nullptr) apply_stored_unit_rule(*rule, session.store.values(index));
 }
 
-struct ColdJunction {
-  std::size_t channel;  // the first logged channel that holds its temperature; logged_count() for none
-  bool is_converted;    // a thermocouple before this one has left its values as they are wanted
-};
-
-// While the file is loaded nothing but its own turn in the chain changes the junction's values behind a thermocouple
-// that made them, so that thousands of thermocouples don't cost thousands of conversions.
-ColdJunction find_cold_junction(const WmpSession& session, std::size_t thermocouple) {
-  const std::size_t count = session.tables.logged_count;
-  ColdJunction junction{count, false};
-  for (std::size_t i = 0; i < count && (i < thermocouple || junction.channel == count); ++i) {
-    const i32 sensor_id = session.tables.channels[i].record.sensor_id();
-    if (junction.channel == count && is_one_of(cold_junction_sensors(), sensor_id)) {
-      junction.channel = i;
-      if (i < thermocouple) junction.is_converted = false;
-    } else if (i < thermocouple && is_one_of(thermocouple_sensors(), sensor_id)) {
-      if (!session.tables.channels[i].extension.digit_channel()) junction.is_converted = true;
-    }
-  }
-  if (session.all_converted) junction.is_converted = false;
-  return junction;
+JunctionRole junction_role(const WmpChannel& channel) {
+  return find_sensor(channel.record.sensor_id()).traits.junction;
 }
 
-// The junction's values are made here, since its channel may stand behind the thermocouple's. Its own turn in the chain
-// makes them anew; where it had its turn before, it keeps these, without the later steps of the chain.
-void refer_to_cold_junction(WmpSession& session, std::size_t index) {
-  const WmpChannelRecord& record = session.tables.channels[index].record;
-  if (!is_one_of(thermocouple_sensors(), record.sensor_id())) return;
-  const ColdJunction junction = find_cold_junction(session, index);
-  if (junction.channel == session.tables.logged_count) return;
-  const CSensori& sensors = *session.sensors;
-  const std::span<float> temperatures = session.store.values(junction.channel);
-  if (!junction.is_converted) {
-    const WmpChannelRecord& source = session.tables.channels[junction.channel].record;
-    sensors.convert_by_formula(source.sensor_id(), source.parameters(), source.user_gain(), source.user_offset(),
-                               session.store.raw_words(junction.channel), temperatures);
+// The first logged channel that holds the temperature of the cold junction; logged_count for none.
+std::size_t find_cold_junction(const WmpTables& tables) {
+  for (std::size_t i = 0; i < tables.logged_count; ++i) {
+    if (junction_role(tables.channels[i]) == JunctionRole::kIsJunction) return i;
   }
+  return tables.logged_count;
+}
+
+// Makes the values of the junction's channel. A thermocouple may stand in front of it in the table, and needs them
+// before the channel's own turn to be converted comes. Behind the first thermocouple they stay as they are while the
+// file is loaded, until that turn; so thousands of thermocouples don't make them thousands of times. (A junction that
+// has had its turn before a thermocouple comes loses what the later steps of the conversion did to it. So it was
+// always, and hosts know its values so.)
+void convert_cold_junction(WmpSession& session, std::size_t junction, std::size_t thermocouple) {
+  const std::optional<std::size_t> last = session.last_thermocouple;
+  session.last_thermocouple = thermocouple;
+  const bool had_its_turn_since = junction < thermocouple && (!last || *last < junction);
+  if (!session.all_converted && last && !had_its_turn_since) return;
+  const WmpChannelRecord& source = session.tables.channels[junction].record;
+  session.sensors->convert_by_formula(source.sensor_id(), source.parameters(), source.user_gain(), source.user_offset(),
+                                      session.store.raw_words(junction), session.store.values(junction));
+}
+
+// A thermocouple is stored relative to its cold junction, whose temperature is added.
+void refer_to_cold_junction(WmpSession& session, std::size_t index) {
+  const WmpChannel& channel = session.tables.channels[index];
+  if (junction_role(channel) != JunctionRole::kRelativeToJunction) return;
+  if (!session.cold_junction) session.cold_junction = find_cold_junction(session.tables);
+  const std::size_t junction = *session.cold_junction;
+  if (junction == session.tables.logged_count) return;
+  convert_cold_junction(session, junction, index);
   // The thermocouple's own offset to Fahrenheit is in its values already.
   const bool has_offset =
-      sensors.system_choices().imperial_temperature && read_unit_descriptor(record.unit_field()).valid;
-  add_cold_junction(session.store.values(index), session.tables.channels[index].statistics.period_ms, temperatures,
-                    session.tables.channels[junction.channel].statistics.period_ms, session.tables.header.duration_ms(),
+      session.sensors->system_choices().imperial_temperature && read_unit_descriptor(channel.record.unit_field()).valid;
+  add_cold_junction(session.store.values(index), channel.statistics.period_ms, session.store.values(junction),
+                    session.tables.channels[junction].statistics.period_ms, session.tables.header.duration_ms(),
                     has_offset ? 32.0F : 0.0F);
 }
 
@@ -101,13 +95,10 @@ bool convert_logged_channel(WmpSession& session, std::size_t index, bool raw_onl
 }
 
 void run_repair_pass(i32 sensor_id, u32 frequency_hz, std::span<float> samples) {
-  for (const RepairPassRow& pass : repair_passes()) {
-    if (pass.sensor_id != sensor_id) continue;
-    if (pass.filter == RepairFilter::kFir) {
-      CFiltri::FiltraFir(samples.data(), samples.size());
-    } else {
-      CFiltri::MediaMobile(samples.data(), samples.size(), std::size_t{frequency_hz} / 3);
-    }
+  const RepairFilter repair = find_sensor(sensor_id).traits.repair;
+  if (repair == RepairFilter::kFirPass) CFiltri::FiltraFir(samples.data(), samples.size());
+  if (repair == RepairFilter::kAveragePass) {
+    CFiltri::MediaMobile(samples.data(), samples.size(), std::size_t{frequency_hz} / 3);
   }
 }
 

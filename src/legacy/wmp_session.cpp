@@ -38,6 +38,8 @@ void WmpSession::clear_tables() {
   store.clear();
   distances = DistanceTable();
   all_converted = false;
+  cold_junction.reset();
+  last_thermocouple.reset();
 }
 
 void WmpSession::take_path(const std::wstring& path) {

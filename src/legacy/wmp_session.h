@@ -4,6 +4,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,10 @@ struct WmpSession {
   // Metres per second per display unit of speed.
   float speed_scale = 0.0F;
   bool all_converted = false;
+  // The logged channel that thermocouples refer to, once one has asked for it; logged_count for none.
+  std::optional<std::size_t> cold_junction;
+  // The last thermocouple that was converted, while the file is loaded.
+  std::optional<std::size_t> last_thermocouple;
   bool repairs = true;
 
   std::wstring application_folder;  // without a trailing slash

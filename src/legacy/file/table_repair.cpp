@@ -10,7 +10,7 @@
 
 #include "legacy/file/sample_form.h"
 #include "legacy/file/sample_rate.h"
-#include "legacy/sensors/conversion_sensors_data.h"
+#include "legacy/sensors/sensors_data.h"
 
 namespace traguardo {
 namespace {
@@ -163,9 +163,8 @@ void repair_channels(WmpTables* tables) {
     WmpChannelRecord& record = channel.record;
     const std::string name = trimmed(record.name());
     record.set_name(name.empty() ? "ch_" + std::to_string(i) : name);
-    for (const MeasureClassRow& row : load_measure_classes()) {
-      if (row.sensor_id == record.sensor_id()) record.set_measure_class(row.measure_class);
-    }
+    const u16 measure_class = find_sensor(record.sensor_id()).traits.measure_class;
+    if (measure_class != 0) record.set_measure_class(measure_class);
     channel.statistics = WmpChannelStatistics();
     channel.update_rate();
     channel.statistics.display_minimum = record.display_minimum();

@@ -8,18 +8,20 @@ CDBSensori::CDBSensori() {
     for (u32 unit_id = row.first_id; unit_id <= row.last_id; ++unit_id) unit_codes_.emplace(unit_id, row.code);
   }
   for (const UnitConversionRow& row : unit_conversions()) conversions_.emplace(std::pair(row.from, row.to), row);
-  for (const SensorRow& row : sensors()) sensors_.emplace(row.id, row);
+  for (const SensorRow& row : sensors()) {
+    if (row.scale.family != 0) scales_.emplace(row.id, row.scale);
+  }
   for (const SensorCurveRow& row : sensor_curves()) curves_.emplace(row.number, row);
 }
 
-SensorRow CDBSensori::sensor(i32 sensor_id) const {
-  const auto found = sensors_.find(sensor_id);
-  return found == sensors_.end() ? SensorRow{} : found->second;
+const SensorScale* CDBSensori::scale(i32 sensor_id) const {
+  const auto found = scales_.find(sensor_id);
+  return found == scales_.end() ? nullptr : &found->second;
 }
 
 void CDBSensori::override_family(i32 sensor_id, u8 family) {
-  const auto found = sensors_.find(sensor_id);
-  if (found != sensors_.end()) found->second.family = family;
+  const auto found = scales_.find(sensor_id);
+  if (found != scales_.end()) found->second.family = family;
 }
 
 std::optional<u8> CDBSensori::unit_code(u32 unit_id) const {

@@ -19,9 +19,8 @@ class CDBSensori {
   CDBSensori();
   virtual ~CDBSensori() = default;
 
-  // The row of a sensor id; an unknown id gives SensorRow{}, whose id, family and kind are 0.
-  SensorRow sensor(i32 sensor_id) const;
-  bool knows_sensor(i32 sensor_id) const { return sensors_.contains(sensor_id); }
+  // Null for a sensor that the data base doesn't know. Lives as long as the data base.
+  const SensorScale* scale(i32 sensor_id) const;
   // From now on the sensor counts as measuring in `family` (a unit code), for every channel that comes after. An
   // unknown sensor stays unknown.
   void override_family(i32 sensor_id, u8 family);
@@ -39,7 +38,7 @@ class CDBSensori {
   std::map<u8, std::string_view> unit_texts_;
   std::map<u32, u8> unit_codes_;
   std::map<std::pair<u8, u8>, UnitConversionRow> conversions_;
-  std::map<i32, SensorRow> sensors_;
+  std::map<i32, SensorScale> scales_;
   std::map<i32, SensorCurveRow> curves_;
 };
 

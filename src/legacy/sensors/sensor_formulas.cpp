@@ -17,8 +17,6 @@
 namespace traguardo {
 namespace {
 
-// In p2: the calibration was changed after logging. p0 and p1 hold the values of the logging, p3 and p4 today's.
-constexpr float kRecalibrated = -666.0F;
 // Volts at the converter per count.
 constexpr float kVoltsPerCount = 0.0012207031F;
 constexpr float kMillivoltsPerCount = 1.2207031F;
@@ -30,7 +28,7 @@ void convert_words(const FormulaCall& call, ValueOfWord value_of) {
   const u16* const raw = call.raw.data();
   float* const out = call.out.data();
   const std::size_t count = call.raw.size();
-  if (call.row.tests_validity) {
+  if (call.sensor.conversion.tests_validity) {
     for (std::size_t i = 0; i < count; ++i) out[i] = is_value(raw[i]) ? value_of(raw[i]) : 0.0F;
   } else {
     for (std::size_t i = 0; i < count; ++i) out[i] = value_of(raw[i]);
@@ -46,9 +44,9 @@ void fill_with_offset(const FormulaCall& call) {
 class UserSystem {
  public:
   explicit UserSystem(const FormulaCall& call)
-      : fahrenheit_(call.row.choice == SystemChoice::kTemperature && call.imperial.imperial_temperature),
-        psi_(call.row.choice == SystemChoice::kPressure && call.imperial.imperial_pressure),
-        mph_(call.row.choice == SystemChoice::kSpeed && call.imperial.imperial_speed) {}
+      : fahrenheit_(call.sensor.conversion.choice == SystemChoice::kTemperature && call.imperial.imperial_temperature),
+        psi_(call.sensor.conversion.choice == SystemChoice::kPressure && call.imperial.imperial_pressure),
+        mph_(call.sensor.conversion.choice == SystemChoice::kSpeed && call.imperial.imperial_speed) {}
 
   float operator()(float value) const {
     if (fahrenheit_) return value * 9.0F / 5.0F + 32.0F;
@@ -145,7 +143,7 @@ void two_sided_span(const FormulaCall& call) {
 void two_point_line(const FormulaCall& call) {
   const auto& p = call.p;
   if (p[2] == p[0]) return fill_with_offset(call);
-  const float per_count = call.row.constant;
+  const float per_count = call.sensor.conversion.constant;
   const float slope = (p[3] - p[1]) / (p[2] - p[0]);
   const float level = p[1] - slope * p[0];
   const float k = call.k;
@@ -223,7 +221,7 @@ float polynomial(const WordPolynomialRow& row, float v) {
 }
 
 void piecewise_lambda(const FormulaCall& call) {
-  const std::span<const WordPolynomialRow> pieces = rows_of_sensor(word_polynomials(), call.row.sensor_id);
+  const std::span<const WordPolynomialRow> pieces = rows_of_sensor(word_polynomials(), call.sensor.id);
   const float k = call.k;
   const float o = call.o;
   convert_words(call, [=](u16 word) {
@@ -235,7 +233,7 @@ void piecewise_lambda(const FormulaCall& call) {
 }
 
 void volts_polynomial(const FormulaCall& call) {
-  const WordPolynomialRow row = rows_of_sensor(word_polynomials(), call.row.sensor_id).front();
+  const WordPolynomialRow row = rows_of_sensor(word_polynomials(), call.sensor.id).front();
   const UserSystem user(call);
   const float k = call.k;
   const float o = call.o;
@@ -244,7 +242,7 @@ void volts_polynomial(const FormulaCall& call) {
 
 // The whole row in double precision; only the result is single.
 void double_polynomial(const FormulaCall& call) {
-  const std::span<const DoublePolynomialRow> pieces = rows_of_sensor(double_polynomials(), call.row.sensor_id);
+  const std::span<const DoublePolynomialRow> pieces = rows_of_sensor(double_polynomials(), call.sensor.id);
   const double k = static_cast<double>(call.k);
   const double o = static_cast<double>(call.o);
   convert_words(call, [=](u16 word) {
@@ -293,7 +291,7 @@ void offset_temperature(const FormulaCall& call) {
 
 void temperature_word(const FormulaCall& call) {
   const UserSystem user(call);
-  const float counts_per_degree = call.row.constant;
+  const float counts_per_degree = call.sensor.conversion.constant;
   const float k = call.k;
   const float o = call.o;
   convert_words(call, [=](u16 word) { return user(signed_word(word) / counts_per_degree) * k + o; });
@@ -315,7 +313,7 @@ void battery_narrow(const FormulaCall& call) {
 
 // A thermocouple's curve is that of its positive side; the other side mirrors it.
 void thermocouple(const FormulaCall& call) {
-  const SensorCurveRow& curve = call.data_base.curve(call.row.curve);
+  const SensorCurveRow& curve = call.data_base.curve(call.sensor.conversion.curve);
   const UserSystem user(call);
   const float k = call.k;
   const float o = call.o;
@@ -327,16 +325,16 @@ void thermocouple(const FormulaCall& call) {
 }
 
 void curve_by_divisor(const FormulaCall& call) {
-  const SensorCurveRow& curve = call.data_base.curve(call.row.curve);
+  const SensorCurveRow& curve = call.data_base.curve(call.sensor.conversion.curve);
   const UserSystem user(call);
-  const float divisor = call.row.constant;
+  const float divisor = call.sensor.conversion.constant;
   const float k = call.k;
   const float o = call.o;
   convert_words(call, [=, &curve](u16 word) { return user(curve_value(curve, signed_word(word)) / divisor) * k + o; });
 }
 
 void curve_by_scale(const FormulaCall& call) {
-  const SensorCurveRow& curve = call.data_base.curve(call.row.curve);
+  const SensorCurveRow& curve = call.data_base.curve(call.sensor.conversion.curve);
   const float scale = UserSystem(call)(call.k * 0.001F);
   const float o = call.o;
   convert_words(call, [=, &curve](u16 word) { return curve_value(curve, signed_word(word)) * scale + o; });
@@ -390,17 +388,10 @@ constexpr bool stands_in_order() {
 }
 static_assert(stands_in_order());
 
-constexpr SensorFormulaRow kPlainRow{-1, SensorFormula::kPlain, false, SystemChoice::kNone, 0, 0.0F};
-
 }  // namespace
 
-const SensorFormulaRow& sensor_formula_row(i32 sensor_id) {
-  const std::span<const SensorFormulaRow> rows = rows_of_sensor(sensor_formulas(), sensor_id);
-  return rows.empty() ? kPlainRow : rows.front();
-}
-
 void run_sensor_formula(const FormulaCall& call) {
-  kFormulaFunctions[static_cast<std::size_t>(call.row.formula)].run(call);
+  kFormulaFunctions[static_cast<std::size_t>(call.sensor.conversion.formula)].run(call);
 }
 
 }  // namespace traguardo

@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "legacy/sensors/sensor_formulas_data.h"
+#include "legacy/sensors/sensors_data.h"
 #include "support/bytes.h"
 
 namespace traguardo {
@@ -19,7 +19,7 @@ struct SystemChoices {
 
 // What one call of a formula works on.
 struct FormulaCall {
-  const SensorFormulaRow& row;
+  const SensorRow& sensor;
   const CDBSensori& data_base;
   std::span<const float, 5> p;  // parameters of the channel record
   float k;                      // scale and offset of the result
@@ -28,9 +28,6 @@ struct FormulaCall {
   std::span<const u16> raw;
   std::span<float> out;  // at least as long as raw
 };
-
-// The row of a sensor id, or the plain row for an id that has none.
-const SensorFormulaRow& sensor_formula_row(i32 sensor_id);
 
 void run_sensor_formula(const FormulaCall& call);
 

@@ -5,83 +5,10 @@
 namespace traguardo {
 namespace {
 
-using enum SensorFormula;
-using enum SystemChoice;
-
 constexpr float kNoLimit = std::numeric_limits<float>::infinity();
 constexpr double kNoDoubleLimit = std::numeric_limits<double>::infinity();
 
 // clang-format off
-constexpr SensorFormulaRow kSensorFormulas[] = {
-    // sensor_id, formula, tests_validity, choice, curve, constant
-    {  -1, kPlain,                false, kNone,         0,          0.0f},
-    { 337, kPlain,                false, kNone,         0,          0.0f},
-    { 338, kPlain,                false, kNone,         0,          0.0f},
-    {   0, kEnginePulses,         true,  kNone,         0,          0.0f},
-    {   1, kWheelSpeed,           true,  kSpeed,        0,          0.0f},
-    {  93, kWheelSpeed,           true,  kSpeed,        0,          0.0f},
-    {   5, kThermocouple,         true,  kTemperature,  1,          0.0f},
-    {   7, kSpan,                 true,  kNone,         0,          0.0f},
-    { 500, kSpan,                 true,  kNone,         0,          0.0f},
-    {   8, kTwoSidedSpan,         true,  kNone,         0,          0.0f},
-    {  10, kAcceleration,         true,  kNone,         0,          0.0f},
-    {  78, kAcceleration,         true,  kNone,         0,          0.0f},
-    { 198, kAcceleration,         true,  kNone,         0,          0.0f},
-    {  11, kReversedAcceleration, true,  kNone,         0,          0.0f},
-    {  79, kReversedAcceleration, true,  kNone,         0,          0.0f},
-    {  12, kPiecewiseLambda,      true,  kNone,         0,          0.0f},
-    {  17, kTwoPointLine,         true,  kNone,         0, 0.0012207031f},
-    {  72, kTwoPointLine,         true,  kNone,         0, 0.0012207031f},
-    {  18, kTwoPointLine,         true,  kNone,         0,  0.012207031f},
-    {  73, kTwoPointLine,         true,  kNone,         0,  0.012207031f},
-    {  46, kTwoPointLine,         true,  kNone,         0,   0.12207031f},
-    {  74, kTwoPointLine,         true,  kNone,         0,   0.12207031f},
-    {  19, kMultiplier,           false, kNone,         0,          0.0f},
-    {  20, kMultiplier,           false, kNone,         0,          0.0f},
-    {  70, kMultiplier,           false, kNone,         0,          0.0f},
-    {  30, kPotentiometer,        true,  kNone,         0,          0.0f},
-    {  38, kPitotTube,            true,  kSpeed,        0,          0.0f},
-    {  42, kGyro,                 true,  kNone,         0,          0.0f},
-    {  45, kColdJunction,         true,  kTemperature,  0,          0.0f},
-    {  52, kVoltsPolynomial,      true,  kPressure,     0,          0.0f},
-    {  53, kVoltsPolynomial,      true,  kPressure,     0,          0.0f},
-    {  55, kVoltsPolynomial,      true,  kTemperature,  0,          0.0f},
-    {  58, kDoublePolynomial,     true,  kNone,         0,          0.0f},
-    {  59, kVoltsPolynomial,      true,  kTemperature,  0,          0.0f},
-    {  60, kVoltsPolynomial,      true,  kTemperature,  0,          0.0f},
-    {  61, kVoltsPolynomial,      true,  kTemperature,  0,          0.0f},
-    {  67, kUnsignedWord,         true,  kNone,         0,          0.0f},
-    {  68, kBatteryWide,          true,  kNone,         0,          0.0f},
-    {  75, kOffsetTemperature,    true,  kTemperature,  0,          0.0f},
-    {  76, kBatteryNarrow,        true,  kNone,         0,          0.0f},
-    {  77, kShaftPulses,          true,  kNone,         0,          0.0f},
-    {  81, kCurve,                true,  kTemperature,  2,          1.0f},
-    {  82, kCurve,                true,  kTemperature,  3,          1.0f},
-    {  83, kCurve,                true,  kTemperature,  4,          1.0f},
-    {  84, kCurve,                true,  kPressure,     5,         10.0f},
-    {  85, kCurve,                true,  kTemperature,  6,          1.0f},
-    {  87, kCurve,                true,  kNone,         7,       1000.0f},
-    {  88, kCurve,                true,  kTemperature,  8,          1.0f},
-    {  94, kCurveByScale,         true,  kPressure,     9,          0.0f},
-    {  97, kCurveByScale,         true,  kPressure,    10,          0.0f},
-    {  86, kUserPolynomial,       true,  kNone,         0,          0.0f},
-    {  98, kUserPolynomial,       true,  kNone,         0,          0.0f},
-    { 405, kUserPolynomial,       true,  kNone,         0,          0.0f},
-    { 413, kUserPolynomial,       true,  kNone,         0,          0.0f},
-    { 414, kUserPolynomial,       true,  kNone,         0,          0.0f},
-    {1000, kUserPolynomial,       true,  kNone,         0,          0.0f},
-    {  89, kVoltsPolynomial,      true,  kPressure,     0,          0.0f},
-    {  90, kGearByThresholds,     false, kNone,         0,          0.0f},
-    {  91, kTemperatureWord,      true,  kTemperature,  0,          1.0f},
-    {  92, kTemperatureWord,      true,  kTemperature,  0,         10.0f},
-    {  95, kTemperatureWord,      true,  kTemperature,  0,         10.0f},
-    {  96, kTemperatureWord,      true,  kTemperature,  0,         10.0f},
-    {  99, kGearByNearest,        false, kNone,         0,          0.0f},
-    { 104, kGearByNearest,        false, kNone,         0,          0.0f},
-    { 998, kPlain,                false, kNone,         0,          0.0f},
-    { 999, kRange,                false, kNone,         0,          0.0f},
-};
-
 constexpr WordPolynomialRow kWordPolynomials[] = {
     // sensor_id, below, c0, c1, c2, c3, c4
     {12,   120.0f,    1.39803f, -0.00850618f,  4.44224e-5f,        0.0f,        0.0f},
@@ -115,9 +42,6 @@ constexpr float kPulseRatios[] = {
 
 }  // namespace
 
-std::span<const SensorFormulaRow> sensor_formulas() {
-  return kSensorFormulas;
-}
 std::span<const WordPolynomialRow> word_polynomials() {
   return kWordPolynomials;
 }

@@ -1,5 +1,5 @@
-// Which formula `CSensori::ConvertiCampioni` runs for a sensor id, and the constants in which sensors of one formula
-// differ. The formulas themselves, with the constants that only one of them has, are code.
+// The formulas that `CSensori::ConvertiCampioni` runs, and the coefficients in which sensors of one formula differ. The
+// formulas themselves, with the constants that only one of them has, are code.
 //
 // In what follows u is the raw word as unsigned, x the same word as signed, both as f32; r = x * 0.0012207031, the
 // volts at the converter; k and o are scale and offset of the conversion; p0 to p4 the channel's parameters; T(v), P(v)
@@ -47,16 +47,6 @@ enum class SensorFormula : u8 {
 // The one of the user's three system choices that a formula listens to when the channel has no descriptor.
 enum class SystemChoice : u8 { kNone, kTemperature, kPressure, kSpeed };
 
-// An id without a row runs kPlain without a test of validity.
-struct SensorFormulaRow {
-  i32 sensor_id;
-  SensorFormula formula;
-  bool tests_validity;  // words from 0x8000 to 0xCFFF give 0.0
-  SystemChoice choice;
-  i32 curve;       // number in sensor_curves(), 0 for none
-  float constant;  // as the formula's line above says, 0 where it has none
-};
-
 // Coefficients of kVoltsPolynomial (one row a sensor, any r) and kPiecewiseLambda (rows by ascending limit). Order of
 // the sum, single precision, powers first: c1 v + c0 + c2 v^2 + c3 v^3 + c4 v^4.
 struct WordPolynomialRow {
@@ -79,7 +69,6 @@ struct DoublePolynomialRow {
   double c3;
 };
 
-std::span<const SensorFormulaRow> sensor_formulas();
 std::span<const WordPolynomialRow> word_polynomials();
 std::span<const DoublePolynomialRow> double_polynomials();
 

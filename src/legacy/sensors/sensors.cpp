@@ -10,10 +10,6 @@
 namespace traguardo {
 namespace {
 
-// Families whose scale is the user's own and not that of the descriptor.
-constexpr u8 kTemperatureFamily = 20;
-constexpr u8 kSpeedFamily = 30;
-
 // Two sensors whose values count only on one side of a limit.
 constexpr i32 kSensorBelowLimit = 335;
 constexpr i32 kSensorAboveLimit = 338;
@@ -22,7 +18,7 @@ constexpr float kLowestAbove = 0.5F;
 
 // Single precision, in this order: c1, c0, then the higher powers.
 template <typename ValueOfPolynomial>
-void convert_words(const SensorRow& row, std::span<const u16> raw, std::span<float> out, ValueOfPolynomial value_of) {
+void convert_words(const SensorScale& row, std::span<const u16> raw, std::span<float> out, ValueOfPolynomial value_of) {
   const float c0 = row.c0;
   const float c1 = row.c1;
   const float c2 = row.c2;
@@ -47,21 +43,23 @@ bool CSensori::ConvertiCampioni(i32 sensor_id, const std::array<float, 5>& param
     convert_by_formula(sensor_id, parameters, 1.0F, 0.0F, raw, out);
     return true;
   }
-  SensorRow row = data_base_->sensor(sensor_id);
+  const SensorScale* const known = data_base_->scale(sensor_id);
+  SensorScale scale = known == nullptr ? SensorScale{} : *known;
   if (descriptor.family_override > 0) {
     // Kept in the data base: hosts see later channels of this sensor in the new family, with an override of their own
     // or without.
     data_base_->override_family(sensor_id, descriptor.family_override);
-    row.family = descriptor.family_override;
+    scale.family = descriptor.family_override;
   }
-  const UnitScale scale = unit_scale(row.family, descriptor.unit_id);
-  if (row.kind == kSensorKindPolynomial) {
-    convert_by_polynomial(row, scale, raw, out);
+  const UnitScale unit_of_user = unit_scale(scale.family, descriptor.unit_id);
+  if (scale.kind == kSensorKindPolynomial) {
+    convert_by_polynomial(sensor_id, scale, unit_of_user, raw, out);
   } else {
-    // A descriptor names the unit by itself, so the user's system choices stay out of it. An unknown sensor has the row
-    // of zeros and with it the formula of sensor 0.
+    // A descriptor names the unit by itself, so the user's system choices stay out of it. A sensor that the data base
+    // doesn't know is converted as sensor 0 is.
+    const SensorRow row = find_sensor(known == nullptr ? 0 : sensor_id);
     run_sensor_formula(
-        {sensor_formula_row(row.id), *data_base_, parameters, scale.scale, scale.offset, SystemChoices{}, raw, out});
+        {row, *data_base_, parameters, unit_of_user.scale, unit_of_user.offset, SystemChoices{}, raw, out});
   }
   return true;
 }
@@ -79,16 +77,16 @@ CSensori::UnitScale CSensori::unit_scale(u8 family, u32 unit_id) const {
   return {conversion->scale, conversion->offset, conversion->reciprocal != 0};
 }
 
-void CSensori::convert_by_polynomial(const SensorRow& row, const UnitScale& unit, std::span<const u16> raw,
-                                     std::span<float> out) {
+void CSensori::convert_by_polynomial(i32 sensor_id, const SensorScale& row, const UnitScale& unit,
+                                     std::span<const u16> raw, std::span<float> out) {
   if (unit.reciprocal && !(unit.scale > 0.0F)) {
     std::fill_n(out.begin(), raw.size(), 0.0F);
     return;
   }
   const auto convert = [&](auto value_of) {
-    if (row.id == kSensorBelowLimit) {
+    if (sensor_id == kSensorBelowLimit) {
       convert_words(row, raw, out, [=](float value) { return value < kHighestBelow ? value_of(value) : 0.0F; });
-    } else if (row.id == kSensorAboveLimit && unit.reciprocal) {
+    } else if (sensor_id == kSensorAboveLimit && unit.reciprocal) {
       convert_words(row, raw, out, [=](float value) { return value > kLowestAbove ? value_of(value) : 0.0F; });
     } else {
       convert_words(row, raw, out, value_of);
@@ -109,8 +107,8 @@ SystemChoices CSensori::system_choices() const {
 
 void CSensori::convert_by_formula(i32 sensor_id, const std::array<float, 5>& parameters, float scale, float offset,
                                   std::span<const u16> raw, std::span<float> out) const {
-  run_sensor_formula(
-      {sensor_formula_row(sensor_id), *data_base_, parameters, scale, offset, system_choices(), raw, out});
+  const SensorRow row = find_sensor(sensor_id);
+  run_sensor_formula({row, *data_base_, parameters, scale, offset, system_choices(), raw, out});
 }
 
 }  // namespace traguardo

@@ -48,8 +48,8 @@ class CSensori {
     bool reciprocal = false;
   };
   UnitScale unit_scale(u8 family, u32 unit_id) const;
-  static void convert_by_polynomial(const SensorRow& row, const UnitScale& unit, std::span<const u16> raw,
-                                    std::span<float> out);
+  static void convert_by_polynomial(i32 sensor_id, const SensorScale& row, const UnitScale& unit,
+                                    std::span<const u16> raw, std::span<float> out);
 
   IUserUnitOfMeasureManager* user_units_;
   CDBSensori* data_base_;

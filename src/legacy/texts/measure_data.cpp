@@ -14,54 +14,6 @@ constexpr RewrittenUnitRow kRewrittenUnits[] = {
     {3007, "11011"},
 };
 
-constexpr MeasureUnitRow kMeasureUnits[] = {
-    // sensor_id, unit, text
-    {  0, MeasureUnit::kText,            "rpm"},
-    { 77, MeasureUnit::kText,            "rpm"},
-    {  1, MeasureUnit::kUserSpeed,       nullptr},
-    { 38, MeasureUnit::kUserSpeed,       nullptr},
-    { 93, MeasureUnit::kUserSpeed,       nullptr},
-    {  5, MeasureUnit::kUserTemperature, nullptr},
-    { 45, MeasureUnit::kUserTemperature, nullptr},
-    { 55, MeasureUnit::kUserTemperature, nullptr},
-    { 59, MeasureUnit::kUserTemperature, nullptr},
-    { 60, MeasureUnit::kUserTemperature, nullptr},
-    { 61, MeasureUnit::kUserTemperature, nullptr},
-    { 75, MeasureUnit::kUserTemperature, nullptr},
-    { 81, MeasureUnit::kUserTemperature, nullptr},
-    { 82, MeasureUnit::kUserTemperature, nullptr},
-    { 83, MeasureUnit::kUserTemperature, nullptr},
-    { 85, MeasureUnit::kUserTemperature, nullptr},
-    { 88, MeasureUnit::kUserTemperature, nullptr},
-    { 91, MeasureUnit::kUserTemperature, nullptr},
-    { 92, MeasureUnit::kUserTemperature, nullptr},
-    { 95, MeasureUnit::kUserTemperature, nullptr},
-    { 96, MeasureUnit::kUserTemperature, nullptr},
-    { 10, MeasureUnit::kText,            "g"},
-    { 11, MeasureUnit::kText,            "g"},
-    { 78, MeasureUnit::kText,            "g"},
-    { 79, MeasureUnit::kText,            "g"},
-    {198, MeasureUnit::kText,            "g"},
-    {405, MeasureUnit::kText,            "g"},
-    {413, MeasureUnit::kText,            "g"},
-    {414, MeasureUnit::kText,            "g"},
-    { 42, MeasureUnit::kText,            "\xA1" "/sec"},
-    { 52, MeasureUnit::kUserPressure,    nullptr},
-    { 53, MeasureUnit::kUserPressure,    nullptr},
-    { 84, MeasureUnit::kUserPressure,    nullptr},
-    { 87, MeasureUnit::kUserPressure,    nullptr},
-    { 89, MeasureUnit::kUserPressure,    nullptr},
-    { 94, MeasureUnit::kUserPressure,    nullptr},
-    { 97, MeasureUnit::kUserPressure,    nullptr},
-    { 67, MeasureUnit::kText,            "#"},
-    { 90, MeasureUnit::kText,            "#"},
-    { 99, MeasureUnit::kText,            "#"},
-    {104, MeasureUnit::kText,            "#"},
-    { 68, MeasureUnit::kText,            "V"},
-    { 76, MeasureUnit::kText,            "V"},
-    {999, MeasureUnit::kStoredUnit,      nullptr},
-};
-
 constexpr ParameterLabelRow kParameterLabels[] = {
     // parameter, sensor_id, text, id, imperial_text, imperial_id
     {0,   0, "Number of pulses per engine revolution",      "MSG_MULTFACT",                       nullptr,                         nullptr},
@@ -206,9 +158,6 @@ constexpr SetterRefusalRow kSetterRefusals[] = {
 
 std::span<const RewrittenUnitRow> rewritten_units() {
   return kRewrittenUnits;
-}
-std::span<const MeasureUnitRow> measure_units() {
-  return kMeasureUnits;
 }
 std::span<const ParameterLabelRow> parameter_labels() {
   return kParameterLabels;

@@ -1,4 +1,4 @@
-// What `CWMPMisura` looks up by sensor id: old unit fields, unit texts, labels of the parameters, and what a setter
+// What `CWMPMisura` looks up by sensor id: old unit fields, labels of the parameters, and what a setter
 // does.
 #pragma once
 
@@ -13,20 +13,6 @@ namespace traguardo {
 struct RewrittenUnitRow {
   i32 sensor_id;
   const char* digits;  // four of the unit id, one of the decimals
-};
-
-// Unit text of a channel whose unit field is no descriptor. A sensor without a row shows its unit field as it stands.
-enum class MeasureUnit : u8 {
-  kText,             // `text`, 8-bit
-  kUserSpeed,        // the user's unit texts
-  kUserTemperature,  //
-  kUserPressure,     //
-  kStoredUnit,       // by the quantity of the stored unit, see stored_units_data.h
-};
-struct MeasureUnitRow {
-  i32 sensor_id;
-  MeasureUnit unit;
-  const char* text;  // nullptr unless kText
 };
 
 // Label of one parameter of a sensor. Display texts: nothing computes by them.
@@ -68,7 +54,6 @@ struct SetterRefusalRow {
 };
 
 std::span<const RewrittenUnitRow> rewritten_units();
-std::span<const MeasureUnitRow> measure_units();
 std::span<const ParameterLabelRow> parameter_labels();
 std::span<const SetterRow> setters();
 std::span<const SetterRefusalRow> setter_refusals();

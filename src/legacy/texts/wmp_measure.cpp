@@ -27,11 +27,6 @@ constexpr u8 kPackedForm = 11;
 // Sensors that have a rule of their own.
 constexpr u16 kNumberSensor = 600;
 constexpr u16 kGearThresholdSensor = 90;
-// Families whose unit the user chooses.
-constexpr u8 kTemperatureFamily = 20;
-constexpr u8 kSpeedFamily = 30;
-// In the third parameter: the calibration was changed after logging.
-constexpr float kRecalibrated = -666.0F;
 constexpr std::size_t kMarkParameter = 2;
 
 std::set<const CWMPMisura*>& living_measures() {
@@ -153,29 +148,30 @@ std::string CWMPMisura::make_unit_text() const {
   const IUserUnitOfMeasureManager& units = *owner_->units;
   const UnitDescriptor descriptor = read_unit_descriptor(record().unit_field());
   const CDBSensori& data_base = owner_->sensors->data_base();
-  if (descriptor.valid && data_base.knows_sensor(sensor_id())) {
-    const u8 family = data_base.sensor(sensor_id()).family;
+  const SensorScale* const known = data_base.scale(sensor_id());
+  if (descriptor.valid && known != nullptr) {
+    const u8 family = known->family;
     u32 unit_id = descriptor.unit_id;
     if (family == kTemperatureFamily) unit_id = static_cast<u32>(units.GetTemperatureCode());
     if (family == kSpeedFamily) unit_id = static_cast<u32>(units.GetDistanceCode());
     const std::optional<u8> code = data_base.unit_code(unit_id);
     return code.has_value() ? std::string(data_base.unit_text(*code)) : std::string();
   }
-  std::string stored = record().unit_text();
-  for (const MeasureUnitRow& row : measure_units()) {
-    if (row.sensor_id != sensor_id()) continue;
-    switch (row.unit) {
-      case MeasureUnit::kText:
-        return row.text;
-      case MeasureUnit::kUserSpeed:
-        return units.GetSpeedUnit();
-      case MeasureUnit::kUserTemperature:
-        return units.GetTemperatureUnit();
-      case MeasureUnit::kUserPressure:
-        return units.GetPressureUnit();
-      case MeasureUnit::kStoredUnit:
-        return stored_unit_text(stored);
-    }
+  const std::string stored = record().unit_text();
+  const SensorTraits traits = find_sensor(sensor_id()).traits;
+  switch (traits.unit) {
+    case MeasureUnit::kFixed:
+      return traits.unit_text;
+    case MeasureUnit::kUserSpeed:
+      return units.GetSpeedUnit();
+    case MeasureUnit::kUserTemperature:
+      return units.GetTemperatureUnit();
+    case MeasureUnit::kUserPressure:
+      return units.GetPressureUnit();
+    case MeasureUnit::kByQuantity:
+      return stored_unit_text(stored);
+    case MeasureUnit::kAsStored:
+      break;
   }
   return stored;
 }
