@@ -41,6 +41,29 @@ float truth(bool value) {
   return value ? 1.0F : 0.0F;
 }
 
+// The interpreter's stack while a walk of the code works on it.
+struct LocalStack {
+  float* values;
+  std::size_t capacity;
+  std::size_t top;
+
+  bool push(float value) {
+    if (top == capacity) return false;
+    values[top++] = value;
+    return true;
+  }
+  template <typename Operation>
+  bool combine(Operation operation) {
+    if (top < 2) {
+      top = 0;
+      return false;
+    }
+    --top;
+    values[top - 1] = operation(values[top - 1], values[top]);
+    return true;
+  }
+};
+
 }  // namespace
 
 CInterpreter::CInterpreter(const CTokenizer& tokenizer, CMathParser& parser, const IUserUnitOfMeasureManager& units)
@@ -83,27 +106,13 @@ bool CInterpreter::Execute(u16 pass, std::span<const InputCursor> inputs, float*
   return false;
 }
 
-// The loop that all samples go through. The top of the stack stays in a register, but for the calls of functions, and
-// the way to the next instruction is a number of its own in each case, so that it doesn't wait for this one's opcode.
-// Code of the parser holds whole instructions.
+// Every sample goes through this loop once per formula, so it is written for speed. The stack's top is a local
+// variable, which the compiler keeps in a register; only a call of a function needs it in top_. And each case adds the
+// length of its own instruction, as a constant: if one statement behind the switch looked the length up, the processor
+// could not fetch the next instruction before it has looked at this one's opcode. Code of the parser holds whole
+// instructions, so that none reads beyond the end.
 bool CInterpreter::walk(std::span<const u8> code, std::span<const InputCursor> inputs) {
-  float* const stack = stack_.data();
-  const std::size_t capacity = stack_.size();
-  std::size_t top = top_;
-  const auto push = [&](float value) {
-    if (top == capacity) return false;
-    stack[top++] = value;
-    return true;
-  };
-  const auto combine = [&](auto operation) {
-    if (top < 2) {
-      top = 0;
-      return false;
-    }
-    --top;
-    stack[top - 1] = operation(stack[top - 1], stack[top]);
-    return true;
-  };
+  LocalStack stack{stack_.data(), stack_.size(), top_};
   const u8* at = code.data();
   const u8* const end = at + code.size();
   bool good = true;
@@ -114,47 +123,48 @@ bool CInterpreter::walk(std::span<const u8> code, std::span<const InputCursor> i
     switch (opcode) {
       case kOpNumber:
         at += kOpcodeLengths[kOpNumber];
-        good = push(instruction.number());
+        good = stack.push(instruction.number());
         break;
       case kOpConstant:
         at += kOpcodeLengths[kOpConstant];
-        good = instruction.index() < tokenizer_.ConstantCount() && push(tokenizer_.ConstantValue(instruction.index()));
+        good = instruction.index() < tokenizer_.ConstantCount() &&
+               stack.push(tokenizer_.ConstantValue(instruction.index()));
         break;
       case kOpOtherSymbol:
       case kOpChannel:
       case kOpMathChannel:
         at += kOpcodeLengths[kOpMathChannel];
-        good = instruction.index() < inputs.size() && push(*inputs[instruction.index()].sample);
+        good = instruction.index() < inputs.size() && stack.push(*inputs[instruction.index()].sample);
         break;
       case kOpAdd:
         at += kOpcodeLengths[kOpAdd];
-        good = combine([](float a, float b) { return a + b; });
+        good = stack.combine([](float a, float b) { return a + b; });
         break;
       case kOpSubtract:
         at += kOpcodeLengths[kOpSubtract];
-        good = combine([](float a, float b) { return a - b; });
+        good = stack.combine([](float a, float b) { return a - b; });
         break;
       case kOpMultiply:
         at += kOpcodeLengths[kOpMultiply];
-        good = combine([](float a, float b) { return a * b; });
+        good = stack.combine([](float a, float b) { return a * b; });
         break;
       case kOpDivide:
         at += kOpcodeLengths[kOpDivide];
-        good = combine([](float a, float b) { return b == 0.0F ? 0.0F : a / b; });
+        good = stack.combine([](float a, float b) { return b == 0.0F ? 0.0F : a / b; });
         break;
       case kOpPower:
         at += kOpcodeLengths[kOpPower];
-        good = combine([](float a, float b) { return std::pow(a, b); });
+        good = stack.combine([](float a, float b) { return std::pow(a, b); });
         break;
       default:
         at += kOpcodeLengths[kOpSqrt];
-        top_ = top;
+        top_ = stack.top;
         good = call(opcode);
-        top = top_;
+        stack.top = top_;
         break;
     }
   }
-  top_ = top;
+  top_ = stack.top;
   return good;
 }
 

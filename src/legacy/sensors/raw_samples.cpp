@@ -38,6 +38,40 @@ void recover_words(std::span<const float> values, std::span<u16> raw, WordOfValu
   for (std::size_t i = 0; i < values.size(); ++i) raw[i] = static_cast<u16>(truncate_to<i32>(word_of(values[i])));
 }
 
+// The formulas that only one sensor has. p: the parameters of the channel.
+using Parameters = std::array<float, 5>;
+
+void recover_two_sided_span(std::span<const float> values, std::span<u16> raw, const Parameters& p,
+                            float small_length) {
+  recover_words(values, raw,
+                [small_length, zero = p[0], bottom = p[1], bottom_value = p[2], top = p[3], top_value = p[4]](float v) {
+                  const float w = v * small_length;
+                  const bool is_top = w >= 0.0F;
+                  const float width = is_top ? top_value : bottom_value;
+                  return width == 0.0F ? 0.0F : ((is_top ? top : bottom) - zero) * w / width + zero;
+                });
+}
+
+void recover_pitot_tube(std::span<const float> values, std::span<u16> raw, const Parameters& p, float long_distance,
+                        float a) {
+  recover_words(values, raw, [long_distance, a, zero = p[0], top = p[1], width = p[2], factor = p[3]](float v) {
+    const float w = v / long_distance / (factor * a);
+    return w * w * (top - zero) / width + zero;
+  });
+}
+
+// Where a word is no more than a fraction of the value, the channel holds the fraction from now on, and may become a
+// sensor that multiplies by it.
+void become_multiplier(const InverseFormulaRow& row, u16* sensor_id, u16* measure_class, Parameters* parameters) {
+  if (row.formula == InverseFormula::kDividedMultiplier) {
+    *sensor_id = kMultiplierSensor;
+    *measure_class = kOtherMeasureClass;
+  }
+  if (row.formula == InverseFormula::kDividedMultiplier || row.formula == InverseFormula::kDividedOnly) {
+    *parameters = {row.a, 0.0F, 0.0F, 0.0F, 0.0F};
+  }
+}
+
 }  // namespace
 
 bool CSensori::RicavaCampioni(u16* sensor_id, u16* measure_class, std::span<const float> values, std::span<u16> raw,
@@ -47,7 +81,7 @@ bool CSensori::RicavaCampioni(u16* sensor_id, u16* measure_class, std::span<cons
   const InverseFormulaRow& row = inverse_formula(*sensor_id);
   const float a = row.a;
   const float b = row.b;
-  const auto [p0, p1, p2, p3, p4] = *parameters;
+  const Parameters& p = *parameters;
   const auto recover = [&](auto word_of) { recover_words(values, raw, word_of); };
   switch (row.formula) {
     case InverseFormula::kWord:
@@ -61,40 +95,28 @@ bool CSensori::RicavaCampioni(u16* sensor_id, u16* measure_class, std::span<cons
       recover([&](float v) { return v / a; });
       break;
     case InverseFormula::kTimesFromZero:
-      recover([&, zero = p0](float v) { return v * a + zero; });
+      recover([&, zero = p[0]](float v) { return v * a + zero; });
       break;
     case InverseFormula::kTimesBelowZero:
-      recover([&, zero = p0](float v) { return zero - v * a; });
+      recover([&, zero = p[0]](float v) { return zero - v * a; });
       break;
     case InverseFormula::kFullScale:
       recover([&](float v) { return v * a / b; });
       break;
     case InverseFormula::kGyro:
-      recover([&, zero = p0](float v) { return v * a / b + zero; });
+      recover([&, zero = p[0]](float v) { return v * a / b + zero; });
       break;
-    case InverseFormula::kTwoSidedSpan: {
-      const float small_length = static_cast<float>(user_units_->GetSmallLengthFactor());
-      recover([=, zero = p0, bottom = p1, bottom_value = p2, top = p3, top_value = p4](float v) {
-        const float w = v * small_length;
-        const bool is_top = w >= 0.0F;
-        const float width = is_top ? top_value : bottom_value;
-        return width == 0.0F ? 0.0F : ((is_top ? top : bottom) - zero) * w / width + zero;
-      });
+    case InverseFormula::kTwoSidedSpan:
+      recover_two_sided_span(values, raw, p, static_cast<float>(user_units_->GetSmallLengthFactor()));
       break;
-    }
     case InverseFormula::kPressureSpan: {
       const float pressure = static_cast<float>(user_units_->GetPressureFactor());
-      recover([=, zero = p0, top = p1, width = p2](float v) { return v * pressure * width / top + zero; });
+      recover([=, zero = p[0], top = p[1], width = p[2]](float v) { return v * pressure * width / top + zero; });
       break;
     }
-    case InverseFormula::kPitotTube: {
-      const float long_distance = static_cast<float>(user_units_->GetLongDistanceFactor());
-      recover([=, zero = p0, top = p1, width = p2, factor = p3](float v) {
-        const float w = v / long_distance / (factor * a);
-        return w * w * (top - zero) / width + zero;
-      });
+    case InverseFormula::kPitotTube:
+      recover_pitot_tube(values, raw, p, static_cast<float>(user_units_->GetLongDistanceFactor()), a);
       break;
-    }
     case InverseFormula::kColdJunction: {
       const float scale = static_cast<float>(user_units_->GetTemperatureScale());
       const float offset = static_cast<float>(user_units_->GetTemperatureOffset());
@@ -102,16 +124,10 @@ bool CSensori::RicavaCampioni(u16* sensor_id, u16* measure_class, std::span<cons
       break;
     }
     case InverseFormula::kRange:
-      recover([&, low = p0, high = p1](float v) { return high == low ? 0.0F : (v - low) * a / (high - low); });
+      recover([&, low = p[0], high = p[1]](float v) { return high == low ? 0.0F : (v - low) * a / (high - low); });
       break;
   }
-  if (row.formula == InverseFormula::kDividedMultiplier) {
-    *sensor_id = kMultiplierSensor;
-    *measure_class = kOtherMeasureClass;
-  }
-  if (row.formula == InverseFormula::kDividedMultiplier || row.formula == InverseFormula::kDividedOnly) {
-    *parameters = {a, 0.0F, 0.0F, 0.0F, 0.0F};
-  }
+  become_multiplier(row, sensor_id, measure_class, parameters);
   return true;
 }
 
