@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <optional>
-#include <set>
 
 #include "legacy/channel_conversion.h"
 #include "legacy/sensors/sample_conversion.h"
@@ -29,10 +29,7 @@ constexpr u16 kNumberSensor = 600;
 constexpr u16 kGearThresholdSensor = 90;
 constexpr std::size_t kMarkParameter = 2;
 
-std::set<const CWMPMisura*>& living_measures() {
-  static std::set<const CWMPMisura*> measures;
-  return measures;
-}
+std::atomic<std::size_t> g_living_measures = 0;
 
 std::optional<StoredQuantity> quantity_of(const std::string& unit) {
   const StoredUnitRow* row = find_stored_unit(unit);
@@ -97,15 +94,15 @@ CWMPMisura::CWMPMisura(WmpSession* owner, std::size_t index, u32 kept) : owner_(
   decimals_ = make_decimals();
   format_text_ = L"%." + std::to_wstring(decimals_) + L"f";
   owner_->tables.channels[index_].statistics.decimals = decimals_;
-  living_measures().insert(this);
+  ++g_living_measures;
 }
 
 CWMPMisura::~CWMPMisura() {
-  living_measures().erase(this);
+  --g_living_measures;
 }
 
 std::size_t CWMPMisura::living() {
-  return living_measures().size();
+  return g_living_measures;
 }
 
 u32 CWMPMisura::period_ms() const {
