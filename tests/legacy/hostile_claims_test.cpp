@@ -177,16 +177,5 @@ TEST(HostileClaims, RandomTables) {
   }
 }
 
-TEST(HostileClaims, ACutRawAreaYieldsWhatIsThere) {
-  for (const u16 version : kBlockVersions) {
-    Bytes bytes = wmp::build(small_file(version));
-    bytes.resize(bytes.size() - 8);  // four words of the second channel's five
-    OpenedSession opened(bytes);
-    ASSERT_TRUE(opened.opened()) << opened.error();
-    EXPECT_EQ(opened.values(0).size(), 10U);
-    EXPECT_EQ(opened.values(1), std::vector<float>{11});
-  }
-}
-
 }  // namespace
 }  // namespace traguardo::test
