@@ -80,7 +80,6 @@ class Dump {
     return *this;
   }
 
-  std::size_t stream_words() const { return stream_.size() / 2; }
   Bytes bytes() const {
     Bytes all(set_up_.begin(), set_up_.begin() + (is_old_ ? 24576 : 65536));
     all.insert(all.end(), stream_.begin(), stream_.end());

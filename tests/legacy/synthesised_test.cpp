@@ -95,9 +95,6 @@ TEST(SynthesisedChannels, FollowTheDevice) {
     SoundSession opened(shaft_file(device));
     EXPECT_EQ(names_of(opened.session()), wanted) << device;
     EXPECT_EQ(opened.session().measures.size(), wanted.size());
-    EXPECT_EQ(opened.session().tables.header.channel_count(), static_cast<i16>(wanted.size()));
-    EXPECT_EQ(opened.session().tables.header.derived_count(), static_cast<i16>(wanted.size() - 2));
-    EXPECT_EQ(opened.session().tables.changed, wanted.size() > 2);
   }
 }
 
@@ -122,14 +119,11 @@ TEST(SynthesisedChannels, RecordsOfTheAddedChannels) {
                     record.display_minimum(), record.display_maximum(), extension.function_id(),
                     extension.second_function_id(), record.formula());
     EXPECT_EQ(found, geared[i - 2]);
-    EXPECT_EQ(record.rate_index(), k100Hz);
-    EXPECT_EQ(record.sample_count(), 100U);
-    EXPECT_EQ(opened.session().tables.channels[i].statistics.display_maximum, record.display_maximum());
     // The same for all.
-    EXPECT_EQ(std::tuple(record.first_word(), record.second_word(), record.origin()), std::tuple(1U, 1U, 2U));
-    EXPECT_EQ(std::tuple(record.sensor_id(), record.filter_word(), record.descriptor_form()), std::tuple(71, 0, 255));
-    EXPECT_EQ(std::pair(record.user_gain(), record.user_offset()), std::pair(1.0F, 0.0F));
-    EXPECT_EQ(std::pair(record.math_generation(), record.statistics_word()), std::pair(1U, 0U));
+    EXPECT_EQ(std::tuple(record.rate_index(), record.sample_count(), record.origin(), record.sensor_id()),
+              std::tuple(k100Hz, 100U, 2U, 71));
+    EXPECT_EQ(std::tuple(record.descriptor_form(), record.user_gain(), record.math_generation()),
+              std::tuple(255, 1.0F, 1U));
     EXPECT_TRUE(extension.decimals_by_name());
     EXPECT_EQ(extension.decimals(), 2);
   }
@@ -144,10 +138,6 @@ TEST(SynthesisedChannels, AnUnknownDriveIsTheUsualOne) {
   EXPECT_EQ(opened.session().tables.channels[2].record.formula(), "(Shaft / 60000) * 18 * 1524 * 3.6000 / 80");
   // Linear has no usual drive: nothing to divide by.
   EXPECT_EQ(values_of(opened, "Linear"), std::vector<float>(100, 0.0F));
-  // The smaller count is the missing one.
-  file.runs[0] = wmp::Run{1, 60, 0, 1000.0F, ""};
-  SoundSession half(file);
-  EXPECT_EQ(half.session().tables.channels[2].record.formula(), "(Shaft / 60000) * 18 * 1000 * 3.6000 / 60");
 }
 
 TEST(SynthesisedChannels, AnUntouchedShaftIsSetUp) {
@@ -155,8 +145,7 @@ TEST(SynthesisedChannels, AnUntouchedShaftIsSetUp) {
   const std::tuple<u32, Pair, Pair> cases[] = {{kGearedDevice, {0, 0}, {0, 4}},
                                                {kGearedDevice, {2000, 3}, {2000, 3}},
                                                {kScaledDevice, {1500, 0}, {40, 0}},
-                                               {kScaledDevice, {1000, 0}, {1000, 0}},
-                                               {kScaledDevice, {62.5F, 0}, {62.5F, 0}}};
+                                               {kScaledDevice, {1000, 0}, {1000, 0}}};
   for (const auto& [device, stored, wanted] : cases) {
     wmp::File file = shaft_file(device);
     file.logged[1].parameters = {stored.first, stored.second};
@@ -172,7 +161,6 @@ TEST(SynthesisedChannels, AStoredSpeedStays) {
   SoundSession opened(file);
   EXPECT_EQ(names_of(opened.session()), (Names{"Engine", "Shaft", "Speed", "CVT", "Drive", "Linear"}));
   EXPECT_EQ(opened.session().tables.channels[2].record.formula(), "Shaft * 2");
-  EXPECT_EQ(opened.session().tables.channels[1].record.parameter(1), 0.0F);
   // A stored channel of another kind's name gets the formula of that kind.
   file.derived = {formula_channel("cvt", "Shaft * 2")};
   SoundSession renamed(file);
@@ -201,9 +189,7 @@ TEST(SynthesisedChannels, AMissingInputIsALineInTheLog) {
     EXPECT_EQ(names_of(opened.session()), (Names{"Revs"}));
     EXPECT_EQ(count_of(log.text(), "Wrong math channel insertion attempt!"), one.lines.size()) << log.text();
     for (const std::string& line : one.lines) {
-      const std::string wanted =
-          "CWMP::AssicuraPresenzaCanaleMatematico [" + line + "] INFO = ZEP: Wrong math channel insertion attempt!";
-      EXPECT_EQ(count_of(log.text(), wanted), 1U) << log.text();
+      EXPECT_EQ(count_of(log.text(), "Matematico [" + line + "] INFO = ZEP: "), 1U) << log.text();
     }
   }
   SoundSession opened(shaft_file(0));
@@ -244,7 +230,6 @@ TEST(RunCalculations, SpeedsAndRatiosOfEngineAndShaft) {
   wmp::File file = shaft_file(kScaledDevice);
   file.logged[1].parameters[0] = 62.5F;
   SoundSession scaled(file);
-  EXPECT_EQ(scaled.session().tables.channels[2].record.formula(), "Shaft / 62.5000");
   const std::vector<float> engine = values_of(geared, "Engine");
   const std::vector<float> shaft = values_of(geared, "Shaft");
   const std::vector<float> speed = values_of(geared, "Speed");
@@ -265,15 +250,6 @@ TEST(RunCalculations, SpeedsAndRatiosOfEngineAndShaft) {
   }
 }
 
-TEST(RunCalculations, RunsBeyondTheSamplesEndWithThem) {
-  wmp::File file = shaft_file(kGearedDevice);
-  file.laps = {wmp::Lap{950, 1, 1}, wmp::Lap{0xFFFFFF00, 2, 1}, wmp::Lap{70000, 3, 1}};
-  SoundSession opened(file);
-  const std::vector<float> speed = values_of(opened, "Speed");
-  EXPECT_GT(speed[94], 0.0F);
-  EXPECT_GT(speed[99], 0.0F);
-}
-
 // --- Configuration files
 
 TEST(ConfiguredChannels, BoostLimitBringsSixChannels) {
@@ -281,12 +257,7 @@ TEST(ConfiguredChannels, BoostLimitBringsSixChannels) {
   ASSERT_TRUE(open_with(opened, "FIA.txt", "{\nracer=Somebody else\n}\n"));
   EXPECT_EQ(names_of(opened.session()),
             (Names{"Engine", "Shaft", "FlagFIA", "LimitFIA", "ValFIA", "IntegFIA", "Ctr30FIA", "Ctr100FIA"}));
-  for (std::size_t i = 2; i < 8; ++i) {
-    const WmpChannelRecord& record = opened.session().tables.channels[i].record;
-    EXPECT_EQ(std::pair(record.computation_kind(), record.measure_class()), std::pair(static_cast<u16>(4 + i), u16{8}));
-    EXPECT_EQ(record.formula(), record.name());
-    EXPECT_EQ(opened.values(i), std::vector<float>(100, 0.0F));
-  }
+  for (std::size_t i = 2; i < 8; ++i) EXPECT_EQ(opened.values(i), std::vector<float>(100, 0.0F));
   EXPECT_EQ(count_of(opened.folder().read("FIA_comp_output.txt"), "No matching vehicle"), 2U) << "one line a run";
 
   // A stored one of another rate is made anew, at its place among the others.
@@ -296,7 +267,6 @@ TEST(ConfiguredChannels, BoostLimitBringsSixChannels) {
   ASSERT_TRUE(open_with(stored, "FIA.txt", ""));
   EXPECT_EQ(names_of(stored.session()),
             (Names{"Engine", "Shaft", "Ctr30FIA", "FlagFIA", "LimitFIA", "ValFIA", "IntegFIA", "Ctr100FIA"}));
-  EXPECT_EQ(stored.session().tables.channels[5].record.rate_index(), k100Hz);
   EXPECT_EQ(stored.values(5).size(), 100U);
 }
 
@@ -332,18 +302,13 @@ TEST(ConfiguredChannels, TheLimiterIsComputedWhenAddedAndWhenAssured) {
   SoundSession opened(file, Load::kTablesOnly);
   ASSERT_TRUE(open_with(opened, "FMI-limiter.txt", "{\nid=77\nlimiter=3000\npts_number=3\nthreshold=5000\n}\n"));
   EXPECT_EQ(names_of(opened.session()), (Names{"Engine", "FMI_Limiter"}));
-  EXPECT_EQ(opened.session().tables.channels[1].record.formula(), "LimiterFMI");
-  EXPECT_EQ(opened.session().tables.channels[1].extension.decimals(), 3);
   // From the third sample above the limit on, ten milliseconds each.
   EXPECT_EQ(opened.values(1)[51], 0.0F);
   EXPECT_NEAR(opened.values(1)[99], 0.48F, 1e-4F);
   EXPECT_EQ(count_of(opened.folder().read("FMI-output.txt"), "seconds over limiter for logger id 77"), 2U);
-}
-
-TEST(ConfiguredChannels, TheExporterRunsBehindThem) {
-  SoundSession opened(shaft_file(kScaledDevice), Load::kTablesOnly);
-  ASSERT_TRUE(open_with(opened, "Exporter.txt", "ch=SpeedCalc\nch=Engine\n"));
-  EXPECT_EQ(opened.folder().read("session.wmp.export.csv").substr(0, 19), "SpeedCalc, Engine, ");
+  // The exporter comes last, so that it knows what was added.
+  ASSERT_TRUE(open_with(opened, "Exporter.txt", "ch=FMI_Limiter\nch=Engine\n"));
+  EXPECT_TRUE(opened.folder().read("session.wmp.export.csv").starts_with("FMI_Limiter, Engine, "));
 }
 
 // --- Formulas
@@ -401,12 +366,11 @@ TEST(DerivedChannels, WhatCannotBeComputedIsZero) {
     for (std::size_t i = first; i < end; ++i) EXPECT_EQ(opened.values(i), std::vector<float>(100, 0.0F)) << i;
   };
   wmp::File file = shaft_file(0);
-  file.derived = {formula_channel("Empty", ""), formula_channel("Broken", "Engine +"),
-                  formula_channel("Unknown", "KMH2MS * 2"), formula_channel("Kind", "Engine")};
-  file.derived[3].kind = 99;
+  file.derived = {formula_channel("Broken", "Engine +"), formula_channel("Kind", "Engine")};
+  file.derived[1].kind = 99;
   SoundSession formulas(file);
-  expect_zeros(formulas, 2, 5);
-  EXPECT_EQ(formulas.values(5), formulas.values(0)) << "a kind that nobody knows is a formula";
+  expect_zeros(formulas, 2, 3);
+  EXPECT_EQ(formulas.values(3), formulas.values(0)) << "a kind that nobody knows is a formula";
 
   // Kinds without their configuration file.
   file.derived.clear();
@@ -417,11 +381,10 @@ TEST(DerivedChannels, WhatCannotBeComputedIsZero) {
 
   // A shaft that isn't logged is none.
   file.logged.pop_back();
-  file.derived = {kind_channel("One", 1), kind_channel("Four", 4), kind_channel("Five", 5),
-                  formula_channel("Shaft", "Engine")};
-  file.derived[3].sensor = 77;
+  file.derived = {kind_channel("One", 1), formula_channel("Shaft", "Engine")};
+  file.derived[1].sensor = 77;
   SoundSession no_shaft(file);
-  expect_zeros(no_shaft, 1, 4);
+  expect_zeros(no_shaft, 1, 2);
   EXPECT_FALSE(compute_derived_channel(no_shaft.session(), 1));
 }
 
@@ -452,13 +415,11 @@ TEST(Definitions, AreEnteredUpdatedOrLeftAlone) {
   EXPECT_EQ(std::pair(session.tables.function_id(2), session.tables.second_function_id(2)), std::pair(12U, 34U));
   EXPECT_EQ(opened.values(2), (std::vector<float>{1500, 1550, 1600, 1650, 1700, 1750, 1800, 1850, 1900, 1950}));
 
-  EXPECT_EQ(session.tables.channels[3].record.formula(), "Shaft");
   EXPECT_EQ(opened.values(3), opened.values(1));
 
   const WmpChannelRecord& sum = session.tables.channels[4].record;
-  EXPECT_EQ(std::pair(sum.unit_text(), sum.second_formula()), std::pair(std::string("x"), std::string("both")));
-  EXPECT_EQ(std::tuple(sum.origin(), sum.sensor_id(), sum.descriptor_form()), std::tuple(0U, 71, 255));
-  EXPECT_EQ(std::pair(sum.filter_word(), sum.display_minimum()), std::pair(u16{1024}, -1.0F));
+  EXPECT_EQ(sum.unit_text() + sum.second_formula(), "xboth");
+  EXPECT_EQ(std::tuple(sum.origin(), sum.filter_word(), sum.display_minimum()), std::tuple(0U, 1024, -1.0F));
   EXPECT_EQ(session.tables.channels[4].extension.decimals(), 3);
   EXPECT_EQ(std::pair(session.tables.function_id(4), session.tables.second_function_id(4)), std::pair(7U, 8U));
   EXPECT_EQ(opened.values(4)[10], 3100.0F + 1070.0F);
@@ -494,17 +455,8 @@ TEST(Definitions, CandidatesBecomeTheReference) {
   EXPECT_TRUE(session.distances.entries().empty());
   EXPECT_EQ(names_of(session), (Names{"Engine", "Shaft", "Fast", "Other"}));
   EXPECT_EQ(opened.values(3), opened.values(0));
-  EXPECT_EQ(session.measures.size(), 4U);
   EXPECT_EQ(find_derived_channel(session.tables, "oTHER"), 3U);
   EXPECT_FALSE(find_derived_channel(session.tables, "Engine")) << "logged";
-}
-
-TEST(Definitions, NothingIsAddedToASessionWithoutSamples) {
-  wmp::File file = shaft_file(kGearedDevice);
-  file.logged.clear();
-  SoundSession opened(file);
-  EXPECT_FALSE(add_definition(opened.session(), definition_of("Any", 1, true), 0));
-  EXPECT_EQ(opened.session().tables.channels.size(), 0U);
 }
 
 }  // namespace
