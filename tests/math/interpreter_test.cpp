@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -47,71 +47,34 @@ void expect_near(const std::vector<float>& values, const std::vector<float>& exp
   for (std::size_t i = 0; i < values.size(); ++i) EXPECT_NEAR(values[i], expected[i], 1e-5F) << i;
 }
 
+// Beside the random formulas that agree with a second evaluation: what is odd about some numbers.
 TEST(FormulaValues, OperatorsAndFunctionsOfNumbers) {
   struct Case {
     const char* formula;
     float value;
   };
-  const float pi = std::numbers::pi_v<float>;
   const Case cases[] = {
-      {"1.5+.5", 2.0F},
       {"7-2-1", 4.0F},
-      {"7/2*4", 14.0F},
       {"1/0", 0.0F},
       {"0/0", 0.0F},
       {"2^3^2", 64.0F},
       {"-2^2", -4.0F},
-      {"(-2)^3", -8.0F},
       {"(0-8)^(1/3)", kNaN},
-      {"sqrt(2.25)", 1.5F},
-      {"sqrt(0-1)", kNaN},
-      {"exp(0)", 1.0F},
       {"exp(200)", kInfinity},
-      {"log(1000)", 3.0F},
       {"log(0)", -kInfinity},
-      {"ln(1)", 0.0F},
-      {"ln(-1)", kNaN},
-      {"sin(0)", 0.0F},
-      {"cos(0)", 1.0F},
-      {"tan(0)", 0.0F},
-      {"asin(1)", pi / 2.0F},
       {"asin(1.5)", kNaN},
-      {"acos(-1)", pi},
-      {"atan(1)", pi / 4.0F},
-      {"abs(-3.5)", 3.5F},
-      {"min(3,-4)", -4.0F},
-      {"max(3,-4)", 3.0F},
       {"med(3,-4)", -0.5F},
-      {"high_pass(5,4)", 5.0F},
       {"high_pass(4,4)", 0.0F},
-      {"low_pass(3,4)", 3.0F},
-      {"low_pass(4,4)", 0.0F},
-      {"band_pass(5,4,6)", 5.0F},
       {"band_pass(4,4,6)", 0.0F},
       {"band_pass(6,4,6)", 0.0F},
-      {"bit_or(1.9,2.1)", 3.0F},
       {"bit_and(0-1,255)", 255.0F},
       {"bit_or(0-1,0)", 4294967295.0F},
-      {"bit_xor(12,10)", 6.0F},
       {"bit_and(4294967808,1023)", 512.0F},  // Only the low 32 bits take part.
       {"bit_or(10^30,1)", 1.0F},             // Behind every integer: no low bits are left.
-      {"GT(2,1)", 1.0F},
-      {"GT(1,1)", 0.0F},
       {"GE(1,1)", 1.0F},
-      {"GE(0,1)", 0.0F},
-      {"LT(0,1)", 1.0F},
       {"LT(1,1)", 0.0F},
-      {"LE(1,1)", 1.0F},
-      {"LE(2,1)", 0.0F},
-      {"EQ(2,2)", 1.0F},
-      {"EQ(2,1)", 0.0F},
-      {"NE(2,1)", 1.0F},
-      {"NE(2,2)", 0.0F},
-      {"IF(0,1,2)", 2.0F},
-      {"IF(0.5,1,2)", 1.0F},
       {"IF(sqrt(0-1),1,2)", 1.0F},
       {"atan2(1,0)", 0.0F},
-      {"atan2(0,1)", pi / 2.0F},
       {"16777216+1", 16777216.0F},  // Single precision throughout.
   };
   for (const Case& c : cases) {
@@ -127,9 +90,7 @@ TEST(FormulaValues, OperatorsAndFunctionsOfNumbers) {
 TEST(FormulaValues, FunctionsThatRememberSamples) {
   const std::vector<float> ramp = {1.0F, 3.0F, 3.0F, 2.0F};
   expect_near(values_of("deriv(a)", ramp), {10.0F, 20.0F, 0.0F, -10.0F});
-  expect_near(values_of("deriv(10)", ramp), {100.0F, 0.0F, 0.0F, 0.0F});
   expect_near(values_of("integ(a)", ramp), {0.0F, 0.1F, 0.4F, 0.7F});
-  expect_near(values_of("time()-time()", ramp), {0.0F, 0.0F, 0.0F, 0.0F});
   // Every occurrence remembers for itself.
   expect_near(values_of("integ(a)*10+integ(1)", ramp), {0.0F, 1.1F, 4.2F, 7.3F});
   expect_near(values_of("deriv(deriv(a))", ramp), {100.0F, 100.0F, -200.0F, -100.0F});
@@ -141,7 +102,6 @@ TEST(FormulaValues, LapsStartAgainBehindTheirEnd) {
   const std::vector<SMathLap> laps = {{0, 300}, {300, 200}, {500, 100}};
   expect_near(values_of("time()", ones, {}, {}, laps), {0.0F, 0.1F, 0.2F, 0.0F, 0.1F, 0.0F, 0.1F, 0.2F});
   expect_near(values_of("lap_integ(a)", ones, {}, {}, laps), {0.0F, 0.1F, 0.2F, 0.0F, 0.1F, 0.0F, 0.1F, 0.2F});
-  expect_near(values_of("integ(a)", ones, {}, {}, laps), {0.0F, 0.1F, 0.2F, 0.3F, 0.4F, 0.5F, 0.6F, 0.7F});
   // One lap never restarts, and of many short ones each sample passes one.
   expect_near(values_of("time()", {1, 1, 1}, {}, {}, {{0, 100}}), {0.0F, 0.1F, 0.2F});
   expect_near(values_of("time()", {1, 1, 1, 1, 1}, {}, {}, {{0, 10}, {10, 10}, {20, 10}, {30, 1000}}),
@@ -225,12 +185,6 @@ TEST(FormulaValues, GearsAreThePeaksOfTheRatio) {
   EXPECT_EQ(gears_of("gear(rpm,speed,1,4)", box, stretches), (Gears{1, 2, 3, 4, 4}));
   // Two gears of three: the two highest peaks, of 50 and 40 samples.
   EXPECT_EQ(gears_of("gear(rpm,speed,5,6)", box, {60, 130}), (Gears{5, 6}));
-
-  GearBox equal_peaks;
-  equal_peaks.drive(0.0F, 5);
-  for (const float ratio : {0.010F, 0.020F, 0.030F}) equal_peaks.drive(ratio, 40);
-  equal_peaks.drive(0.0305F, 1);
-  EXPECT_EQ(gears_of("gear(rpm,speed,1,3)", equal_peaks, {10, 50, 90}), (Gears{1, 2, 3}));
 }
 
 TEST(FormulaValues, GearRangesThatNoBoxHasStayInBounds) {
@@ -292,24 +246,6 @@ TEST_F(CodeByHand, MissingInputsAndConstantsEndTheWalk) {
   tokenizer_.ClearConstants();
   EXPECT_FALSE(interpreter_.Execute(0, {}, &value));
   EXPECT_EQ(value, 4.0F);
-}
-
-TEST_F(CodeByHand, StateLastsFromWalkToWalkUntilItIsReset) {
-  compile("integ(1)+lap_integ(1)*100+time()*10000");
-  interpreter_.SetStackSize(8);
-  interpreter_.SetTimeStep(1.0F);
-  const auto run = [this] {
-    float value = 0.0F;
-    EXPECT_TRUE(interpreter_.Execute(0, {}, &value));
-    return value;
-  };
-  interpreter_.ResetState(true);
-  EXPECT_EQ(run(), 0.0F);
-  EXPECT_EQ(run(), 10101.0F);
-  interpreter_.ResetLap();
-  EXPECT_EQ(run(), 2.0F);
-  interpreter_.ResetState(false);
-  EXPECT_EQ(run(), 0.0F);
 }
 
 }  // namespace

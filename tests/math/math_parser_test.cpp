@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -68,18 +67,12 @@ TEST_F(FormulaCode, BytesOfEveryKindOfInstruction) {
 
 TEST_F(FormulaCode, PrecedenceAndAssociation) {
   const std::pair<const char*, const char*> cases[] = {
-      {"a-b-2", "a b #6 2 #6"},
       {"a+b*2^3", "a b 2 3 #9 #7 #5"},
       {"2^3^2", "2 3 #9 2 #9"},
       {"a/b*2/3", "a b #8 2 #7 3 #8"},
       {"-a^2", "a 2 #9 -1 #7"},
-      {"-a*b", "a b #7 -1 #7"},
-      {"a+-b", "a b -1 #7 #5"},
       {"a--b*2", "a b 2 #7 -1 #7 #6"},
-      {"-(-a)", "a -1 #7 -1 #7"},
-      {"(a-b)*2", "a b #6 2 #7"},
       {"band_pass(a,-1,b+2)", "a 1 -1 #7 b 2 #5 #29"},
-      {"time()*2", "#34 2 #7"},
       {"1 2", "1"},
       {"a,b", "a"},
       {"sin(a))(", "a #14"},
@@ -95,16 +88,10 @@ TEST_F(FormulaCode, PassesAndSmoothingFollowTheFirstFunctionOfTheirKind) {
   };
   const Case cases[] = {
       {"a+b", 1, false},
-      {"deriv(a)", 1, false},
       {"bike_angle(a,b)", 1, true},
-      {"bike_acclat(a,b)", 1, true},
-      {"bike_cornrad(a,b)", 1, true},
-      {"slip(a,b)", 2, true},
-      {"gear(a,b,1,6)", 3, true},
       {"slip(a,b)+gear(a,b,1,6)", 2, true},
       {"gear(a,b,1,6)+slip(a,b)", 3, true},
       {"slip(gear(a,b,1,6),b)", 3, true},  // Code of an argument comes first.
-      {"time()+GT(a,b)", 1, false},
   };
   for (const Case& c : cases) {
     compile(c.text);
@@ -113,22 +100,8 @@ TEST_F(FormulaCode, PassesAndSmoothingFollowTheFirstFunctionOfTheirKind) {
   }
 }
 
-// As often as a formula holds it, an operand behind it, and the brackets closed.
-std::string repeated(const std::string& pattern) {
-  const std::size_t open =
-      static_cast<std::size_t>(std::ranges::count(pattern, '(') - std::ranges::count(pattern, ')'));
-  const std::size_t times = 253 / (pattern.size() + open);
-  std::string text;
-  for (std::size_t i = 0; i < times; ++i) text += pattern;
-  return text + '1' + std::string(times * open, ')');
-}
-
 // What takes most code per character is a minus before every one-digit number.
-TEST_F(FormulaCode, EveryFormulaOfFullLengthFitsTheBuffer) {
-  for (const char* pattern : {"-1+", "-a+", "-(", "(", "1+", "a^", "time()+", "integ(1)+", "1+1*1^(", "-sin("}) {
-    compile(repeated(pattern));
-    EXPECT_LT(parser_.Code().size(), 2048U) << pattern;
-  }
+TEST_F(FormulaCode, TheDensestFormulaFitsTheBuffer) {
   std::string densest;
   while (densest.size() < 250) densest += "-1+";
   compile(densest + "-1");

@@ -38,55 +38,34 @@ TEST_F(FormulaText, WhatIsWrongAndWhereItStands) {
       // Characters: the position is one of the text.
       {"1\t+2", 100, 1},
       {"Speed #1;2", 100, 8},
-      {"1+2=3", 100, 3},
-      {"$", 100, 0},
       {".", 100, 0},
       {"1+.", 100, 2},
-      {"1 + ..*2", 100, 4},
       // Names: the position is a token from here on.
       {"1e5", 102, 1},
-      {"speed #1", 102, 0},
       {"2*Speed", 102, 2},
       {"sqrt 2", 102, 0},
-      {"KMH2MS*2", 102, 0},
-      {"(foo", 102, 1},
       {"sqrt()+foo", 102, 4},
-      {"\xE9", 102, 0},
       // Brackets: the end token's index.
       {"(1", 103, 2},
       {"1)", 103, 2},
-      {"sin(1", 103, 3},
-      {"sqrt(", 103, 2},
       // Parameter counts: the function's index.
       {"sqrt()", 105, 0},
-      {"sqrt(1,2)", 105, 0},
       {"time(1)", 105, 0},
-      {"time", 105, 0},
       {"max((1,2))", 105, 0},
-      {"max(1 2)", 105, 0},
-      {"max(1,2,3)", 105, 0},
       {"1+max(1,sqrt())", 105, 6},
       {"max)1(", 105, 0},
       // Syntax.
       {"", 110, 0},
-      {"    ", 110, 0},
       {"sin", 106, 1},
-      {"sqrt*2", 106, 1},
       {"(1 2)", 107, 2},
       {"max((1,2),3)", 107, 4},
       {"2*-3", 108, 2},
-      {"2^-1", 108, 2},
       {")1(", 108, 0},
       {"1+", 108, 2},
-      {"+1", 108, 0},
-      {"--1", 108, 1},
       {"1---1", 108, 3},
-      {"()", 108, 1},
-      {"max(,1)", 108, 2},
       {"max(1,)", 108, 4},
       {"1,2)(", 0, 0},  // A complete expression stands before the comma.
       {"max(1(2),3)", 109, 3},
-      {"IF(1,2(3),4)", 109, 5},
   };
   for (const FailingText& c : cases) {
     SCOPED_TRACE(testing::Message() << '"' << c.text << '"');
@@ -98,25 +77,6 @@ TEST_F(FormulaText, WhatIsWrongAndWhereItStands) {
     EXPECT_EQ(code_, c.code);
     EXPECT_EQ(position_, c.position);
   }
-}
-
-TEST_F(FormulaText, SuccessReportsTheNumberOfTokens) {
-  const std::pair<const char*, u16> cases[] = {
-      {"1", 2},   {"1.5+.5", 4}, {"time()", 4}, {"Speed #1 * 2", 4}, {" Speed #1 *2", 4}, {"-Linear Acc.^2", 5},
-      {"1 2", 3},
-  };
-  for (const auto& [text, tokens] : cases) {
-    SCOPED_TRACE(text);
-    EXPECT_TRUE(tokenize(text));
-    EXPECT_EQ(code_, 0);
-    EXPECT_EQ(position_, tokens);
-    EXPECT_EQ(length_, 1);
-    EXPECT_TRUE(parser_.Compile(&code_, &position_));
-    EXPECT_EQ(position_, tokens);
-  }
-  EXPECT_FALSE(tokenize("2*...+1"));
-  EXPECT_EQ(position_, 2);
-  EXPECT_EQ(length_, 3) << "a bad number reports its length";
 }
 
 TEST_F(FormulaText, TokensKnowTheirPlaceCodeAndMeaning) {
@@ -204,32 +164,6 @@ TEST_F(FormulaText, LongTextsAreCutBeforeTheyAreRead) {
   EXPECT_FALSE(compile(text));
   EXPECT_EQ(code_, 108);
   EXPECT_TRUE(compile(std::string_view("1\0$", 3)));
-}
-
-TEST_F(FormulaText, LookupsNameWhatTheTablesHold) {
-  u16 number = 0;
-  tokenizer_.AddConstant("PI", 3.14F);
-  EXPECT_EQ(tokenizer_.FindConstant("PI", &number), 49);
-  EXPECT_EQ(tokenizer_.FindConstant("Pi", &number), 127);
-  EXPECT_EQ(tokenizer_.FindSymbol("Linear Acc.", &number), 51);
-  EXPECT_EQ(number, 1);
-  EXPECT_EQ(tokenizer_.FindSymbol("PI", &number), 127);
-  EXPECT_EQ(tokenizer_.FindFunction("gear", &number), 90);
-  EXPECT_EQ(number, 4);
-  EXPECT_EQ(tokenizer_.FindFunction("", &number), 127);
-  EXPECT_EQ(tokenizer_.SeparatorRow(4).code, 127);
-  EXPECT_EQ(tokenizer_.SeparatorRow(5).code, 0);
-  EXPECT_EQ(tokenizer_.OperatorRow(5).code, 127);
-  EXPECT_EQ(tokenizer_.OperatorRow(6).code, 0);
-  EXPECT_EQ(tokenizer_.FunctionRow(37).text, "()");
-  EXPECT_EQ(tokenizer_.FunctionRow(38).code, 0);
-  std::string doc;
-  EXPECT_TRUE(tokenizer_.GetFunctionDoc(100, &doc));
-  EXPECT_EQ(doc, "(condition,ifTrue,ifFalse)");
-  EXPECT_FALSE(tokenizer_.GetFunctionDoc(87, &doc));
-  EXPECT_TRUE(tokenizer_.IsFunctionCode(64));
-  EXPECT_TRUE(tokenizer_.IsFunctionCode(101));
-  EXPECT_FALSE(tokenizer_.IsFunctionCode(102));
 }
 
 // Terminators that could start a name, and names that are nothing but blanks, still move the scan on.
