@@ -1,4 +1,4 @@
-// The limiter against a direct count with a window of samples, and its report.
+// The limiter, and its report.
 #include "regulation/limiter.h"
 
 #include <gtest/gtest.h>
@@ -33,57 +33,6 @@ class LimiterSession : public ::testing::Test {
   TempFolder temp_;
   FakeSession session_;
 };
-
-// The samples that count, with a window that is moved sample by sample.
-std::vector<std::size_t> counted(const std::vector<float>& engine, const LimiterSettings& settings) {
-  std::vector<std::size_t> found;
-  std::vector<float> window(settings.pts_number, 0.0F);
-  bool armed = false;
-  for (std::size_t i = 0; i < engine.size(); ++i) {
-    window[0] = engine[i];
-    if (window[0] > settings.limiter && settings.limiter >= window[1]) {
-      if (settings.threshold > window[0] - window[1]) armed = true;
-    }
-    bool all_above = true;
-    for (const float sample : window) all_above = all_above && sample > settings.limiter;
-    if (settings.limiter >= window[0]) {
-      armed = false;
-    } else if (armed && all_above) {
-      found.push_back(i);
-    }
-    for (std::size_t k = window.size() - 1; k >= 1; --k) window[k] = window[k - 1];
-  }
-  return found;
-}
-
-TEST(SecondsOverLimit, AgreesWithADirectCountOnRandomSignals) {
-  std::mt19937 random(11);
-  for (const LimiterSettings& settings :
-       {LimiterSettings{}, LimiterSettings{8000.0F, 3, 500.0F}, LimiterSettings{5000.0F, 12, 100000.0F},
-        LimiterSettings{-10.0F, 5, 20000.0F}, LimiterSettings{0.0F, 3, -1.0F}}) {
-    SCOPED_TRACE(settings.limiter);
-    std::vector<float> engine = test::wandering(&random, 4000, 7000.0F, 10000.0F, 9);
-    for (std::size_t i = 0; i < engine.size(); ++i) {
-      if (random() % 50 == 0) engine[i] = settings.limiter;
-      if (random() % 100 == 0) engine[i] = -20.0F;
-    }
-    SecondsOverLimit total(settings, 20);
-    const std::vector<std::size_t> expected = counted(engine, settings);
-    float seconds = 0.0F;
-    std::size_t next = 0;
-    for (std::size_t i = 0; i < engine.size(); ++i) {
-      if (next < expected.size() && expected[next] == i) {
-        seconds += 20.0F / 1000.0F;
-        ++next;
-      }
-      ASSERT_EQ(total.step(engine[i]), seconds) << i;
-    }
-    EXPECT_EQ(next, expected.size());
-    EXPECT_EQ(total.seconds(), seconds);
-    // All but the last come to count at all.
-    EXPECT_EQ(expected.size() > 10, settings.threshold > 0.0F);
-  }
-}
 
 TEST(SecondsOverLimit, CrossingsByHand) {
   const struct {
@@ -162,17 +111,6 @@ TEST_F(LimiterSession, ReportsWhatItCannotCompute) {
   EXPECT_FALSE(compute(output));
   EXPECT_EQ(report(), test::expected_file("limiter_no_engine.txt"));
   EXPECT_EQ(session_.samples(output), zeros);
-}
-
-TEST_F(LimiterSession, SectionsBelongToLoggersByTheFourthCharacter) {
-  const std::size_t output = add_engine(std::vector<float>(40, 9500.0F));
-  session_.samples(0)[0] = 8900.0F;
-  // Without a key the defaults of memory serve.
-  temp_.write("FMI-limiter.txt", std::string("limiter=1\n{\nid=7001\nlimiter=1\n}\n{\nID=70012\n}\n"));
-  EXPECT_TRUE(compute(output));
-  EXPECT_EQ(report(),
-            "Run 1 of file Imola.wmp\n"
-            "\t1.8 seconds over limiter for logger id 70012: with limiter 9000, pts_number 4 and threshold 2000\n\n");
 }
 
 TEST_F(LimiterSession, FilesThatCannotBeWrittenChangeNothingElse) {
