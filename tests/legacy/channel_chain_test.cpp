@@ -35,18 +35,6 @@ TEST(ChannelChain, GainAndOffsetComeBeforeTheInvert) {
   EXPECT_EQ(converted(digits), (std::vector<float>{68, 1, 0}));
 }
 
-TEST(ChannelChain, OnlySpeedsAreRepaired) {
-  std::vector<u16> words = {10, 10, 10, 16};
-  for (u16 i = 0; i < 30; ++i) words.push_back(static_cast<u16>(100 + i));
-  wmp::Channel channel = plain_channel("A", words, k10Hz);
-  channel.measure_class = 1;
-  EXPECT_EQ(converted(channel)[1], 10.0F);
-  channel.measure_class = 3;
-  channel.gain = 3;
-  const std::vector<float> repaired = converted(channel);
-  EXPECT_EQ(std::vector<float>(repaired.begin(), repaired.begin() + 4), (std::vector<float>{30, 36, 42, 48}));
-}
-
 TEST(ChannelChain, StoredUnitsFollowTheUser) {
   wmp::Channel channel = plain_channel("Boost", {0, 2000, 0xFFFF});
   channel.sensor = 999;
@@ -109,15 +97,6 @@ TEST(ChannelChain, ImperialColdJunctionWithAndWithoutDescriptor) {
   EXPECT_EQ(SoundSession(file).values(0)[0], 1077.0F);
   file.logged[0].unit = "\t01021";
   EXPECT_EQ(SoundSession(file).values(0)[0], 1045.0F);
-}
-
-TEST(ChannelChain, TemperaturesAreAveragedOverAThirdOfASecond) {
-  std::vector<u16> words(20, 0);
-  words[10] = 70;
-  wmp::Channel channel = plain_channel("A", words, k10Hz);
-  channel.sensor = 91;
-  const std::vector<float> averaged = converted(channel);
-  for (std::size_t i = 0; i < averaged.size(); ++i) EXPECT_EQ(averaged[i], i >= 7 && i <= 13 ? 10.0F : 0.0F) << i;
 }
 
 TEST(ChannelChain, FilterWordAndSensorAskForSmoothing) {

@@ -99,13 +99,10 @@ TEST(FlatRuns, BecomeRamps) {
   const Case cases[] = {
       {"three and the value behind", 100, Values{10, 10, 10, 16} + rising(30), Values{10, 12, 14, 16} + rising(30)},
       {"a longer run keeps its head", 100, run(25, 10) + Values{48} + rising(30), ramp_of_25 + Values{48} + rising(30)},
-      {"a run behind a zero doesn't", 100, Values{0, 10, 10, 16} + rising(30), Values{0, 10, 13, 16} + rising(30)},
       {"the last start that counts", 100, Values{2, 3, 5, 5, 8} + rising(18), Values{2, 3, 5, 6.5F, 8} + rising(18)},
       {"the first that doesn't", 100, Values{2, 3, 4, 5, 5, 8} + rising(17), Values{2, 3, 4, 5, 5, 8} + rising(17)},
       {"a window of samples is too few", 100, Values{5, 5, 8} + rising(17), Values{5, 5, 8} + rising(17)},
       {"one more is enough", 100, Values{5, 5, 8} + rising(18), Values{5, 6.5F, 8} + rising(18)},
-      {"at 1 Hz a window of two never ramps", 1000, Values{5, 5, 8} + rising(9), Values{5, 5, 8} + rising(9)},
-      {"a window of one is none", 1500, Values{5, 5, 8} + rising(9), Values{5, 5, 8} + rising(9)},
       {"at 2 Hz runs of up to three", 500, Values{5, 5, 8} + run(4, 9) + Values{12, 13, 14, 15, 16},
        Values{5, 6.5F, 8, 9, 9, 10, 11} + Values{12, 13, 14, 15, 16}},
   };
@@ -136,8 +133,6 @@ TEST(SampleConversion, Statistics) {
       {"plain", {2, -1, 3, 0}, false, -1.0F, 1.0F, 3.0F},
       // The minimum of what is above 0; the sum of 2, -1 and 0, over all four.
       {"bounded", {2, -1, 3, 0}, true, 2.0F, 0.25F, 3.0F},
-      {"no value is above 0", {-2, 0, -4}, true, 0.0F, -2.0F, 0.0F},
-      {"no values", {}, false, 9.0e12F, 0.0F, -9.0e12F},
       {"no values, bounded", {}, true, 0.0F, 0.0F, 0.0F},
   };
   for (const Case& c : cases) {

@@ -53,20 +53,6 @@ TEST(BoostFilter, SecondStageByLength) {
   EXPECT_EQ(answer[151 - 23], 0.0F);
 }
 
-TEST(BoostScalers, ThreeKinds) {
-  const struct {
-    int kind;
-    float pressure_bar;
-    float scaled;
-    const char* name;
-  } kCases[] = {{0, 1.0F, 1990.0F, "subtract"}, {1, 0.505F, 1000.0F, "percent"}, {2, 0.5F, 1000.0F, "percent 2"}};
-  for (const auto& row : kCases) {
-    const auto scaler = make_scaler(row.kind, row.pressure_bar);
-    EXPECT_EQ(scaler->Scale(2000.0F), row.scaled) << row.kind;
-    EXPECT_STREQ(scaler->Name(), row.name);
-  }
-}
-
 TEST(BoostLimit, LimitOverEngineSpeed) {
   const std::vector<float> speeds = {2000, 4000, 3000, 8000};
   const std::vector<float> limits = {1000, 2000, 1600, 2600};

@@ -89,24 +89,6 @@ TEST_F(CalibratedRuns, SkipSegmentsWithoutMarks) {
   EXPECT_NEAR(calibrate(0, {}).distances_ft.back(), kFeetPerMs * 50.0 * 679.0, 0.2);
 }
 
-TEST_F(CalibratedRuns, TellAPredictionThatFallsShortOfItsMark) {
-  // Even up to 400 feet, then slower: carried on as it began, the run would have been earlier.
-  for (std::size_t i = 160; i < speeds_.size(); ++i) speeds_[i] = 20.0F;
-  // 60 ft 2022 ms, 330 ft 6625 ms, 410.7 ft at the change, then 29.33 ft/s.
-  const CalibratedRun run = calibrate(0, {2022, 6625, 16500, 0, 0});
-  ASSERT_TRUE(run.predicted_ms.has_value());
-  EXPECT_TRUE(run.predicted_short_of_mark);
-  EXPECT_LT(*run.predicted_ms, 14000);
-}
-
-TEST_F(CalibratedRuns, OtherModesComputeNothing) {
-  for (const i32 mode : {kCalibrationOff, -2, 5}) {
-    EXPECT_TRUE(calibrate(mode, {2100, 6700, 12400, 18100, 23600}).distances_ft.empty());
-  }
-  EXPECT_TRUE(calibrate_run(speeds_, 0, 0, RunMarks{}, &prediction_).distances_ft.empty());
-  EXPECT_TRUE(calibrate_run({}, 50, 0, RunMarks{}, &prediction_).distances_ft.empty());
-}
-
 TEST(RegulationCalculator, HasOneCalculatorPerRunAndWritesTheDefaultTable) {
   const TempFolder temp;
   test::FakeSession session;
