@@ -77,20 +77,6 @@ TEST(SensorFormulas, EveryValueIsThatOfAnIndependentCalculation) {
   }
 }
 
-TEST_F(SensorsTest, WritesOneValueAWordAndNothingElse) {
-  const std::array<u16, 3> words = {1000, 0x8000, 2000};
-  const std::array<float, 5> untouched = {-1.0F, -1.0F, -1.0F, -1.0F, -1.0F};
-  // Sensor 337 is a tenth of a metre per second.
-  for (const auto& [sensor, unit] : {std::pair{1, "km/h"}, std::pair{337, "\t02041"}}) {
-    std::array<float, 5> out = untouched;
-    EXPECT_TRUE(sensors_.ConvertiCampioni(sensor, {}, unit_bytes(unit), words, out));
-    EXPECT_EQ(out, (std::array<float, 5>{100.0F, 0.0F, 200.0F, -1.0F, -1.0F})) << sensor;
-    out = untouched;
-    EXPECT_TRUE(sensors_.ConvertiCampioni(sensor, {}, unit_bytes(unit), {}, out));
-    EXPECT_EQ(out, untouched) << sensor;
-  }
-}
-
 TEST_F(SensorsTest, FamilyOverrideStaysForLaterChannelsOfTheSensor) {
   const UnitBytes psi = unit_bytes("\t03042");
   const UnitBytes psi_of_psi_sensor = unit_bytes("\t03042043");
@@ -131,30 +117,23 @@ TEST_F(SensorsTest, GearByThresholds) {
 
 TEST_F(SensorsTest, GearByNearestThresholdWithTolerance) {
   const Parameters even = thresholds({0, 400, 800, 1200, 1600, 2000, 2400, 2800, 3200, 3600});
-  struct Case {
-    const char* what;
-    Parameters gears;
-    std::vector<u16> words;
-    std::vector<float> values;
-  };
+  using Case = std::tuple<const char*, Parameters, std::vector<u16>, std::vector<float>>;
   const Case cases[] = {
       {"within a quarter of the distance to the neighbour, else the sample before",
        even,
        {410, 550, 700, 650, 1200},
        {1, 1, 2, 2, 3}},
-      {"above the last threshold the tolerance of the sample before counts", even, {410, 3701, 3700}, {1, 1, 9}},
       {"without a sample before it is wide", even, {3750, 3}, {9, 0}},
       {"a negative word is gear 0, and what later samples repeat", even, {1200, 0xFFFF, 550}, {3, 0, 0}},
       {"a tie is the lower gear's, too far to count", even, {400, 600}, {1, 1}},
-      {"nothing to repeat", even, {550, 400}, {0, 1}},
       {"a tolerance below 1 accepts every word",
        thresholds({0, 3, 100, 200, 300, 400, 500, 600, 700, 800}),
        {100, 1},
        {2, 0}},
   };
   for (const i32 sensor : {99, 104}) {
-    for (const Case& c : cases) {
-      EXPECT_EQ(by_formula(sensor, c.gears, 1.0F, 0.0F, c.words), c.values) << c.what;
+    for (const auto& [what, gears, words, values] : cases) {
+      EXPECT_EQ(by_formula(sensor, gears, 1.0F, 0.0F, words), values) << what;
     }
   }
   // Scaled once, repeated as it is.
