@@ -155,7 +155,8 @@ TEST_P(Faults, OfTheMemoryAreFailuresOrNone) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sessions, Faults,
-                         ::testing::Values("gps/gps_channel_packets.qlt", "logger/compressed_level6.qlc"));
+                         ::testing::Values("gps/gps_channel_packets.qlt", "logger/compressed_level6.qlc",
+                                           "legacy/random_9010.wmp"));
 
 }  // namespace
 }  // namespace traguardo
