@@ -255,12 +255,8 @@ int answer_or_complain(const CLI::App& app, const CLI::ParseError& error) {
 
 // Configuration files and tables of the tool are the user's, not the installation's.
 void take_users_folder() {
-  // Without a home there is none to read, and none to write.
-  constexpr const wchar_t* kNowhere = L"/nonexistent";
-  std::wstring folder = platform::user_configuration_folder();
-  if (folder.empty()) folder = kNowhere;
-  platform::set_environment_if_unset("TRAGUARDO_HOME",
-                                     platform::host_bytes_from_path(platform::path_in_folder(folder, L"traguardo")));
+  const std::wstring folder = platform::path_in_folder(platform::user_configuration_folder(), L"traguardo");
+  platform::set_environment_if_unset("TRAGUARDO_HOME", platform::host_bytes_from_path(folder));
 }
 
 int run(int argument_count, char** arguments) {

@@ -19,6 +19,7 @@
 #include "inputs.h"
 #include "output_file.h"
 #include "progress.h"
+#include "session.h"
 #include "support/platform/platform.h"
 #include "support/platform/unfinished_files.h"
 #include "terminal.h"
@@ -58,6 +59,11 @@ std::list<std::string> reader_options(const ReportOptions& options, const std::m
   return texts;
 }
 
+// The logger file that a compressed one is expanded to, which takes its name from that; others are it themselves.
+std::string session_of(const std::string& path) {
+  return lower_ending(path) == ".qlc" ? path.substr(0, path.rfind('.')) + ".qlt" : path;
+}
+
 bool exists(const std::string& path) {
   std::error_code problem;
   return fs::exists(path, problem);
@@ -72,13 +78,15 @@ class ReportFolder {
     const std::string token = platform::host_bytes_from_path(platform::random_token());
     const fs::path folder = fs::temp_directory_path() / ("traguardo-" + token);
     path_ = folder.string();
-    session_ = (folder / fs::path(session).filename()).string();
+    linked_ = (folder / fs::path(session).filename()).string();
+    session_ = session_of(linked_);
     mark(path_);
-    mark(session_);
+    mark(linked_);
+    if (session_ != linked_) mark(session_);
     for (const std::string& suffix : suffixes) mark(session_ + suffix);
     fs::create_directory(folder);
     fs::permissions(folder, fs::perms::owner_all);
-    fs::create_symlink(fs::absolute(session), session_);
+    fs::create_symlink(fs::absolute(session), linked_);
   }
   ReportFolder(const ReportFolder&) = delete;
   ReportFolder& operator=(const ReportFolder&) = delete;
@@ -87,6 +95,8 @@ class ReportFolder {
     fs::remove_all(path_, ignored);
   }
 
+  const std::string& linked() const { return linked_; }
+  // What the reader adds its endings to.
   const std::string& session() const { return session_; }
 
  private:
@@ -94,6 +104,7 @@ class ReportFolder {
 
   std::vector<platform::UnfinishedFile> marks_;
   std::string path_;
+  std::string linked_;
   std::string session_;
 };
 
@@ -135,7 +146,7 @@ bool print_report_file(const std::string& path) {
   return readable;
 }
 
-// The logger file that a compressed one was expanded to, which takes its name from that.
+// Expands a compressed logger file beside itself, if that can be done.
 std::string expansion_of(const std::string& path) {
   const std::unique_ptr<IRkParser> reader = CreaParser(platform::path_from_host_bytes(path), kKindQlc, nullptr, false);
   if (reader == nullptr) throw Failure(fmt::format("cannot open {}: it has no reader", path));
@@ -144,7 +155,7 @@ std::string expansion_of(const std::string& path) {
 
 // The name of the session that the reader makes of a file, with what it adds.
 void refuse_bad_outputs(const std::string& file, const std::vector<std::string>& suffixes) {
-  const std::string session = lower_ending(file) == ".qlc" ? file.substr(0, file.rfind('.')) + ".qlt" : file;
+  const std::string session = session_of(file);
   Inputs inputs;
   inputs.add_session(file);
   std::vector<std::string> outputs;
@@ -179,11 +190,14 @@ void print_report(const ReportOptions& options) {
     throw Failure(fmt::format("cannot report on {}: only logger files (.qlt, .qlc) have a report", options.file));
   }
 
+  choose_store_folder(options.file);
   const std::string session = kind == kKindQlc ? expansion_of(options.file) : options.file;
-  const ReportFolder folder(session, suffixes);
+  // Where no expansion can be made beside it, the compressed file itself is read.
+  const bool is_expanded = exists(session);
+  const ReportFolder folder(is_expanded ? session : options.file, suffixes);
   const std::list<std::string> settings = reader_options(options, tags);
   const std::unique_ptr<IRkParser> reader =
-      CreaParser(platform::path_from_host_bytes(folder.session()), kKindQlt, &settings, false);
+      CreaParser(platform::path_from_host_bytes(folder.linked()), is_expanded ? kKindQlt : kind, &settings, false);
   if (reader == nullptr) throw Failure(fmt::format("cannot open {}: it has no reader", options.file));
   const std::unique_ptr<IProgress> progress = progress_for(session);
   const bool readable = reader->ParsaFile(progress.get());

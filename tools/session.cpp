@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "api/exports.h"
-#include "expansion.h"
+#include "api/open_failure.h"
 #include "failure.h"
 #include "input_file.h"
 #include "inputs.h"
@@ -17,6 +17,7 @@
 #include "near_names.h"
 #include "progress.h"
 #include "support/platform/process.h"
+#include "support/platform/unfinished_files.h"
 #include "text.h"
 
 namespace traguardo::tool {
@@ -25,26 +26,36 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* kStoreFolder = "TRAGUARDO_STORE_FOLDER";
+
 // Where the reader of the older family seeks the GPS trace of a session; empty for other files.
 std::string trace_file_of(const std::string& path) {
   constexpr std::size_t kExtensionLength = 3;
   return lower_ending(path) == ".wmp" ? path.substr(0, path.size() - kExtensionLength) + "jts" : std::string();
 }
 
-std::string reason_not_opened(const std::string& path, int result) {
+std::string reason_not_opened(const std::string& path) {
   const std::string trace_file = trace_file_of(path);
   std::error_code problem;
-  if (!trace_file.empty() && !std::filesystem::exists(trace_file, problem)) {
+  if (!trace_file.empty() && !fs::exists(trace_file, problem)) {
     return fmt::format("its trace file is missing, which was sought as {}", trace_file);
   }
-  switch (result) {
-    case 0:
-      return "no session can be read from it, or its folder can't be written to";
-    case -2:
+  switch (last_open_failure()) {
+    case OpenFailure::kNoSuchFile:
+      return "No such file or directory";
+    case OpenFailure::kUnknownKind:
       return "not a kind of session file that can be read (.qlt, .qlc, .wmp)";
-    default:
-      return fmt::format("the library gave up with code {}", result);
+    case OpenFailure::kNoSession:
+      return "no session can be read from it";
+    case OpenFailure::kNoStore:
+      return fmt::format("no room or no place for its samples in {}", platform::environment(kStoreFolder));
+    case OpenFailure::kNoMemory:
+      return "out of memory";
+    case OpenFailure::kNotReadable:
+    case OpenFailure::kNone:
+      break;
   }
+  return "it can't be read";
 }
 
 std::string owned(const char* text) {
@@ -93,32 +104,50 @@ const Channel* find_by_name(const std::vector<Channel>& channels, const std::str
   return found == channels.end() ? nullptr : &*found;
 }
 
-bool takes_files(const std::string& session) {
-  const fs::path folder = fs::path(session).parent_path();
-  return platform::can_make_files_in(platform::path_from_host_bytes(folder.string()));
-}
+// The reader of the older family leaves a copy of a session beside it, as programs of its time want one. Nobody asked
+// the tool for that: a copy that wasn't there before goes again, also when the process is killed.
+class NoCopyBeside {
+ public:
+  explicit NoCopyBeside(const std::string& session) {
+    constexpr std::size_t kExtensionLength = 3;
+    std::error_code problem;
+    if (lower_ending(session) != ".wmp") return;
+    const std::string copy = session.substr(0, session.size() - kExtensionLength) + "bak";
+    if (fs::exists(fs::symlink_status(copy, problem))) return;
+    copy_ = copy;
+    mark_ = platform::UnfinishedFile(platform::path_from_host_bytes(copy));
+  }
+  NoCopyBeside(const NoCopyBeside&) = delete;
+  NoCopyBeside& operator=(const NoCopyBeside&) = delete;
+  ~NoCopyBeside() {
+    std::error_code ignored;
+    if (!copy_.empty()) fs::remove(copy_, ignored);
+  }
 
-// A session on a medium that can't be written keeps its stores in the system's folder for such files.
-void choose_store_folder(const std::string& session) {
-  if (takes_files(session)) return;
-  std::error_code problem;
-  const fs::path folder = fs::temp_directory_path(problem);
-  if (!problem) platform::set_environment_if_unset("TRAGUARDO_STORE_FOLDER", folder.string());
-}
+ private:
+  std::string copy_;
+  platform::UnfinishedFile mark_;
+};
 
 }  // namespace
+
+void choose_store_folder(const std::string& session) {
+  std::error_code problem;
+  fs::path folder = fs::path(session).parent_path();
+  if (folder.empty()) folder = ".";
+  if (!platform::can_make_files_in(platform::path_from_host_bytes(folder.string()))) {
+    folder = fs::temp_directory_path(problem);
+    if (problem) return;
+  }
+  platform::set_environment_if_unset(kStoreFolder, folder.string());
+}
 
 Session::Session(const std::string& path) : path_(path) {
   require_readable(path_);
   choose_store_folder(path_);
-  std::string opened = path_;
-  if (lower_ending(path_) == ".qlc" && !takes_files(path_)) {
-    expansion_ = std::make_unique<TemporaryFile>(".qlt");
-    expand_to_file(path_, expansion_->path());
-    opened = expansion_->path();
-  }
-  handle_ = open_with_progress(opened);
-  if (handle_ <= 0) throw Failure(fmt::format("cannot open {}: {}", path_, reason_not_opened(path_, handle_)));
+  const NoCopyBeside no_copy(path_);
+  handle_ = open_with_progress(path_);
+  if (handle_ <= 0) throw Failure(fmt::format("cannot open {}: {}", path_, reason_not_opened(path_)));
 }
 
 Session::~Session() {

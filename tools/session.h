@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <ctime>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -39,8 +38,6 @@ struct Samples {
   std::vector<double> times_s;
   std::vector<double> values;
 };
-
-class TemporaryFile;
 
 class Session {
  public:
@@ -90,11 +87,15 @@ class Session {
   void read_grid(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const;
 
   std::string path_;
-  std::unique_ptr<TemporaryFile> expansion_;  // of a .qlc in a folder that takes none; goes behind the handle
   int handle_ = 0;
   std::optional<std::vector<Channel>> gps_;
   std::optional<std::vector<Channel>> gps_raw_;
 };
+
+// Where the reader keeps what it has of a session while that is open: beside it, or where nothing can be made there, as
+// on a medium that can't be written, in the system's folder for temporary files. Call it before the session is opened;
+// who named a folder by TRAGUARDO_STORE_FOLDER keeps that.
+void choose_store_folder(const std::string& session);
 
 // When the session began, ISO 8601 without a zone.
 std::string iso_date(const std::tm& date);

@@ -1,17 +1,20 @@
 // traguardo unpack: the logger file that a compressed one holds.
 #include <fmt/format.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <new>
 #include <string>
 #include <system_error>
 
 #include "commands.h"
-#include "expansion.h"
 #include "failure.h"
 #include "input_file.h"
+#include "logger/lz77.h"
 #include "output_file.h"
 #include "same_file.h"
+#include "support/platform/platform.h"
 
 namespace traguardo::tool {
 
@@ -43,16 +46,22 @@ void unpack_session(const UnpackOptions& options) {
 
   OutputFile out(target);
   std::uintmax_t size = 0;
-  const Expanded result = expand(options.file, [&](std::string_view piece) {
-    out.write(piece);
-    size += piece.size();
+  const platform::File source =
+      platform::File::open(platform::path_from_host_bytes(options.file), platform::Access::kRead,
+                           platform::Share::kRead, platform::Creation::kMustExist);
+  if (!source) throw Failure(fmt::format("cannot read {}", options.file));
+  const Expansion result = expand(source, [&](const u8* bytes, std::size_t count) {
+    out.write(bytes, count);
+    size += count;
+    return true;
   });
-  if (result == Expanded::unreadable) throw Failure(fmt::format("cannot read {}", options.file));
-  if (result == Expanded::damaged && size == 0) {
+  if (result == Expansion::kUnreadable) throw Failure(fmt::format("cannot read {}", options.file));
+  if (result == Expansion::kNoMemory) throw std::bad_alloc();
+  if (result == Expansion::kDamaged && size == 0) {
     throw Failure(fmt::format("cannot unpack {}: it holds no compressed session", options.file));
   }
   const std::string place = target == "-" ? "standard output" : target;
-  if (result == Expanded::damaged) {
+  if (result == Expansion::kDamaged) {
     const std::string damage = fmt::format("{} is damaged or cut short", options.file);
     if (!is_worth_keeping(target, size)) throw Failure(fmt::format("{}: {} has more of it and stays", damage, place));
     out.keep();

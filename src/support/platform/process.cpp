@@ -35,7 +35,7 @@ void set_environment_if_unset(const char* name, const std::string& value) {
 
 std::wstring user_configuration_folder() {
   const wchar_t* const folder = ::_wgetenv(L"APPDATA");
-  return folder == nullptr ? std::wstring() : std::wstring(folder);
+  return folder == nullptr ? L"NUL" : folder;
 }
 
 // Permissions don't tell here: a file that goes as soon as it is closed does.
@@ -72,7 +72,8 @@ std::wstring user_configuration_folder() {
     const passwd* const user = ::getpwuid(::getuid());
     if (user != nullptr && user->pw_dir != nullptr) home = user->pw_dir;
   }
-  return home.empty() ? std::wstring() : path_in_folder(path_from_host_bytes(home), L".config");
+  if (::access(home.c_str(), X_OK) != 0) return L"/dev/null";
+  return path_in_folder(path_from_host_bytes(home), L".config");
 }
 
 bool can_make_files_in(const std::wstring& folder) {

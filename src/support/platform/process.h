@@ -18,7 +18,7 @@ std::string environment(const char* name);
 void set_environment_if_unset(const char* name, const std::string& value);
 
 // Where the user's programs keep their configuration (XDG_CONFIG_HOME or ~/.config; APPDATA on Windows), without a
-// trailing slash; empty if the user has no such place.
+// trailing slash. For a user without a home it is a place where nothing is and nothing can be made.
 std::wstring user_configuration_folder();
 
 // Whether new files can be made in a folder, as far as its permissions and those of its medium say.
