@@ -60,8 +60,8 @@ void announce_many_points(const Session& session, const std::vector<Channel>& ch
   }
   if (most <= kDayOfPoints) return;
   say_error_line(
-      fmt::format("about to write {} GPS points, one every 10 ms between two solutions that lie {:.0f} s apart", points,
-                  static_cast<double>(most) / 100));
+      fmt::format("about to write {} GPS points, one every 10 ms over {:.0f} s: its clock leaps between two solutions",
+                  points, static_cast<double>(most) / 100));
 }
 
 void write_csv(OutputFile& out, const Session& session, const std::vector<Channel>& channels, std::optional<int> lap) {

@@ -104,29 +104,35 @@ const Channel* find_by_name(const std::vector<Channel>& channels, const std::str
   return found == channels.end() ? nullptr : &*found;
 }
 
-// The reader of the older family leaves a copy of a session beside it, as programs of its time want one. Nobody asked
-// the tool for that: a copy that wasn't there before goes again, also when the process is killed.
-class NoCopyBeside {
+// What the reader of the older family makes while it opens a session. It leaves a copy beside the session, as programs
+// of its time want one; nobody asked the tool for that, and a copy that wasn't there before goes again. It writes the
+// default table of elapsed times where the user has none; half of one would stand for good.
+class MadeByOpening {
  public:
-  explicit NoCopyBeside(const std::string& session) {
+  explicit MadeByOpening(const std::string& session) {
     constexpr std::size_t kExtensionLength = 3;
-    std::error_code problem;
     if (lower_ending(session) != ".wmp") return;
     const std::string copy = session.substr(0, session.size() - kExtensionLength) + "bak";
-    if (fs::exists(fs::symlink_status(copy, problem))) return;
-    copy_ = copy;
-    mark_ = platform::UnfinishedFile(platform::path_from_host_bytes(copy));
+    if (mark_if_missing(copy)) copy_ = copy;
+    mark_if_missing(platform::environment("TRAGUARDO_HOME") + "/user/et_prediction/Default.etp");
   }
-  NoCopyBeside(const NoCopyBeside&) = delete;
-  NoCopyBeside& operator=(const NoCopyBeside&) = delete;
-  ~NoCopyBeside() {
+  MadeByOpening(const MadeByOpening&) = delete;
+  MadeByOpening& operator=(const MadeByOpening&) = delete;
+  ~MadeByOpening() {
     std::error_code ignored;
     if (!copy_.empty()) fs::remove(copy_, ignored);
   }
 
  private:
+  bool mark_if_missing(const std::string& path) {
+    std::error_code problem;
+    if (fs::exists(fs::symlink_status(path, problem))) return false;
+    marks_.emplace_back(platform::path_from_host_bytes(path));
+    return true;
+  }
+
   std::string copy_;
-  platform::UnfinishedFile mark_;
+  std::vector<platform::UnfinishedFile> marks_;
 };
 
 }  // namespace
@@ -145,7 +151,7 @@ void choose_store_folder(const std::string& session) {
 Session::Session(const std::string& path) : path_(path) {
   require_readable(path_);
   choose_store_folder(path_);
-  const NoCopyBeside no_copy(path_);
+  const MadeByOpening made(path_);
   handle_ = open_with_progress(path_);
   if (handle_ <= 0) throw Failure(fmt::format("cannot open {}: {}", path_, reason_not_opened(path_)));
 }
