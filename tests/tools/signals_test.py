@@ -142,7 +142,7 @@ class Signals(unittest.TestCase):
         export = ["export", "s.qlt", "-o", "out.csv"]
 
         def parts():
-            return [name for name in os.listdir(data) if name not in before and name.startswith("out.csv.traguardo-")]
+            return [name for name in os.listdir(data) if name not in own and name.startswith("out.csv.traguardo-")]
 
         def started():
             known = parts()
