@@ -145,9 +145,13 @@ class Signals(unittest.TestCase):
             return [name for name in os.listdir(data) if name not in own and name.startswith("out.csv.traguardo-")]
 
         def started():
-            known = parts()
+            """A process in the midst of its writing."""
+            known = set(parts())
             process = self.start(place, export)
-            while (len(parts()) != 1 or parts() == known) and process.poll() is None:
+            while process.poll() is None:
+                new = [name for name in parts() if name not in known]
+                if new and os.path.getsize(os.path.join(data, new[0])) > 0:
+                    break
                 time.sleep(0.001)
             return process
 
