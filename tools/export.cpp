@@ -69,7 +69,7 @@ void write_csv(OutputFile& out, const Session& session, const std::vector<Channe
   const auto at_end = [&text] { return std::back_inserter(text); };
   fmt::format_to(at_end(), "channel,unit,time,value\n");
   for (const Channel& channel : channels) {
-    const std::string name = csv_field(channel.name) + ',' + csv_field(channel.unit) + ',';
+    const std::string name = csv_field(out.in_place(channel.name)) + ',' + csv_field(out.in_place(channel.unit)) + ',';
     session.read_in_pieces(channel, lap, [&](const Samples& samples) {
       for (std::size_t i = 0; i < samples.values.size(); ++i) {
         fmt::format_to(at_end(), "{}{},{}\n", name, shortest(samples.times_s[i]), shortest(samples.values[i]));

@@ -58,6 +58,10 @@ void OutputFile::write(const void* bytes, std::size_t count) {
   put(shown.data(), shown.size());
 }
 
+std::string OutputFile::in_place(std::string_view text) const {
+  return shows_controls_ ? with_visible_controls(text, LineFeeds::shown) : std::string(text);
+}
+
 void OutputFile::put(const void* bytes, std::size_t count) {
   if (count == 0) return;
   errno = 0;

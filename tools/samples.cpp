@@ -13,7 +13,6 @@
 #include "json_output.h"
 #include "output_file.h"
 #include "session.h"
-#include "terminal.h"
 #include "text.h"
 
 namespace traguardo::tool {
@@ -65,7 +64,7 @@ void write_json(OutputFile& out, const Channel& channel, const ChosenSamples& sa
 void write_table(OutputFile& out, const Channel& channel, const ChosenSamples& samples) {
   fmt::memory_buffer text;
   fmt::format_to(std::back_inserter(text), "{:>14}  {:>16}\n", "Time (s)",
-                 cell(channel.name + (channel.unit.empty() ? "" : " (" + channel.unit + ")")));
+                 out.in_place(channel.name + (channel.unit.empty() ? "" : " (" + channel.unit + ")")));
   samples.each([&](double time_s, double value) {
     fmt::format_to(std::back_inserter(text), "{:>14.6f}  {:>16}\n", time_s, shortest_f32(value));
     if (text.size() < kFlushAt) return;

@@ -1,0 +1,328 @@
+#!/usr/bin/env python3
+"""What the command-line host writes, where, and over what: nothing of a user's is lost, nothing is left lying about.
+
+    outputs_test.py TOOL [unittest options]"""
+import json
+import os
+import pty
+import shutil
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+import zlib
+
+from cli_test import SessionFile, tag
+
+TOOL = ""
+RULES = "BarometricPressure=1\nRPM=Engine RPM\nPboost=Speed\nThrottle=Throttle\nMaxPboost=limits.txt\n"
+
+
+class Outputs(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.stock = tempfile.mkdtemp(prefix="traguardo_outputs_")
+        for name in ("s.qlt", "c.qlc", "w.wmp"):
+            subprocess.run([TOOL, "simulate", "--laps", "1", "-o", name], cwd=cls.stock, check=True,
+                           stdout=subprocess.DEVNULL)
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.stock)
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="traguardo_outputs_")
+        self.addCleanup(folder.cleanup)
+        self.data = os.path.join(folder.name, "data")
+        self.config = os.path.join(folder.name, "config")
+        shutil.copytree(self.stock, self.data)
+        self.environment = {**os.environ, "XDG_CONFIG_HOME": self.config}
+        for name in ("TRAGUARDO_HOME", "TRAGUARDO_STORE_FOLDER"):
+            self.environment.pop(name, None)
+
+    def run_tool(self, *arguments, **options):
+        return subprocess.run([TOOL, *map(str, arguments)], cwd=self.data, env=self.environment, capture_output=True,
+                              timeout=120, **options)
+
+    def ok(self, *arguments):
+        done = self.run_tool(*arguments)
+        self.assertEqual((done.returncode, done.stderr), (0, b""), arguments)
+        return done.stdout
+
+    def fails(self, *arguments, saying):
+        done = self.run_tool(*arguments)
+        self.assertEqual(done.returncode, 1, arguments)
+        self.assertRegex(done.stderr, rb"\Atraguardo: [^\n]+\n\Z", arguments)
+        self.assertIn(saying, done.stderr.decode(), arguments)
+
+    def path(self, *names):
+        return os.path.join(self.data, *names)
+
+    def write(self, name, content):
+        with open(self.path(name), "wb") as file:
+            file.write(content if isinstance(content, bytes) else content.encode())
+
+    def read(self, name):
+        with open(self.path(name), "rb") as file:
+            return file.read()
+
+    def everything(self):
+        return {name: self.read(name) for name in os.listdir(self.data) if os.path.isfile(self.path(name))}
+
+    # --- An output that is an input ---------------------------------------------------------------------------------
+
+    def aliases(self, name):
+        """The name itself and others for the same file, made as needed."""
+        os.symlink(name, self.path("symbolic"))
+        if os.path.exists(self.path(name)):
+            os.link(self.path(name), self.path("hard"))
+            yield "hard"
+        os.makedirs(self.path("folder"), exist_ok=True)
+        os.symlink("..", self.path("folder", "up"))
+        yield from (name, "symbolic", self.path(name), "folder/../" + name, "folder/up/" + name)
+
+    def test_no_output_replaces_an_input(self):
+        self.write("FIA.txt", RULES)
+        self.write("limits.txt", "1000=1\n9000=2\n")
+        cases = [(command, source, taken) for source, inputs in (
+            ("s.qlt", ["s.qlt"]), ("c.qlc", ["c.qlc", "c.qlt"]), ("w.wmp", ["w.wmp", "w.jts", "FIA.txt", "limits.txt"]))
+            for taken in inputs for command in (
+                ["export"], ["export", "--channel", "Speed"], ["export", "--gpx"], ["export", "--geojson"],
+                ["eval", "1+1"], ["eval", "1+1", "--json"])]
+        cases.append((["unpack"], "c.qlc", "c.qlc"))
+        before = self.everything()
+        for command, source, taken in cases:
+            for alias in self.aliases(taken):
+                with self.subTest(command=command, source=source, taken=taken, alias=alias):
+                    self.fails(*command, source, "-o", alias, saying="onto itself" if command == ["unpack"] else alias)
+            for link in ("symbolic", "hard", "folder"):
+                path = self.path(link)
+                shutil.rmtree(path) if os.path.isdir(path) else os.path.lexists(path) and os.unlink(path)
+            self.assertEqual(self.everything(), before)
+
+    def test_outputs_with_names_of_their_own_replace_no_input_either(self):
+        self.write("FIA.txt", RULES.replace("limits.txt", "FIA_comp_output.txt"))
+        self.write("FIA_comp_output.txt", "1000=1\n9000=2\n")
+        self.write("FMI-limiter.txt", "")
+        os.symlink("s.qlt", self.path("FMI-output.txt"))
+        os.link(self.path("s.qlt"), self.path("s.qlt.tw3.log"))
+        os.symlink("c.qlc", self.path("c.qlt.tag"))
+        os.symlink("n.wmp", self.path("n.jts"))
+        before = self.everything()
+        self.fails("check", "w.wmp", "--fia", "FIA.txt", saying="FIA_comp_output.txt")
+        self.fails("check", "s.qlt", "--fmi", "FMI-limiter.txt", saying="FMI-output.txt")
+        self.fails("report", "s.qlt", saying="s.qlt.tw3.log")
+        self.fails("report", "c.qlc", "--tag", "ABC=.tag", saying="c.qlt.tag")
+        self.fails("report", "c.qlc", "--tag", "ABC=.tw3.log", saying="one file")
+        self.fails("simulate", "-o", "n.wmp", saying="one file")
+        with open(self.path("s.qlt"), "ab") as session:
+            done = subprocess.run([TOOL, "export", "s.qlt", "-o", "-"], cwd=self.data, stdout=session,
+                                  stderr=subprocess.PIPE, check=False)
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(self.everything(), before)
+
+    def test_an_output_keeps_its_permissions_and_its_links(self):
+        self.write("old.csv", "old\n")
+        os.chmod(self.path("old.csv"), 0o640)
+        os.symlink("old.csv", self.path("link.csv"))
+        os.symlink("new.csv", self.path("dangling.csv"))
+        for name in ("link.csv", "dangling.csv"):
+            self.ok("export", "s.qlt", "--channel", "Speed", "-o", name)
+            self.assertTrue(os.path.islink(self.path(name)))
+        self.assertEqual(self.read("old.csv"), self.read("new.csv"))
+        self.assertTrue(self.read("old.csv").startswith(b"channel,"))
+        self.assertEqual(os.stat(self.path("old.csv")).st_mode & 0o777, 0o640)
+
+    def test_a_failed_report_leaves_the_earlier_one(self):
+        self.ok_report = self.run_tool("report", "s.qlt", "--tag", "ABC=.tag")
+        self.assertEqual(self.ok_report.returncode, 0)
+        before = {name: self.read(name) for name in ("s.qlt.tw3.log", "s.qlt.tag")}
+        for content in (b"", b"no tags here" * 100):
+            self.write("s.qlt", content)
+            self.assertEqual(self.run_tool("report", "s.qlt", "--tag", "ABC=.tag").returncode, 1)
+            self.assertEqual({name: self.read(name) for name in before}, before)
+        os.unlink(self.path("s.qlt"))
+        self.fails("report", "s.qlt", saying="No such file")
+        self.assertEqual({name: self.read(name) for name in before}, before)
+
+    def test_a_bad_compressed_file_costs_no_good_expansion(self):
+        whole = self.read("s.qlt")
+        self.write("x.qlt", whole)
+        self.write("x.qlc", zlib.compress(whole)[: 10000])
+        self.fails("unpack", "x.qlc", saying="damaged or cut short")
+        self.assertEqual(self.read("x.qlt"), whole)
+
+    # --- Places -----------------------------------------------------------------------------------------------------
+
+    def test_nothing_is_left_lying_about(self):
+        before = sorted(os.listdir(self.data))
+        beside_the_tool = sorted(os.listdir(os.path.dirname(TOOL)))
+        for command in (["info"], ["laps"], ["gps"], ["channels"], ["samples", "Speed"], ["predict"], ["eval", "1"]):
+            for session in ("s.qlt", "w.wmp"):
+                name, *rest = command
+                self.run_tool(*(["eval", "1", session] if name == "eval" else [name, session, *rest]))
+        self.assertEqual(sorted(os.listdir(self.data)), before)
+        self.assertEqual(sorted(os.listdir(os.path.dirname(TOOL))), beside_the_tool)
+        table = os.path.join("user", "et_prediction", "Default.etp")
+        self.assertTrue(os.path.exists(os.path.join(self.config, "traguardo", table)))
+        self.environment["TRAGUARDO_HOME"] = os.path.join(self.config, "elsewhere")
+        self.ok("info", "w.wmp")
+        self.assertTrue(os.path.exists(os.path.join(self.config, "elsewhere", table)))
+
+    def test_read_only_media(self):
+        here = [self.ok("laps", name) for name in ("s.qlt", "c.qlc", "w.wmp")]
+        os.unlink(self.path("c.qlt"))
+        if os.geteuid() != 0:
+            os.chmod(self.data, 0o555)
+            self.addCleanup(os.chmod, self.data, 0o755)
+        elif subprocess.run(["mount", "--bind", "-o", "ro", self.data, self.data], stderr=subprocess.DEVNULL,
+                            check=False).returncode == 0:
+            self.addCleanup(subprocess.run, ["umount", self.data], check=True)
+            subprocess.run(["mount", "-o", "remount,bind,ro", self.data], check=True)
+        else:
+            self.skipTest("no right to make a medium read-only")
+        temporary = os.path.join(os.path.dirname(self.data), "temporary")
+        os.mkdir(temporary)
+        self.environment["TMPDIR"] = temporary
+        self.assertEqual([self.ok("laps", name) for name in ("s.qlt", "c.qlc", "w.wmp")], here)
+        for name in ("s.qlt", "c.qlc"):
+            done = self.run_tool("report", name)
+            self.assertIn(b"User information", done.stdout)
+            self.assertIn(b"cannot write", done.stderr)
+        self.fails("export", "s.qlt", "-o", "out.csv", saying="cannot write out.csv")
+        self.assertEqual(os.listdir(temporary), [])
+        self.environment["TRAGUARDO_STORE_FOLDER"] = os.path.join(temporary, "missing")
+        self.fails("info", "s.qlt", saying="no room or no place")
+
+    def test_why_a_session_is_not_opened(self):
+        self.write("notes.txt", "no session\n")
+        self.write("empty.qlt", "")
+        self.write("junk.qlt", "no tags here" * 100)
+        os.mkfifo(self.path("pipe.qlt"))
+        os.mkdir(self.path("folder.qlt"))
+        cases = {"missing.qlt": "No such file", "folder.qlt": "Is a directory", "pipe.qlt": "a pipe",
+                 "/dev/null": "a device", "notes.txt": "not a kind of session file", "empty.qlt": "no session",
+                 "junk.qlt": "no session"}
+        if os.geteuid() != 0:
+            self.write("secret.qlt", self.read("s.qlt"))
+            os.chmod(self.path("secret.qlt"), 0)
+            cases["secret.qlt"] = "Permission denied"
+        for name, saying in cases.items():
+            with self.subTest(name=name):
+                self.fails("info", name, saying=saying)
+        self.fails("unpack", "pipe.qlt", "-o", "x", saying="a pipe")
+        done = subprocess.run(["sh", "-c", 'exec "$0" info s.qlt >&-', TOOL], cwd=self.data, capture_output=True,
+                              check=False)
+        self.assertEqual((done.returncode, done.stderr[:43]), (1, b"traguardo: cannot write standard output: Ba"))
+
+    # --- Texts ------------------------------------------------------------------------------------------------------
+
+    def named(self, name, channel, unit=None):
+        """A session whose first channel has another name, in bytes; the checksums are made right again."""
+        data = bytearray(self.read("s.qlt"))
+        at = data.index(b"<hCHS\0") + 12
+        data[at + 32: at + 64] = channel.ljust(32, b"\0")
+        if unit is not None:
+            struct.pack_into("<I", data, at + 12, unit)
+        struct.pack_into("<H", data, at + 112 + 5, sum(data[at: at + 112]) & 0xFFFF)
+        table = data.index(b"<hCNF\0")
+        size, = struct.unpack_from("<I", data, table + 6)
+        payload = data[table + 12: table + 12 + size]
+        struct.pack_into("<H", data, table + 12 + size + 5, sum(payload) & 0xFFFF)
+        self.write(name, bytes(data))
+
+    def in_terminal(self, *arguments):
+        """What a terminal behind both streams gets to see."""
+        master, slave = pty.openpty()
+        with subprocess.Popen([TOOL, *arguments], cwd=self.data, env=self.environment, stdout=slave, stderr=slave) as p:
+            os.close(slave)
+            seen = b""
+            while True:
+                try:
+                    piece = os.read(master, 65536)
+                except OSError:  # how Linux tells that the other side is closed
+                    piece = b""
+                if not piece:
+                    break
+                seen += piece
+            p.wait()
+        os.close(master)
+        return seen
+
+    def test_a_terminal_gets_no_commands_out_of_a_file(self):
+        evil = b"\x1b]0;x\x07a\rb\nc\x9bd"
+        shown = rb"\x1b]0;x\x07a\rb\nc\x9bd"
+        self.named("evil.qlt", evil)
+        utf8 = evil.decode("latin-1")
+        for command in (["channels", "evil.qlt"], ["samples", "evil.qlt", utf8, "--head", "1"],
+                        ["export", "evil.qlt", "--channel", utf8, "-o", "-"], ["samples", "evil.qlt", utf8 + "?"]):
+            with self.subTest(command=command):
+                seen = self.in_terminal(*command)
+                self.assertTrue(shown in seen, seen[:200])
+                for control in (b"\x1b", b"\x07", b"\rb", b"\x9b"):
+                    self.assertFalse(control in seen, seen[:200])
+        for command in (["report", "evil.qlt"], ["channels", "evil.qlt", "--json"]):
+            seen = self.in_terminal(*command)
+            self.assertFalse(b"\x1b" in seen or b"\x9b" in seen, command)
+        # A file gets the text as it is, in UTF-8; JSON escapes it.
+        self.assertTrue(utf8.encode() in self.ok("export", "evil.qlt", "--channel", utf8, "-o", "-"))
+        self.assertEqual(json.loads(self.ok("channels", "evil.qlt", "--json"))[0]["name"], utf8)
+
+    def test_all_text_is_utf8(self):
+        lambda_sensor = 30  # function word
+        self.named("l.qlt", b"Caf\xe9", lambda_sensor)
+        for command in (["channels", "l.qlt"], ["channels", "l.qlt", "--json"], ["export", "l.qlt", "-o", "-"],
+                        ["report", "l.qlt"], ["samples", "l.qlt", "Café", "--head", "1"],
+                        ["samples", "l.qlt", "Café", "--head", "1", "--json"]):
+            with self.subTest(command=command):
+                text = self.run_tool(*command).stdout.decode("utf-8")
+                self.assertTrue("Café" in text)
+                self.assertTrue(command[0] == "report" or "λ" in text)
+
+    # --- Bounds -----------------------------------------------------------------------------------------------------
+
+    def test_two_solutions_far_apart(self):
+        data = self.read("s.qlt")
+        session = SessionFile(data)
+        channel = next(c for c in session.visible() if c.samples)
+
+        def sample(clock_ms):
+            return b"(S" + struct.pack("<IH", clock_ms, channel.index) + channel.samples[0][1] + b")"
+
+        early, late = session.good_gps()[:2]
+        start, = struct.unpack_from("<I", early, 0)
+        wild = start + 4_000_000_000
+        late = struct.pack("<I", wild) + late[4:]
+        header = data[: data.index(b"<hGPS\0")]
+        self.write("gap.qlt", header + sample(start) + tag("GPS", early) + sample(wild) + tag("GPS", late) +
+                   tag("EVT", b"stop"))
+
+        command = f"ulimit -v 300000; exec '{TOOL}' "
+        for rest in ("export gap.qlt -o - | head -c 50000000 | wc -c", "samples gap.qlt 'GPS Speed' --json | head -c 9",
+                     "samples gap.qlt 'GPS Speed' --head 2", "gps gap.qlt", "info gap.qlt"):
+            with self.subTest(rest=rest):
+                done = subprocess.run(["sh", "-c", command + rest], cwd=self.data, capture_output=True, timeout=120,
+                                      check=False)
+                self.assertEqual(done.returncode, 0, done.stderr)
+                self.assertNotEqual(done.stdout.strip(), b"0")
+                if "export" in rest:
+                    self.assertIn(b"about to write 60000", done.stderr)
+
+    def test_a_question_about_an_unknown_channel(self):
+        for wanted, meant in (("speed", '"Speed"'), ("EngineRPM", '"Engine RPM"'), ("Brake Pres", '"Brake Press"')):
+            self.fails("samples", "s.qlt", wanted, saying=f'no channel "{wanted}" in s.qlt; did you mean {meant}')
+        self.assertNotIn(b"mean", self.run_tool("samples", "s.qlt", "Nothing").stderr)
+        for arguments, saying in ((("samples", "s.qlt", "Speed", "--head", "-3"), b"0 to 2147483647"),
+                                  (("predict", "s.qlt", "--length", "100"), b"330,500,660,1320"),
+                                  (("eval", "1", "s.qlt", "--rate", "nan"), b"not a number")):
+            done = self.run_tool(*arguments)
+            self.assertEqual(done.returncode, 2, arguments)
+            self.assertIn(saying, done.stderr)
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 2:
+        sys.exit(__doc__)
+    TOOL = os.path.abspath(sys.argv.pop(1))
+    unittest.main()
