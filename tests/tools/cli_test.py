@@ -313,7 +313,8 @@ class CliTest(unittest.TestCase):
         best = min(mark[2] for mark in marks)
         end = 0
         for lap, (_, _, lap_ms, _, stamp) in zip(laps, marks):
-            self.assertEqual(list(lap), ["lap", "start_s", "duration_s", "gap_s"])
+            self.assertEqual(list(lap), ["lap", "start_s", "duration_s", "gap_s", "finished"])
+            self.assertTrue(lap["finished"])
             self.assertAlmostEqual(lap["start_s"], end, places=9)
             self.assertAlmostEqual(lap["duration_s"], lap_ms / 1000, places=9)
             self.assertAlmostEqual(lap["gap_s"], (lap_ms - best) / 1000, places=9)
@@ -453,6 +454,11 @@ class CliTest(unittest.TestCase):
         self.assertEqual(len(laps), len(marks) + 1)
         self.assertAlmostEqual(laps[-1]["start_s"] + laps[-1]["duration_s"], self.json("info", path)["duration_s"],
                                delta=0.2)
+        # It has no mark, is no lap time to compare with, and never the best.
+        self.assertLess(laps[-1]["duration_s"], min(mark[2] for mark in marks) / 1000)
+        self.assertEqual([lap["finished"] for lap in laps], [True] * len(marks) + [False])
+        self.assertEqual((min(lap["gap_s"] for lap in laps[:-1]), laps[-1]["gap_s"]), (0, None))
+        self.assertRegex(self.ok("laps", path).splitlines()[-1], r" unfinished\Z")
 
     def test_damaged_session(self):
         path = self.simulate("damaged.qlt", "--laps", 3, "--seed", 11, "--damage", 40)
