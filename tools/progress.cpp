@@ -1,7 +1,5 @@
 #include "progress.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -10,6 +8,7 @@
 #include <system_error>
 
 #include "api/file_table.h"
+#include "support/platform/process.h"
 
 namespace traguardo::tool {
 
@@ -63,7 +62,7 @@ class ProgressBar : public IProgress {
 }  // namespace
 
 std::unique_ptr<IProgress> progress_for(const std::string& path) {
-  if (isatty(STDERR_FILENO) == 0) return nullptr;
+  if (!platform::is_terminal(stderr)) return nullptr;
   std::error_code problem;
   const std::uintmax_t size = std::filesystem::file_size(path, problem);
   if (problem || size < kLargeFile) return nullptr;
