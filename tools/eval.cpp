@@ -17,6 +17,8 @@
 #include "inside.h"
 #include "json_output.h"
 #include "math/math_channel_manager.h"
+#include "math/math_tables.h"
+#include "near_names.h"
 #include "output_file.h"
 #include "text.h"
 #include "units/user_units_manager.h"
@@ -41,6 +43,7 @@ class FormulaSession : public IMathSession {
     take_laps();
   }
 
+  const std::vector<std::string>& names() const { return names_; }
   std::size_t result() const { return names_.size(); }
   const std::vector<float>& values() const { return values_; }
   double time_s(std::size_t index) const { return static_cast<double>(index * step_us_) * 1e-6; }
@@ -91,13 +94,19 @@ double highest_rate(const SFileQLT& file) {
 }
 
 // The message, and below it the formula and a mark under the place.
-Failure explained(const FormulaOutcome& outcome, const std::string& formula) {
+Failure explained(const FormulaOutcome& outcome, const std::string& formula, const FormulaSession& session) {
   std::string shown = formula;
   for (char& c : shown) {
     if (static_cast<unsigned char>(c) < ' ') c = '?';
   }
   const std::size_t column = display_width(std::string_view(shown).substr(0, outcome.character));
-  return Failure(outcome.message, fmt::format("\n  {}\n  {}^", shown, std::string(column, ' ')));
+  // What stands there up to the next operator was meant for the name of a channel.
+  std::string question;
+  if (outcome.code == kErrorUnknownName) {
+    const std::string rest = formula.substr(std::min(outcome.character, formula.size()));
+    question = question_about_names(rest.substr(0, rest.find_first_of("+-*/^()<>=!&|,;")), session.names());
+  }
+  return Failure(outcome.message + question, fmt::format("\n  {}\n  {}^", shown, std::string(column, ' ')));
 }
 
 std::string outcome_document(const FormulaOutcome& outcome) {
@@ -168,7 +177,7 @@ int evaluate_formula(const EvalOptions& options) {
   CGestMathChan math(*CUserUnitsOfMeasureMgr::GetInstance(), std::wstring());
   const FormulaOutcome outcome = math.ComputeFormula(formula, channels, channels.result());
   if (!outcome) {
-    if (!options.json) throw explained(outcome, formula);
+    if (!options.json) throw explained(outcome, formula, channels);
     print_out(outcome_document(outcome));
     return 1;
   }

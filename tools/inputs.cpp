@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "failure.h"
+#include "legacy/wmp_parser.h"
 #include "regulation/boost_limit.h"
 #include "regulation/config_file.h"
 #include "regulation/exporter.h"
@@ -22,8 +23,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t kExtensionLength = 3;
-
 char lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
@@ -31,13 +30,6 @@ char lower(char c) {
 // Configurations have their names with a backslash in front.
 std::string beside(const std::string& path, std::wstring_view name) {
   return (fs::path(path).parent_path() / platform::host_bytes_from_path(name.substr(1))).string();
-}
-
-// Both in capitals and not: a reader may find either.
-void add_traces(const std::string& path, Inputs* inputs) {
-  const std::string stem = path.substr(0, path.size() - kExtensionLength);
-  inputs->add(stem + "jts");
-  inputs->add(stem + "JTS");
 }
 
 }  // namespace
@@ -48,12 +40,16 @@ std::string lower_ending(const std::string& path) {
   return ending;
 }
 
+std::string trace_file_of(const std::string& path) {
+  return platform::host_bytes_from_path(CParserWMP::trace_path_of(platform::path_from_host_bytes(path)));
+}
+
 void Inputs::add_session(const std::string& path) {
   add(path);
   const std::string ending = lower_ending(path);
   if (ending == ".qlc") add(path.substr(0, path.rfind('.')) + ".qlt");
   if (ending != ".wmp") return;
-  add_traces(path, this);
+  add(trace_file_of(path));
   add_boost_configuration(beside(path, kBoostConfigurationName));
   add(beside(path, kLimiterConfigurationName));
   add(beside(path, kExporterConfigurationName));

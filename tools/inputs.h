@@ -26,6 +26,9 @@ class Inputs {
 // The ending of a path, in lower case and with its point; empty without one.
 std::string lower_ending(const std::string& path);
 
+// Where the reader of a .wmp seeks its GPS trace.
+std::string trace_file_of(const std::string& path);
+
 // Throws Failure for two outputs of one command that are one file.
 void refuse_equal_outputs(const std::vector<std::string>& outputs);
 

@@ -190,6 +190,7 @@ void print_report(const ReportOptions& options) {
     throw Failure(fmt::format("cannot report on {}: only logger files (.qlt, .qlc) have a report", options.file));
   }
 
+  refuse_printing_onto(options.file);
   choose_store_folder(options.file);
   const std::string session = kind == kKindQlc ? expansion_of(options.file) : options.file;
   // Where no expansion can be made beside it, the compressed file itself is read.

@@ -28,17 +28,10 @@ namespace fs = std::filesystem;
 
 constexpr const char* kStoreFolder = "TRAGUARDO_STORE_FOLDER";
 
-// Where the reader of the older family seeks the GPS trace of a session; empty for other files.
-std::string trace_file_of(const std::string& path) {
-  constexpr std::size_t kExtensionLength = 3;
-  return lower_ending(path) == ".wmp" ? path.substr(0, path.size() - kExtensionLength) + "jts" : std::string();
-}
-
 std::string reason_not_opened(const std::string& path) {
-  const std::string trace_file = trace_file_of(path);
   std::error_code problem;
-  if (!trace_file.empty() && !fs::exists(trace_file, problem)) {
-    return fmt::format("its trace file is missing, which was sought as {}", trace_file);
+  if (lower_ending(path) == ".wmp" && !fs::exists(trace_file_of(path), problem)) {
+    return fmt::format("its trace file is missing, which was sought as {}", trace_file_of(path));
   }
   switch (last_open_failure()) {
     case OpenFailure::kNoSuchFile:
@@ -137,6 +130,12 @@ class MadeByOpening {
 
 }  // namespace
 
+void refuse_printing_onto(const std::string& session) {
+  Inputs inputs;
+  inputs.add(session);
+  inputs.refuse("-");
+}
+
 void choose_store_folder(const std::string& session) {
   std::error_code problem;
   fs::path folder = fs::path(session).parent_path();
@@ -150,6 +149,7 @@ void choose_store_folder(const std::string& session) {
 
 Session::Session(const std::string& path) : path_(path) {
   require_readable(path_);
+  refuse_printing_onto(path_);
   choose_store_folder(path_);
   const MadeByOpening made(path_);
   handle_ = open_with_progress(path_);

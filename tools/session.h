@@ -92,6 +92,9 @@ class Session {
   std::optional<std::vector<Channel>> gps_raw_;
 };
 
+// Throws Failure where standard output is the session file itself, as for a shell that was told to append to it.
+void refuse_printing_onto(const std::string& session);
+
 // Where the reader keeps what it has of a session while that is open: beside it, or where nothing can be made there, as
 // on a medium that can't be written, in the system's folder for temporary files. Call it before the session is opened;
 // who named a folder by TRAGUARDO_STORE_FOLDER keeps that.

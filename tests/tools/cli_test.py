@@ -484,7 +484,7 @@ class CliTest(unittest.TestCase):
         self.assertNotIn("derived_channels", self.json("info", legacy))
 
     def test_missing_trace_file(self):
-        for name, trace in (("lonely.wmp", "lonely.jts"), ("LOUD.WMP", "LOUD.jts")):
+        for name, trace in (("lonely.wmp", "lonely.jts"), ("LOUD.WMP", "LOUD.JTS")):
             self.fails("info", self.write(name, "anything"), saying="trace file is missing, which was sought as " +
                        self.path(trace))
 

@@ -116,10 +116,11 @@ class Outputs(unittest.TestCase):
         self.fails("report", "c.qlc", "--tag", "ABC=.tag", saying="c.qlt.tag")
         self.fails("report", "c.qlc", "--tag", "ABC=.tw3.log", saying="one file")
         self.fails("simulate", "-o", "n.wmp", saying="one file")
-        with open(self.path("s.qlt"), "ab") as session:
-            done = subprocess.run([TOOL, "export", "s.qlt", "-o", "-"], cwd=self.data, stdout=session,
-                                  stderr=subprocess.PIPE, check=False)
-        self.assertEqual(done.returncode, 1)
+        for command in (["export", "s.qlt", "-o", "-"], ["samples", "s.qlt", "Speed"], ["report", "s.qlt"]):
+            with open(self.path("s.qlt"), "ab") as session:
+                done = subprocess.run([TOOL, *command], cwd=self.data, stdout=session, stderr=subprocess.PIPE,
+                                      check=False)
+            self.assertEqual(done.returncode, 1, command)
         self.assertEqual(self.everything(), before)
 
     def test_an_output_keeps_its_permissions_and_its_links(self):
@@ -312,6 +313,8 @@ class Outputs(unittest.TestCase):
     def test_a_question_about_an_unknown_channel(self):
         for wanted, meant in (("speed", '"Speed"'), ("EngineRPM", '"Engine RPM"'), ("Brake Pres", '"Brake Press"')):
             self.fails("samples", "s.qlt", wanted, saying=f'no channel "{wanted}" in s.qlt; did you mean {meant}')
+        done = self.run_tool("eval", "2*engine rpm/60", "s.qlt")
+        self.assertIn(b'is unknown; did you mean "Engine RPM"?\n  2*engine rpm/60\n    ^\n', done.stderr)
         self.assertNotIn(b"mean", self.run_tool("samples", "s.qlt", "Nothing").stderr)
         for arguments, saying in ((("samples", "s.qlt", "Speed", "--head", "-3"), b"0 to 2147483647"),
                                   (("predict", "s.qlt", "--length", "100"), b"330,500,660,1320"),

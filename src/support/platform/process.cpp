@@ -30,7 +30,7 @@ bool is_terminal(std::FILE* stream) {
 }
 
 void set_environment_if_unset(const char* name, const std::string& value) {
-  if (std::getenv(name) == nullptr) ::_putenv_s(name, value.c_str());
+  if (environment(name).empty()) ::_putenv_s(name, value.c_str());
 }
 
 std::wstring user_configuration_folder() {
@@ -60,7 +60,7 @@ bool is_terminal(std::FILE* stream) {
 }
 
 void set_environment_if_unset(const char* name, const std::string& value) {
-  ::setenv(name, value.c_str(), 0);
+  if (environment(name).empty()) ::setenv(name, value.c_str(), 1);
 }
 
 std::wstring user_configuration_folder() {

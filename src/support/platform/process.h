@@ -14,7 +14,7 @@ bool is_terminal(std::FILE* stream);
 
 // Empty where the variable isn't set.
 std::string environment(const char* name);
-// For this process and those that it starts. Without effect on a variable that is set.
+// For this process and those that it starts. Without effect on a variable that is set and not empty.
 void set_environment_if_unset(const char* name, const std::string& value);
 
 // Where the user's programs keep their configuration (XDG_CONFIG_HOME or ~/.config; APPDATA on Windows), without a
