@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <new>
 
@@ -49,6 +51,22 @@ LapSlice grid_slice_of(const SFileQLT& file, std::optional<int> lap) {
 u64 axis_us(const SFileQLT& file) {
   const auto& channels = file.view->GetCanali();
   return channels.empty() ? 0 : channels.front()->GetA() - channels.front()->GetDa();
+}
+
+std::optional<double> last_time_s(CSuperChannel& channel) {
+  constexpr u64 kFirstStretchUs = 1'000'000;
+  if (channel.GetNumValori() == 0) return std::nullopt;
+  const u64 end = channel.GetA();
+  // Backwards from the end of the axis, in stretches that double until one has samples.
+  for (u64 stretch = kFirstStretchUs;; stretch *= 2) {
+    const u64 from = end - std::min(stretch, end - channel.GetDa());
+    const u64 count = channel.GetNumValoriRange(from, end);
+    if (count == 0 && from > channel.GetDa()) continue;
+    std::vector<double> times(static_cast<std::size_t>(count));
+    std::vector<double> values(times.size());
+    const u32 written = channel.GetValoriRange(from, end, times.data(), values.data(), static_cast<int>(count));
+    return written == 0 ? std::nullopt : std::optional<double>(times[written - 1]);
+  }
 }
 
 u64 points_on_axis(const SFileQLT& file, u64 step_us) {

@@ -27,6 +27,9 @@ LapSlice grid_slice_of(const SFileQLT& file, std::optional<int> lap);
 // The length of the axis that all logged channels share; 0 without any. It begins at 0.
 u64 axis_us(const SFileQLT& file);
 
+// The time of the last sample of a logged channel; nothing without any. Costs a search, not the channel.
+std::optional<double> last_time_s(CSuperChannel& channel);
+
 // How many points a grid has over the whole axis. Throws Failure for more than a day at 1000 Hz has: only a clock that
 // lies asks for them.
 u64 points_on_axis(const SFileQLT& file, u64 step_us);

@@ -254,16 +254,13 @@ Channel Session::find_channel(const std::string& name) {
 }
 
 double Session::duration_s() const {
-  constexpr double kSecondsPerMicrosecond = 1e-6;
   const SFileQLT& file = inside_of(*this);
-  std::uint64_t end_us = 0;
-  bool has_samples = false;
-  for (const auto& channel : file.reader->GetCanali()) {
-    if (channel->GetNumValori() == 0) continue;
-    end_us = std::max<std::uint64_t>(end_us, channel->GetUltimoTempo());
-    has_samples = true;
+  std::optional<double> end_s;
+  for (const auto& channel : file.view->GetCanali()) {
+    const std::optional<double> last_s = last_time_s(*channel);
+    if (last_s) end_s = std::max(end_s.value_or(0), *last_s);
   }
-  if (has_samples) return static_cast<double>(end_us) * kSecondsPerMicrosecond;
+  if (end_s) return *end_s;
   const std::vector<const SGpsRecord*> solutions = gps_solutions_of(file);
   return solutions.empty() ? 0 : solutions.back()->logger_time_ms() * 0.001;
 }

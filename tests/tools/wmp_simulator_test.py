@@ -392,7 +392,7 @@ class WmpSimulatorTest(unittest.TestCase):
         gps = self.json("gps", path)
         self.assertEqual(gps["fixes"], good)
         self.assertTrue(44.49 < gps["latitude_min_deg"] < 44.5 < gps["latitude_max_deg"] < 44.51, gps)
-        self.assertEqual(self.bytes(path[:-3] + "bak"), self.bytes(path))
+        self.assertFalse(os.path.exists(path[:-3] + "bak"), "nobody asked for a copy")
 
     @for_every_version
     def test_laps(self, _, path, file):
