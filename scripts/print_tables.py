@@ -3,9 +3,9 @@
 
     print_tables.py [--check]
 
-A page asks for a table with a line `<!-- table kName RowType -->`; everything from there to the next
-`<!-- end of table -->` is written by this script. RowType is needed only where two arrays share a name. With --check
-nothing is written, and the exit status is 1 if a page would change.
+A page asks for a table with a line `<!-- table kName RowType: field, field -->`; everything from there to the next
+`<!-- end of table -->` is written by this script. RowType is needed only where two arrays share a name, and the fields only
+where not all of them are to be shown. With --check nothing is written, and the exit status is 1 if a page would change.
 
 Arrays are found by their names anywhere below src/, whatever file they stand in. Their columns are the fields of the
 row's struct, so that a new field shows up as a new column by itself.
@@ -175,7 +175,7 @@ def markdown(heads, rows):
 
 # --- Tables that say more than their rows ---------------------------------------------------------------------------
 
-def print_functions(source, name, row_type):
+def print_functions(source, name, row_type, _):
     rows = []
     for row in source.rows(name, row_type):
         word = int(row["fid"], 16)
@@ -189,7 +189,7 @@ def print_functions(source, name, row_type):
                      "short"], rows)
 
 
-def print_curves(source, name, row_type):
+def print_curves(source, name, row_type, _):
     rows = []
     for row in source.rows(name, row_type):
         points = [", ".join(cell(v, source) for _, v in p) for _, p in source.array(row["points"])[2]]
@@ -198,12 +198,13 @@ def print_curves(source, name, row_type):
     return markdown(["number", "raw values", "points (raw, value), in the order in which they are walked"], rows)
 
 
-def print_plain(source, name, row_type):
+def print_plain(source, name, row_type, wanted):
     rows = source.rows(name, row_type)
     if list(rows[0]) == ["value"]:
         return [", ".join(cell(r["value"], source) for r in rows) + "."]
-    heads = [{"fid": "word"}.get(h, h.replace("_", " ")) for h in rows[0]]
-    return markdown(heads, [[cell(row[field], source) for field in rows[0]] for row in rows])
+    fields = wanted or list(rows[0])
+    heads = [{"fid": "word"}.get(h, h.replace("_", " ")) for h in fields]
+    return markdown(heads, [[cell(row[field], source) for field in fields] for row in rows])
 
 
 PRINTERS = {("kFunctions", "FunctionRow"): print_functions, ("kSensorCurves", None): print_curves}
@@ -211,13 +212,14 @@ PRINTERS = {("kFunctions", "FunctionRow"): print_functions, ("kSensorCurves", No
 
 # --- Pages ----------------------------------------------------------------------------------------------------------
 
-SECTION = re.compile(r"(<!-- table (\w+)(?: (\w+))? -->\n)(.*?)(<!-- end of table -->)", re.S)
+SECTION = re.compile(r"(<!-- table (\w+)(?: (\w+))?(?:: ([\w, ]+))? -->\n).*?(<!-- end of table -->)", re.S)
 
 
 def renewed(text, source):
     def section(m):
         printer = PRINTERS.get((m.group(2), m.group(3)), print_plain)
-        return m.group(1) + "\n" + "\n".join(printer(source, m.group(2), m.group(3))) + "\n\n" + m.group(5)
+        fields = [field.strip() for field in (m.group(4) or "").split(",") if field.strip()]
+        return m.group(1) + "\n" + "\n".join(printer(source, m.group(2), m.group(3), fields)) + "\n\n" + m.group(5)
     return SECTION.sub(section, text)
 
 

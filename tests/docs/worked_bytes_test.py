@@ -59,10 +59,10 @@ def fields(layout, *values):
     return check
 
 
-def group_of_names(b):
-    names = b[32:]
-    assert struct.unpack_from("<2xH", b) == (0,) and struct.unpack_from("<I", b, 4)[0] == sum(names)
-    assert names[:40].rstrip(b"\0") == b"Car 7" and names[40:80].rstrip(b"\0") == b"Hill"
+def group_of_600(b):
+    head, record = b[:32], b[32:]
+    assert len(record) == 128 and struct.unpack_from("<I", head, 4)[0] == sum(record) == 0xC6
+    assert struct.unpack_from("<4xI8xI", record) == (56, 70012)
 
 
 def trace_solution(b):
@@ -84,7 +84,7 @@ CHECKS = {
     "lap record": fields("BBHiI2B2xI", 1, 0, 2, 50000, 0, 0, 0, 100000),
     "GPS record": fields("IIihBB3iI3iIHxB4x", 10000, 123456, 0, 2000, 3, 0, 445620352, 20000000, 455875968, 300, 1000,
                          2000, -1000, 50, 150, 9),
-    "group of version 600": group_of_names,
+    "group of version 600": group_of_600,
     "solution of a trace file": trace_solution,
 }
 
