@@ -162,6 +162,7 @@ def shown_text(text):
 def code_span(text):
     if not text:
         return ""
+    text = re.sub(r"  +$", "", text)  # padding
     return "`" + text.replace("|", "\\|") + "`"
 
 
