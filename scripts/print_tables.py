@@ -12,6 +12,7 @@ row's struct, so that a new field shows up as a new column by itself.
 """
 import re
 import sys
+import textwrap
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -202,7 +203,7 @@ def print_curves(source, name, row_type, _):
 def print_plain(source, name, row_type, wanted):
     rows = source.rows(name, row_type)
     if list(rows[0]) == ["value"]:
-        return [", ".join(cell(r["value"], source) for r in rows) + "."]
+        return textwrap.wrap(", ".join(cell(r["value"], source) for r in rows) + ".", 118)
     fields = wanted or list(rows[0])
     heads = [{"fid": "word"}.get(h, h.replace("_", " ")) for h in fields]
     return markdown(heads, [[cell(row[field], source) for field in fields] for row in rows])
