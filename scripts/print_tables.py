@@ -8,7 +8,7 @@ A page asks for a table with a line `<!-- table kName RowType: field, field -->`
 where not all of them are to be shown. With --check nothing is written, and the exit status is 1 if a page would change.
 
 Arrays are found by their names anywhere below src/, whatever file they stand in. Their columns are the fields of the
-row's struct, so that a new field shows up as a new column by itself.
+row's struct, those of a struct within it one by one, so that a new field shows up as a new column by itself.
 """
 import re
 import sys
@@ -91,8 +91,8 @@ class Source:
             for m in re.finditer(r"struct\s+(\w+)(?:\s+final)?\s*\{", code):
                 body = code[m.end():self.end_of(code, m.end()) - 1]
                 self.structs[m.group(1)] = re.findall(
-                    r"^\s*(?!static|using|return|explicit|virtual|constexpr)[\w:<>*&, ]+[ *&](\w+)"
-                    r"(?:\s*=\s*[^;{]+|\{[^}]*\})?;", body, re.M)
+                    r"^\s*(?!static|using|return|explicit|virtual|constexpr)([\w:<>*&, ]+)[ *&](\w+)"
+                    r"(?:\s*=\s*([^;]+)|\{[^}]*\})?;", body, re.M)
             for m in re.finditer(r"enum\s+(?:class\s+)?\w+\s*(?::\s*\w+\s*)?\{([^}]*)\}", code):
                 for entry in re.finditer(r"(\w+)\s*=\s*(-?(?:0[xX])?[0-9A-Fa-f]+)", m.group(1)):
                     self.enums[entry.group(1)] = entry.group(2)
@@ -116,18 +116,25 @@ class Source:
     def rows(self, name, row_type=None):
         """Each row as a dict from field to value."""
         kind, _, items = self.array(name, row_type)
-        fields = self.structs.get(kind.split("::")[-1])
-        rows = []
-        for _, item in items:
-            if not isinstance(item, list) or fields is None:
-                rows.append({"value": item} if not isinstance(item, list) else
-                            {f"{i}": v for i, (_, v) in enumerate(item)})
-                continue
-            row = dict.fromkeys(fields, "")
-            for position, (field, value) in enumerate(item):
-                row[field or fields[position]] = value
-            rows.append(row)
-        return rows
+        if kind.split("::")[-1] not in self.structs:
+            return [{"value": item} for _, item in items]
+        return [self.row(kind, item) for _, item in items]
+
+    def row(self, kind, items):
+        """The fields of one struct; a field that isn't named has its default."""
+        fields = self.structs[kind.split("::")[-1]]
+        given = {}
+        for position, (field, value) in enumerate(items if isinstance(items, list) else []):
+            given[field or fields[position][1]] = value
+        row = {}
+        for type_name, field, default in fields:
+            default = default.strip()
+            value = given.get(field, default)
+            if type_name.strip() in self.structs and (isinstance(value, list) or value in ("", "{}")):
+                row.update(self.row(type_name.strip(), value))
+            else:  # the default of an enumeration goes without saying
+                row[field] = "" if "::" in default and value in (default, default.split("::")[-1]) else value
+        return row
 
 
 # --- Cells ----------------------------------------------------------------------------------------------------------
