@@ -62,15 +62,11 @@ TEST(Filters, FirIsTheDirectSumMovedByItsDelay) {
   }
 }
 
-TEST(Filters, FirLeavesShortAndEmptyChannelsAsTheyAre) {
+TEST(Filters, FirLeavesShortChannelsAsTheyAre) {
   std::vector<float> shortest = noise(14, 1);
   const std::vector<float> before = shortest;
   CFiltri::FiltraFir(shortest.data(), shortest.size());
   expect_same(shortest, before);
-  // No shift correlates: values of zero stay.
-  std::vector<float> zeros(30, 0.0F);
-  CFiltri::FiltraFir(zeros.data(), zeros.size());
-  expect_same(zeros, std::vector<float>(30, 0.0F));
 }
 
 TEST(Filters, MovingAverageIsTheMeanOfItsNeighbourhood) {

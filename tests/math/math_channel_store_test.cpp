@@ -27,13 +27,6 @@ class DefinitionFiles : public testing::Test {
   }
 };
 
-TEST_F(DefinitionFiles, PathsHaveBackslashes) {
-  const CMathChanIni store(channels_, tokenizer_, L"C:/app");
-  EXPECT_EQ(store.GetDefaultFilePath(), L"C:/app\\MATHCHANNELS\\ZEP_TWMATH_DEF.ZMC");
-  EXPECT_EQ(store.GetFilePath(L"mine.ZMC"), L"C:/app\\MATHCHANNELS\\mine.ZMC");
-  EXPECT_EQ(store.GetFilePath(L""), L"C:/app\\MATHCHANNELS");
-}
-
 TEST_F(DefinitionFiles, TheStandardSetTakesThePlaceOfWhatIsThere) {
   channels_.resize(3);
   tokenizer_.AddConstant("old", 1.0F);

@@ -21,27 +21,6 @@ struct Fit {
   }
 };
 
-TEST(PolynomialFit, PointsOfAPolynomialGiveIt) {
-  const std::vector<std::vector<double>> polynomials = {{4.0}, {2.0, -3.0, 0.5}, {0.0, 1.0, 0.0, -0.25, 0.125}};
-  for (const std::vector<double>& polynomial : polynomials) {
-    std::vector<double> x;
-    std::vector<double> y;
-    for (double at = -4.0; at <= 5.0; at += 0.75) {
-      double value = 0.0;
-      double power = 1.0;
-      for (const double coefficient : polynomial) {
-        value += coefficient * power;
-        power *= at;
-      }
-      x.push_back(at);
-      y.push_back(value);
-    }
-    const Fit fit(x, y, polynomial.size() - 1);
-    EXPECT_FALSE(fit.singular);
-    for (std::size_t k = 0; k < polynomial.size(); ++k) EXPECT_NEAR(fit.coefficients[k], polynomial[k], 1e-9) << k;
-  }
-}
-
 // y = 0, 3, 3, 6 over x = 0 .. 3: slope 1.8, constant 0.3, by the textbook's formulas.
 TEST(PolynomialFit, OtherPointsGiveTheLeastSquares) {
   const Fit fit({0, 1, 2, 3}, {0, 3, 3, 6}, 1);

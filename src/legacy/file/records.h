@@ -39,9 +39,7 @@ class PackedRecord {
   void put_u16(std::size_t offset, u16 value) { store_u16(&bytes_[offset], value); }
   void put_i16(std::size_t offset, i16 value) { store_i16(&bytes_[offset], value); }
   void put_u32(std::size_t offset, u32 value) { store_u32(&bytes_[offset], value); }
-  void put_i32(std::size_t offset, i32 value) { store_i32(&bytes_[offset], value); }
   void put_f32(std::size_t offset, float value) { store_f32(&bytes_[offset], value); }
-  void put_bytes(std::size_t offset, const u8* from, std::size_t count) { std::memcpy(&bytes_[offset], from, count); }
   void clear_bytes(std::size_t offset, std::size_t count) { std::memset(&bytes_[offset], 0, count); }
 
   std::string get_text(std::size_t offset, std::size_t width) const { return text_field(&bytes_[offset], width); }
@@ -68,17 +66,14 @@ class WmpBlockHead : public PackedRecord<32> {
   u16 version() const { return get_u16(2); }
   void set_version(u16 value) { put_u16(2, value); }
   u32 checksum() const { return get_u32(4); }
-  void set_checksum(u32 value) { put_u32(4, value); }
 };
 
 class WmpMainHeader : public PackedRecord<150> {
  public:
   u16 signature() const { return get_u16(0); }
-  void set_signature(u16 value) { put_u16(0, value); }
   u16 version() const { return get_u16(2); }
   void set_version(u16 value) { put_u16(2, value); }
   std::string date_text() const { return get_text(44, 40); }
-  void set_date_text(std::string_view text) { put_text(44, 40, text); }
   u32 file_length() const { return get_u32(84); }
   void set_file_length(u32 value) { put_u32(84, value); }
   u32 duration_ms() const { return get_u32(88); }
@@ -101,7 +96,6 @@ class WmpMainHeader : public PackedRecord<150> {
   void set_raw_area_size(u32 value) { put_u32(121, value); }
   u16 best_lap() const { return get_u16(125); }
   void set_best_lap(u16 value) { put_u16(125, value); }
-  u32 best_lap_time_ms() const { return get_u32(127); }
   void set_best_lap_time_ms(u32 value) { put_u32(127, value); }
   // Second and first number of the firmware version as one word.
   u16 firmware_word() const { return get_u16(136); }
@@ -115,8 +109,6 @@ class WmpMainHeader : public PackedRecord<150> {
   void set_firmware_third(u8 value) { put_u8(142, value); }
   // Versions from 452 on.
   u32 logger_serial() const { return get_u32(143); }
-  void set_logger_serial(u32 value) { put_u32(143, value); }
-  u16 best_lap_run() const { return get_u16(147); }
   void set_best_lap_run(u16 value) { put_u16(147, value); }
 };
 
@@ -124,14 +116,11 @@ class WmpConfigurationBlock : public PackedRecord<874> {
  public:
   // Version 500.
   u32 dump_offset() const { return get_u32(0); }
-  void set_dump_offset(u32 value) { put_u32(0, value); }
   u16 run_count() const { return get_u16(18); }
   void set_run_count(u16 value) { put_u16(18, value); }
   u16 extra_count() const { return get_u16(22); }
   void set_extra_count(u16 value) { put_u16(22, value); }
-  u16 reference_lap() const { return get_u16(26); }
   void set_reference_lap(u16 value) { put_u16(26, value); }
-  u16 reference_lap_run() const { return get_u16(28); }
   void set_reference_lap_run(u16 value) { put_u16(28, value); }
   // Whether the function ids of the channel extensions are valid.
   bool has_function_ids() const { return get_u16(40) != 0; }
@@ -141,29 +130,21 @@ class WmpConfigurationBlock : public PackedRecord<874> {
 class WmpIdentityBlock : public PackedRecord<128> {
  public:
   u32 device_code() const { return get_u32(4); }
-  void set_device_code(u32 value) { put_u32(4, value); }
   u32 device_id() const { return get_u32(16); }
-  void set_device_id(u32 value) { put_u32(16, value); }
 };
 
 class WmpNamesBlock : public PackedRecord<360> {
  public:
   std::string vehicle() const { return get_text(0, 40); }
-  void set_vehicle(std::string_view text) { put_text(0, 40, text); }
   std::string track() const { return get_text(40, 40); }
-  void set_track(std::string_view text) { put_text(40, 40, text); }
   std::string racer() const { return get_text(80, 40); }
-  void set_racer(std::string_view text) { put_text(80, 40, text); }
   std::string test_name() const { return get_text(120, 240); }
-  void set_test_name(std::string_view text) { put_text(120, 240, text); }
 };
 
 class WmpExtendedNamesBlock : public PackedRecord<664> {
  public:
   std::string championship() const { return get_text(0, 40); }
-  void set_championship(std::string_view text) { put_text(0, 40, text); }
   u32 venue_type() const { return get_u32(596); }
-  void set_venue_type(u32 value) { put_u32(596, value); }
 };
 
 // A channel's record of versions 100, 200 and 320; old_record_copies() says what of it goes into the record of today.
@@ -197,11 +178,8 @@ class WmpChannelRecord : public PackedRecord<668> {
   }
   std::string unit_text() const { return get_text(20, kUnitWidth); }
   void set_unit_text(std::string_view text) { put_text(20, kUnitWidth, text); }
-  void copy_name_and_unit(const u8* from) { put_bytes(0, from, kNameWidth + kUnitWidth); }
   void set_first_word(u32 value) { put_u32(30, value); }
-  u32 first_word() const { return get_u32(30); }
   void set_second_word(u32 value) { put_u32(34, value); }
-  u32 second_word() const { return get_u32(34); }
   u32 origin() const { return get_u32(38); }
   void set_origin(u32 value) { put_u32(38, value); }
   u16 filter_word() const { return get_u16(62); }
@@ -218,8 +196,6 @@ class WmpChannelRecord : public PackedRecord<668> {
   void set_display_minimum(float value) { put_f32(76, value); }
   float display_maximum() const { return get_f32(80); }
   void set_display_maximum(float value) { put_f32(80, value); }
-  void copy_display_range(const u8* from) { put_bytes(76, from, 8); }
-  void copy_second_range(const u8* from) { put_bytes(84, from, 8); }
   // index: 0 to 4.
   float parameter(std::size_t index) const { return get_f32(92 + 4 * index); }
   void set_parameter(std::size_t index, float value) { put_f32(92 + 4 * index, value); }
@@ -231,35 +207,25 @@ class WmpChannelRecord : public PackedRecord<668> {
   }
   // The same bytes as ten thresholds of a gear sensor; index: 0 to 9.
   u16 gear_threshold(std::size_t index) const { return get_u16(92 + 2 * index); }
-  void set_gear_threshold(std::size_t index, u16 value) { put_u16(92 + 2 * index, value); }
   // Parameters and what stands behind them, offsets 92 to 131.
-  void copy_parameters(const u8* from) { put_bytes(92, from, 20); }
   void clear_parameters_and_tail() { clear_bytes(92, 40); }
   float user_gain() const { return get_f32(132); }
   void set_user_gain(float value) { put_f32(132, value); }
   float user_offset() const { return get_f32(136); }
-  void set_user_offset(float value) { put_f32(136, value); }
   std::string_view formula_view() const { return get_text_view(140, kFormulaWidth); }
   std::string formula() const { return std::string(formula_view()); }
   void set_formula(std::string_view text) { put_text(140, kFormulaWidth, text); }
   std::string second_formula() const { return get_text(396, kFormulaWidth); }
   void set_second_formula(std::string_view text) { put_text(396, kFormulaWidth, text); }
-  u32 definition_word() const { return get_u32(652); }
-  void set_definition_word(u32 value) { put_u32(652, value); }
   // 1: written with the current kind of math channels.
   u32 math_generation() const { return get_u32(656); }
   void set_math_generation(u32 value) { put_u32(656, value); }
-  u8 original_number() const { return get_u8(660); }
-  void set_original_number(u8 value) { put_u8(660, value); }
   // 253 hidden, 255 added; nonzero with first unit byte 11: the descriptor is rewritten to the decimal form.
   u8 descriptor_form() const { return get_u8(661); }
   void set_descriptor_form(u8 value) { put_u8(661, value); }
   bool hidden() const { return descriptor_form() == kHiddenNumber; }
   u16 computation_kind() const { return get_u16(662); }
   void set_computation_kind(u16 value) { put_u16(662, value); }
-  // Anything but 1 clears the statistics of the channel at load.
-  u32 statistics_word() const { return get_u32(664); }
-  void set_statistics_word(u32 value) { put_u32(664, value); }
 };
 
 class WmpChannelExtension : public PackedRecord<356> {
@@ -274,14 +240,10 @@ class WmpChannelExtension : public PackedRecord<356> {
   u32 second_function_id() const { return get_u32(104); }
   void set_second_function_id(u32 value) { put_u32(104, value); }
   bool inverted() const { return get_u8(108) != 0; }
-  void set_inverted(bool value) { put_u8(108, value ? 1 : 0); }
   // A value between two samples is the earlier sample.
   bool stepped() const { return get_u8(110) != 0; }
-  void set_stepped(bool value) { put_u8(110, value ? 1 : 0); }
   bool digit_channel() const { return get_u8(111) != 0; }
-  void set_digit_channel(bool value) { put_u8(111, value ? 1 : 0); }
   bool whole_numbers() const { return get_u8(112) != 0; }
-  void set_whole_numbers(bool value) { put_u8(112, value ? 1 : 0); }
   i8 decimals() const { return get_i8(113); }
   void set_decimals(i8 value) { put_u8(113, static_cast<u8>(value)); }
   bool decimals_by_name() const { return get_u8(114) != 0; }
@@ -300,11 +262,9 @@ class WmpLapRecord : public PackedRecord<134> {
   u32 sample_count() const { return get_u32(34); }
   void set_sample_count(u32 value) { put_u32(34, value); }
   u8 kind() const { return get_u8(38); }
-  void set_kind(u8 value) { put_u8(38, value); }
   u16 run() const { return get_u16(83); }
   void set_run(u16 value) { put_u16(83, value); }
   bool counts_for_best() const { return get_u16(112) != 0; }
-  void set_counts_for_best(bool value) { put_u16(112, value ? 1 : 0); }
   // Cleared at load when the lap time is 0.
   u32 mark() const { return get_u32(114); }
   void set_mark(u32 value) { put_u32(114, value); }
@@ -322,15 +282,12 @@ class WmpRunRecord : public PackedRecord<4096> {
   u16 number() const { return get_u16(0); }
   void set_number(u16 value) { put_u16(0, value); }
   i32 first_gear_teeth() const { return get_i32(4); }
-  void set_first_gear_teeth(i32 value) { put_i32(4, value); }
   i32 second_gear_teeth() const { return get_i32(8); }
-  void set_second_gear_teeth(i32 value) { put_i32(8, value); }
   float wheel_circumference_mm() const { return get_f32(12); }
   void set_wheel_circumference_mm(float value) { put_f32(12, value); }
   std::string name() const { return get_text(67, kNameWidth); }
   void set_name(std::string_view text) { put_text(67, kNameWidth, text); }
   std::string comment() const { return get_text(107, kCommentWidth); }
-  void set_comment(std::string_view text) { put_text(107, kCommentWidth, text); }
 };
 
 class WmpExtraRecord : public PackedRecord<64> {};
