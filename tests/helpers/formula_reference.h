@@ -71,36 +71,23 @@ class FormulaGenerator {
     return node;
   }
 
-  FormulaNode expression(int depth) {
-    FormulaNode left = signed_term(depth);
-    while (chance(3)) {
-      const std::string sign = chance(2) ? "+" : "-";
+  FormulaNode expression(int depth) { return chain(0, depth); }
+  // Levels of precedence: sums, products, powers. The operands of a sum may carry a sign.
+  FormulaNode chain(std::size_t level, int depth) {
+    static const std::vector<std::string> kOperators[] = {{"-", "+"}, {"/", "*"}, {"^"}};
+    if (level == std::size(kOperators)) return primary(depth);
+    FormulaNode left = operand(level, depth);
+    while (chance(static_cast<u32>(3 + 2 * level))) {
+      const std::string sign = kOperators[level][choices_(static_cast<u32>(kOperators[level].size()))];
       put(sign);
-      left = binary(sign, std::move(left), signed_term(depth));
+      left = binary(sign, std::move(left), operand(level, depth));
     }
     return left;
   }
-  FormulaNode signed_term(int depth) {
-    if (!chance(5)) return term(depth);
+  FormulaNode operand(std::size_t level, int depth) {
+    if (level > 0 || !chance(5)) return chain(level + 1, depth);
     put("-");
-    return binary("*", term(depth), literal(-1.0F));
-  }
-  FormulaNode term(int depth) {
-    FormulaNode left = power(depth);
-    while (chance(4)) {
-      const std::string sign = chance(2) ? "*" : "/";
-      put(sign);
-      left = binary(sign, std::move(left), power(depth));
-    }
-    return left;
-  }
-  FormulaNode power(int depth) {
-    FormulaNode left = primary(depth);
-    while (chance(8)) {
-      put("^");
-      left = binary("^", std::move(left), primary(depth));
-    }
-    return left;
+    return binary("*", chain(level + 1, depth), literal(-1.0F));
   }
   FormulaNode primary(int depth) {
     switch (choices_(depth > 0 ? 5 : 2)) {

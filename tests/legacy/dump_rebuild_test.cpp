@@ -28,7 +28,6 @@ struct Rebuilt {
   bool succeeded = false;
   u32 error = 0;
   Words words;
-  std::vector<DumpLap> laps;
 };
 
 Rebuilt rebuild(const Bytes& bytes, i32 family = kPlainFamily, u64 most_words = kNoLimit) {
@@ -42,7 +41,6 @@ Rebuilt rebuild(const Bytes& bytes, i32 family = kPlainFamily, u64 most_words = 
   Rebuilt result;
   result.succeeded = reader.Rebuild(family, &result.error);
   result.words = reader.take_words();
-  result.laps.assign(reader.laps().begin(), reader.laps().end());
   return result;
 }
 
@@ -55,14 +53,7 @@ Words words_of(const Dump& made, i32 family = kPlainFamily) {
 }
 
 TEST(DumpRebuild, SamplesGoRoundTheSchedule) {
-  struct Case {
-    const char* what;
-    i32 family;
-    Bytes schedule;
-    Words stream;
-    Words wanted;
-  };
-  const Case cases[] = {
+  const std::tuple<const char*, i32, Bytes, Words, Words> cases[] = {
       {"ascending by channel, whatever the schedule's order", 0, {9, 2}, {1, 2, 3, 4}, {2, 4, 1, 3}},
       {"twice in a round", 0, {5, 2, 5, 9}, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, {2, 6, 10, 1, 3, 5, 7, 9, 4, 8}},
       {"bytes that name no channel", 0, {5, 255, 24, 2, 31}, {1, 2, 3, 4}, {2, 4, 1, 3}},
@@ -71,34 +62,26 @@ TEST(DumpRebuild, SamplesGoRoundTheSchedule) {
       {"family 7 skips 24 to 31 and 250 to 255", 7, {40, 24, 31, 250, 255}, {1, 2}, {1, 2}},
       {"other families know no extended channels", 0, {40, 1, 249}, {1, 2}, {1, 2}},
   };
-  for (const Case& one : cases) {
-    SCOPED_TRACE(one.what);
-    EXPECT_EQ(words_of(Dump(one.schedule).words(one.stream), one.family), one.wanted);
+  for (const auto& [what, family, schedule, stream, wanted] : cases) {
+    EXPECT_EQ(words_of(Dump(schedule).words(stream), family), wanted) << what;
   }
 }
 
 TEST(DumpRebuild, ScheduleLengthFollowsTheFamily) {
-  struct Case {
-    const char* what;
-    i32 family;
-    u32 device;
-    std::vector<std::size_t> places;  // where in the schedule channel 1, then 2, and so on stands
-    Words wanted;                     // of the stream 1, 2, 3, 4
-  };
-  const Case cases[] = {
+  // Family, device, where in the schedule channels 1, 2 and so on stand, and what the stream 1, 2, 3, 4 becomes.
+  const std::tuple<const char*, i32, u32, std::vector<std::size_t>, Words> cases[] = {
       {"500 entries", 5, 0, {0, 499, 500}, {1, 3, 2, 4}},
       {"1000 entries", 7, 0, {0, 999, 1000}, {1, 3, 2, 4}},
       {"5000 where a channel stands behind them", 0, 0, {0, 4500}, {1, 3, 2, 4}},
       {"never more than 5000", 0, 0, {0, 4999}, {1, 3, 2, 4}},
       {"the layout of device 37 has room for 2000", 0, 37, {0, 1999, 2000}, {1, 3, 2, 4}},
   };
-  for (const Case& one : cases) {
-    SCOPED_TRACE(one.what);
+  for (const auto& [what, family, device, places, wanted] : cases) {
     Bytes schedule(dump::kScheduleRoom, 0xFF);
-    for (std::size_t i = 0; i < one.places.size(); ++i) schedule[one.places[i]] = static_cast<u8>(i + 1);
+    for (std::size_t i = 0; i < places.size(); ++i) schedule[places[i]] = static_cast<u8>(i + 1);
     Dump made(schedule);
-    made.set_device(one.device).words({1, 2, 3, 4});
-    EXPECT_EQ(words_of(made, one.family), one.wanted);
+    made.set_device(device).words({1, 2, 3, 4});
+    EXPECT_EQ(words_of(made, family), wanted) << what;
   }
 }
 
@@ -126,15 +109,10 @@ TEST(DumpRebuild, RefusesADumpWithoutChannels) {
 }
 
 TEST(DumpRebuild, StreamsByHand) {
-  struct Case {
-    const char* what;
-    Dump made;
-    Words wanted;
-  };
   Words lost_run(257, 0);
   lost_run.front() = 5;
   lost_run.back() = 6;
-  const Case cases[] = {
+  const std::tuple<const char*, Dump, Words> cases[] = {
       {"a channel without samples has no place", Dump({1, 2, 3}).set_byte(2, 1).words({10, 20}), {10, 20}},
       {"a wrong sum",
        Dump({1, 2}).words({1, 2}).checksum().words({3, 4, 5, 6}).checksum(1).words({7, 8}).checksum().words({9, 10}),
@@ -165,10 +143,7 @@ TEST(DumpRebuild, StreamsByHand) {
       {"and 256 are the end", Dump({1}).words({5}).repeat(256, 0xFFFF).words({6, 7}), {5}},
       {"others of high byte 0xFF are samples", Dump({1}).words({0xFF00, 0xFFFE}), {0xFF00, 0xFFFE}},
   };
-  for (const Case& one : cases) {
-    SCOPED_TRACE(one.what);
-    EXPECT_EQ(words_of(one.made), one.wanted);
-  }
+  for (const auto& [what, made, wanted] : cases) EXPECT_EQ(words_of(made), wanted) << what;
 }
 
 TEST(DumpRebuild, ReadingStopsBehindAnErasedTail) {
@@ -193,20 +168,6 @@ TEST(DumpRebuild, OnlySoManyDamagedBlocksAndWordsAreKnown) {
   const Bytes bytes = Dump({1, 2}).words({1, 2, 3, 4, 5, 6}).bytes();
   EXPECT_EQ(rebuild(bytes, kPlainFamily, 4).words, (Words{1, 3, 5, 2}));
   EXPECT_EQ(rebuild(bytes, kPlainFamily, 0).words, Words{});
-}
-
-TEST(DumpRebuild, LapTimesAreHeldAgainstTheSamples) {
-  // One sample a second.
-  Dump made({1});
-  made.repeat(10, 1).lap_record(2, 41, 8600);   // 8500 by the samples: believed
-  made.repeat(10, 1).lap_record(20, 42, 9500);  // too far off, and of an unknown kind
-  made.repeat(4, 1).lap_record(14, 43, 100);    // a split ends no lap
-  made.repeat(6, 1).lap_end(1);
-  made.repeat(3, 1);
-  // Number, kind, time.
-  std::vector<std::tuple<u32, u32, u32>> laps;
-  for (const DumpLap& lap : rebuild(made.bytes()).laps) laps.emplace_back(lap.number, lap.kind, lap.time_ms);
-  EXPECT_EQ(laps, (decltype(laps){{41, 2, 8600}, {42, 10, 8500}, {43, 1, 8500}, {44, 0, 1500}}));
 }
 
 TEST(DumpRebuild, RandomBytesYieldNoMoreThanTheyHold) {

@@ -107,33 +107,20 @@ TEST(Measure, RewritesOldUnitFields) {
 
 TEST(Measure, SettersChangeTheCalibrationAndConvertAgain) {
   using Parameters = std::array<float, 5>;
-  struct Case {
-    const char* what;
-    u16 sensor;
-    bool (CWMPMisura::*setter)(float);
-    float value;
-    Parameters before;
-    Parameters after;
+  using Setter = bool (CWMPMisura::*)(float);
+  const std::tuple<const char*, u16, Setter, float, Parameters, Parameters> cases[] = {
+      {"pulses", 0, &CWMPMisura::SetParametro_1, 3, {1, 0, 0, 0, 0}, {1, 0, -666, 3, 0}},
+      {"wheel, first change", 93, &CWMPMisura::SetParametro_1, 1500, {1400, 8}, {1400, 8, -666, 1500, 8}},
+      {"wheel, second change", 93, &CWMPMisura::SetParametro_1, 5, {1400, 8, -666, 1500, 4}, {1400, 8, -666, 10, 4}},
+      {"magnets, first change", 1, &CWMPMisura::SetParametro_2, 5.9F, {1400, 8}, {1400, 8, -666, 1400, 5}},
+      {"bottom, not above zero", 8, &CWMPMisura::SetParametro_3, 4, {0, 1, -5, 1, 1}, {0, 1, 0, 1, 1}},
   };
-  constexpr auto set1 = &CWMPMisura::SetParametro_1;
-  constexpr auto set2 = &CWMPMisura::SetParametro_2;
-  constexpr auto set3 = &CWMPMisura::SetParametro_3;
-  const Case cases[] = {
-      {"pulses", 0, set1, 3, {1, 0, 0, 0, 0}, {1, 0, -666, 3, 0}},
-      {"wheel, first change", 93, set1, 1500, {1400, 8, 0, 0, 0}, {1400, 8, -666, 1500, 8}},
-      {"wheel, second change", 93, set1, 5, {1400, 8, -666, 1500, 4}, {1400, 8, -666, 10, 4}},
-      {"magnets, first change", 1, set2, 5.9F, {1400, 8, 0, 0, 0}, {1400, 8, -666, 1400, 5}},
-      {"bottom, not above zero", 8, set3, 4, {0, 1, -5, 1, 1}, {0, 1, 0, 1, 1}},
-  };
-  for (const Case& one : cases) {
-    SCOPED_TRACE(one.what);
-    wmp::Channel channel = sensor_channel(one.sensor, "x");
-    channel.parameters = one.before;
+  for (const auto& [what, sensor, setter, value, before, after] : cases) {
+    wmp::Channel channel = sensor_channel(sensor, "x");
+    channel.parameters = before;
     OneMeasure alone(channel);
-    CWMPMisura& measure = alone.measure();
-    EXPECT_TRUE((measure.*one.setter)(one.value));
-    EXPECT_TRUE(alone.session().tables.changed);
-    EXPECT_EQ(alone.session().tables.channels[0].record.parameters(), one.after);
+    EXPECT_TRUE((alone.measure().*setter)(value)) << what;
+    EXPECT_EQ(alone.session().tables.channels[0].record.parameters(), after) << what;
   }
   // The values follow: a multiplier of 2 in place of 0.5.
   wmp::Channel multiplied = sensor_channel(70, "x");

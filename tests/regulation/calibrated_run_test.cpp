@@ -93,23 +93,15 @@ TEST(RegulationCalculator, HasOneCalculatorPerRunAndWritesTheDefaultTable) {
   const TempFolder temp;
   test::FakeSession session;
   session.folder = test::folder_of(temp);
-  CalculationOptions options;
-  EXPECT_EQ(options.mode, kCalibrationOff);
-  const std::wstring root = session.folder + L"/";
-  EXPECT_EQ(RegulationCalculator(&session, options, kCalibrationOff, root).run_count(), 0U);
-  EXPECT_TRUE(temp.names().empty());
-
   session.run_list = {{1, 0, 100}, {2, 100, 100}};
-  RegulationCalculator off(&session, options, kCalibrationOff, root);
-  EXPECT_EQ(off.run_count(), 2U);
-  EXPECT_TRUE(std::filesystem::exists(temp.path() / "user/et_prediction/Default.etp"));
-  const std::vector<float> speeds(100, 40.0F);
-  EXPECT_TRUE(off.run(1).calibrate(speeds, 50, RunMarks{}).distances_ft.empty());
-  // The mode of the opening goes before that of the options.
+  CalculationOptions options;
   options.mode = 2;
-  RegulationCalculator on(&session, options, kCalibrationOff, root);
-  EXPECT_EQ(on.run(0).mode(), 2);
-  EXPECT_EQ(on.run(0).calibrate(speeds, 50, RunMarks{}).distances_ft.size(), 100U);
+  const std::wstring root = session.folder + L"/";
+  RegulationCalculator calculator(&session, options, kCalibrationOff, root);
+  EXPECT_EQ(calculator.run_count(), 2U);
+  EXPECT_TRUE(std::filesystem::exists(temp.path() / "user/et_prediction/Default.etp"));
+  EXPECT_EQ(calculator.run(1).calibrate(std::vector<float>(100, 40.0F), 50, RunMarks{}).distances_ft.size(), 100U);
+  // The mode of the opening goes before that of the options.
   EXPECT_EQ(RegulationCalculator(&session, options, 4, root).run(0).mode(), 4);
 }
 
