@@ -22,19 +22,6 @@ std::vector<float> converted(wmp::Channel channel) {
   return SoundSession(file).values(0);
 }
 
-TEST(ChannelChain, GainAndOffsetComeBeforeTheInvert) {
-  wmp::Channel channel = plain_channel("A", {1, 2, 0x8000});
-  channel.gain = 2;
-  channel.offset = 1;
-  channel.inverted = true;
-  EXPECT_EQ(converted(channel), (std::vector<float>{-3, -5, -65537}));
-  // Digit channels know no sensor.
-  wmp::Channel digits = plain_channel("A", {0xA0, 0xFF01, 0x8000});
-  digits.sensor = 17;
-  digits.digit = true;
-  EXPECT_EQ(converted(digits), (std::vector<float>{68, 1, 0}));
-}
-
 TEST(ChannelChain, StoredUnitsFollowTheUser) {
   wmp::Channel channel = plain_channel("Boost", {0, 2000, 0xFFFF});
   channel.sensor = 999;
@@ -97,27 +84,6 @@ TEST(ChannelChain, ImperialColdJunctionWithAndWithoutDescriptor) {
   EXPECT_EQ(SoundSession(file).values(0)[0], 1077.0F);
   file.logged[0].unit = "\t01021";
   EXPECT_EQ(SoundSession(file).values(0)[0], 1045.0F);
-}
-
-TEST(ChannelChain, FilterWordAndSensorAskForSmoothing) {
-  // A step: any pass of the filter changes it.
-  std::vector<u16> words(20, 100);
-  words.resize(40, 300);
-  const auto with_filter = [&](u16 filter, u16 sensor) {
-    wmp::Channel channel = plain_channel("A", words, k10Hz);
-    channel.filter = filter;
-    channel.sensor = sensor;
-    return converted(channel);
-  };
-  const std::vector<float> unfiltered(words.begin(), words.end());
-  const std::vector<float> once = with_filter(1, 998);
-  EXPECT_NE(once, unfiltered);
-  EXPECT_NE(with_filter(2, 998), once);
-  for (const u16 no_pass : {u16{0}, u16{0x401}, u16{11}}) EXPECT_EQ(with_filter(no_pass, 998), unfiltered) << no_pass;
-  // Sensor 42 is smoothed once more, so that its step overshoots; sensor 11 is not.
-  const std::vector<float> gyro = with_filter(0, 42);
-  EXPECT_GT(*std::max_element(gyro.begin(), gyro.end()), gyro.back());
-  EXPECT_EQ(with_filter(0, 11), with_filter(0x401, 11));
 }
 
 }  // namespace

@@ -45,32 +45,6 @@ TEST(SampleConversion, StoredUnits) {
   }
 }
 
-TEST(SampleConversion, ColdJunctionAddsTheTemperatureOfItsTime) {
-  const Values junction = {20, 21, 22};
-  struct Case {
-    const char* what;
-    u32 period_ms;
-    u32 duration_ms;
-    float zero;
-    Values expected;
-  };
-  const Case cases[] = {
-      {"each temperature holds for its period", 500, 10000, 0, {120, 220, 321, 421, 522}},
-      {"ends with the session", 500, 1500, 0, {120, 220, 321, 400, 500}},
-      {"less the offset that the thermocouple has already", 500, 10000, 32, {88, 188, 289, 389, 490}},
-      {"ends with the junction's values", 1000, 10000, 0, {120, 221, 322, 400, 500}},
-  };
-  for (const Case& c : cases) {
-    Values values = {100, 200, 300, 400, 500};
-    add_cold_junction(values, c.period_ms, junction, 1000, c.duration_ms, c.zero);
-    EXPECT_EQ(values, c.expected) << c.what;
-  }
-  // The time of sample 134218 is the first one at or behind the longest duration; it doesn't wrap around to 0.
-  Values slow(140000, 0.0F);
-  add_cold_junction(slow, 32000, Values(140000, 1.0F), 32000, 0xFFFFFFFF, 0.0F);
-  EXPECT_EQ(std::count(slow.begin(), slow.end(), 1.0F), 134218);
-}
-
 // `count` times `value`.
 Values run(std::size_t count, float value) {
   return Values(count, value);
@@ -110,34 +84,6 @@ TEST(FlatRuns, BecomeRamps) {
     Values values = c.before;
     repair_flat_runs(values, c.period_ms);
     EXPECT_EQ(values, c.after) << c.what;
-  }
-}
-
-TEST(SampleConversion, SmoothingPassesOfAFilterWord) {
-  const std::pair<u16, i32> cases[] = {{0, 0},      {1, 1},      {10, 10},    {11, 0},     {15, 0},
-                                       {16, 0},     {31, 0},     {0x21, 1},   {0x8001, 1}, {0x0401, 0},
-                                       {0x040A, 0}, {0xFBE2, 2}, {0xFFE2, 0}, {0x03EA, 10}};
-  for (const auto& [word, passes] : cases) EXPECT_EQ(smoothing_passes(word), passes) << word;
-}
-
-TEST(SampleConversion, Statistics) {
-  struct Case {
-    const char* what;
-    Values values;
-    bool bounded;
-    float minimum;
-    float mean;
-    float maximum;
-  };
-  const Case cases[] = {
-      {"plain", {2, -1, 3, 0}, false, -1.0F, 1.0F, 3.0F},
-      // The minimum of what is above 0; the sum of 2, -1 and 0, over all four.
-      {"bounded", {2, -1, 3, 0}, true, 2.0F, 0.25F, 3.0F},
-      {"no values, bounded", {}, true, 0.0F, 0.0F, 0.0F},
-  };
-  for (const Case& c : cases) {
-    const ValueStatistics found = value_statistics(c.values, c.bounded);
-    EXPECT_EQ(std::tuple(found.minimum, found.mean, found.maximum), std::tuple(c.minimum, c.mean, c.maximum)) << c.what;
   }
 }
 

@@ -319,17 +319,6 @@ TEST(FormulaChannels, AChannelOfStepsStaysOnItsEarlierSample) {
   for (std::size_t i = 0; i < 40; ++i) EXPECT_EQ(held[i], i <= 20 ? static_cast<float>(i / 10 * 10) : 0.0F) << i;
 }
 
-TEST(FormulaChannels, LapsEndWithTheirLapTime) {
-  wmp::File file;
-  file.logged = {plain_channel("A", std::vector<u16>(12, 1), k10Hz)};
-  file.derived = {formula_channel("Time", "time()", k10Hz)};
-  file.laps = {wmp::Lap{500, 1, 1, 300}, wmp::Lap{700, 1, 2}};
-  SoundSession opened(file);
-  const std::vector<float> time = opened.values(1);
-  ASSERT_EQ(time.size(), 12U);
-  for (std::size_t i = 1; i < time.size(); ++i) EXPECT_EQ(time[i] > time[i - 1], i != 5) << i;
-}
-
 TEST(DerivedChannels, WhatCannotBeComputedIsZero) {
   wmp::File file = shaft_file(0);
   file.derived = {formula_channel("Nobody's kind", "Engine"), formula_channel("Broken", "Engine +")};

@@ -72,46 +72,6 @@ TEST(WmpReader, ChannelsReachTheHostWithEvenTimes) {
   EXPECT_EQ(samples_of(last).times[1], 1.0);
 }
 
-TEST(WmpReader, LapsStandUnderTheirRun) {
-  wmp::File file = small_file(600);
-  file.laps = {wmp::Lap{60, 1, 1, 61}, wmp::Lap{50, 1, 2}, wmp::Lap{0, 2, 1}, wmp::Lap{40, 2, 2, 39}};
-  ReadSession session(wmp::build(file));
-  ASSERT_TRUE(session.reader().ParsaFile(nullptr));
-  const SessionMap& sessions = session.reader().GetSessioni();
-  ASSERT_EQ(sessions.size(), 2U);
-  const SRkLap& first = *sessions.at(1)->laps.at(1);
-  const SRkLap& second = *sessions.at(1)->laps.at(2);
-  const SRkLap& last = *sessions.at(2)->laps.at(2);
-  using Times = std::vector<u64>;
-  EXPECT_EQ((Times{first.duration, first.end, last.start, last.duration}), (Times{61000, 60000, 110000, 39000}));
-  EXPECT_EQ((Times{second.start, second.end, second.duration, second.marker_time}),
-            (Times{60000, 110000, 50000, 110000}));
-  EXPECT_EQ((Times{second.session_byte, second.lap_number, second.kind[0], second.kind[1]}), (Times{1, 2, 7, 2}));
-}
-
-TEST(WmpReader, TextsAndDate) {
-  wmp::File file = small_file(700);
-  file.vehicle = std::string(45, 'v');  // a field without a NUL ends with the field
-  file.track = "North loop";
-  file.racer = "A. Driver";
-  file.championship = "Winter cup";
-  file.venue_type = 21;
-  // Old files have neither championship nor venue.
-  for (const auto& [version, championship, venue] :
-       {std::tuple{u16{700}, "Winter cup", "Test "}, {u16{451}, "", "Generic testing"}}) {
-    file.version = version;
-    ReadSession session(wmp::build(file));
-    CParserWMP& reader = session.reader();
-    ASSERT_TRUE(reader.ParsaFile(nullptr));
-    EXPECT_EQ(reader.GetNomeVeicolo(), std::string(40, 'v'));
-    EXPECT_EQ(reader.GetNomeTracciato() + reader.GetNomePilota(), "North loopA. Driver");
-    EXPECT_EQ(reader.GetNomeCampionato(), championship);
-    EXPECT_EQ(reader.GetNomeTipoVenue(), venue);
-    ASSERT_NE(reader.GetDataOra(), nullptr);
-    EXPECT_EQ(reader.GetDataOra()->tm_year, 103);
-  }
-}
-
 TEST(WmpReader, IdentifiesTheLogger) {
   wmp::File file = small_file(600);
   file.device_code = 1234;

@@ -193,7 +193,7 @@ TEST_F(BoostLimitSession, FillsEachOutputByItsConfiguration) {
   const Case cases[] = {
       {"", 2140.0F, 2400.0F, 11, 38},  // 2200 - (1010 - 950)
       {"filtering=zep_fir_50\nPboost2nd=Boost B\n", 2140.0F, 2500.0F, 8, 27},
-      {"pct_scaling=1\n", 2200.0F * 950.0F / 1010.0F, 2400.0F, 9, 30},
+      {"pct_scaling=1\ntrigger_low=10\n", 2200.0F * 950.0F / 1010.0F, 2400.0F, 3, 30},
       {"PCT_SCALING=2\ntrigger_low=60\ntrigger_high=400\n", 2090.0F, 2400.0F, 19, 129},
       // Values that fail their tests leave the defaults.
       {"counter_low=0.5\ntrigger_low=5\ntrigger_high=nan\ndecay_applied=-1\npboost_mul_to_mbar=0\n", 2140.0F, 2400.0F,
