@@ -69,7 +69,7 @@ std::wstring CParserWMP::trace_path_of(const std::wstring& session_path) {
     path.push_back(is_capital ? kCapital[i] : kSmall[i]);
   }
   for (const std::wstring_view ending : {std::wstring_view(path).substr(stem), kSmall, kCapital}) {
-    const std::wstring candidate = session_path.substr(0, stem).append(ending);
+    std::wstring candidate = session_path.substr(0, stem).append(ending);
     if (platform::file_exists(candidate)) return candidate;
   }
   return path;

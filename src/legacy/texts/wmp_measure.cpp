@@ -154,7 +154,7 @@ std::string CWMPMisura::make_unit_text() const {
     const std::optional<u8> code = data_base.unit_code(unit_id);
     return code.has_value() ? std::string(data_base.unit_text(*code)) : std::string();
   }
-  const std::string stored = record().unit_text();
+  std::string stored = record().unit_text();
   const SensorTraits traits = find_sensor(sensor_id()).traits;
   switch (traits.unit) {
     case MeasureUnit::kFixed:
