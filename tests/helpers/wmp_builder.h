@@ -61,7 +61,6 @@ struct Channel {
   u32 math_generation = 1;
   u8 form = 0;  // byte 661
   u16 kind = 0;
-  u32 statistics_word = 1;
   u32 function_id = 0;
   u32 second_function_id = 0;
   bool inverted = false;
@@ -76,8 +75,6 @@ struct Lap {
   i16 number = 1;
   u32 true_time_ms = 0;
   u32 samples = 0;
-  u16 counts_for_best = 1;
-  u32 mark = 0;
 };
 
 struct Run {
@@ -182,9 +179,7 @@ inline Bytes channel_record(const Channel& channel) {
   out.real(76, channel.display_minimum).real(80, channel.display_maximum);
   for (std::size_t i = 0; i < 5; ++i) out.real(92 + 4 * i, channel.parameters[i]);
   out.real(132, channel.gain).real(136, channel.offset).text(140, 256, channel.formula);
-  out.dword(656, channel.math_generation).byte(661, channel.form).word(662, channel.kind);
-  out.dword(664, channel.statistics_word);
-  return out.bytes();
+  return out.dword(656, channel.math_generation).byte(661, channel.form).word(662, channel.kind).dword(664, 1).bytes();
 }
 
 inline Bytes channel_extension(const Channel& channel) {
@@ -207,8 +202,7 @@ inline Bytes old_channel_record(const Channel& channel) {
 inline Bytes lap_record(const Lap& lap, std::size_t size) {
   Fields out(size);
   out.dword(4, lap.time_ms).word(16, static_cast<u16>(lap.number)).dword(34, lap.samples).word(83, lap.run);
-  out.word(112, lap.counts_for_best).dword(114, lap.mark).dword(118, lap.true_time_ms);
-  return out.bytes();
+  return out.word(112, 1).dword(118, lap.true_time_ms).bytes();
 }
 
 inline Bytes run_record(const Run& run) {

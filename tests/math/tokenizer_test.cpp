@@ -79,27 +79,6 @@ TEST_F(FormulaText, WhatIsWrongAndWhereItStands) {
   }
 }
 
-TEST_F(FormulaText, TokensKnowTheirPlaceCodeAndMeaning) {
-  ASSERT_TRUE(tokenize(" band_pass( Linear Acc. ,-1.25, 2)"));
-  const SMathToken expected[] = {
-      {83, 1, 9, 0, 3, 0.0F},   {3, 10, 10, 0, 0, 0.0F},   {51, 12, 22, 1, 0, 0.0F}, {2, 24, 24, 0, 0, 0.0F},
-      {33, 25, 25, 0, 0, 0.0F}, {17, 26, 29, 0, 0, 1.25F}, {2, 30, 30, 0, 0, 0.0F},  {17, 32, 32, 0, 0, 2.0F},
-      {4, 33, 33, 0, 0, 0.0F},  {1, 34, 34, 0, 0, 0.0F},
-  };
-  ASSERT_EQ(tokenizer_.TokenCount(), std::size(expected));
-  const auto fields_of = [](const SMathToken& t) {
-    return std::tie(t.code, t.start, t.end, t.symbol, t.parameters, t.value);
-  };
-  for (std::size_t i = 0; i < std::size(expected); ++i) {
-    const SMathToken* token = tokenizer_.GetToken(i, true);
-    ASSERT_NE(token, nullptr);
-    EXPECT_TRUE(fields_of(*token) == fields_of(expected[i])) << "token " << i;
-  }
-  EXPECT_EQ(tokenizer_.GetToken(10, true), nullptr);
-  tokenizer_.ClearTokens();
-  EXPECT_EQ(tokenizer_.TokenCount(), 0U);
-}
-
 TEST_F(FormulaText, NumbersGoToASingleFloatAtOnce) {
   const std::pair<std::string, float> cases[] = {
       {"1.2.3", 1.2F},
