@@ -3,7 +3,7 @@
 
 add_library(traguardo_flags INTERFACE)
 target_compile_options(traguardo_flags INTERFACE
-  -Wall -Wextra -Wconversion -Wshadow -Werror
+  -Wall -Wextra -Wconversion -Wshadow $<$<BOOL:${TRAGUARDO_WERROR}>:-Werror>
   # Results are compared bit for bit: one multiply, one add, in the order that the code gives.
   -ffp-contract=off)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
@@ -57,27 +57,43 @@ function(traguardo_room name)
   endif()
 endfunction()
 
+# The linker's lists of what leaves the library, from the one list of names.
+function(traguardo_export_lists)
+  set(list ${PROJECT_SOURCE_DIR}/src/api/exported_functions.txt)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list})
+  file(STRINGS ${list} names)
+  list(TRANSFORM names PREPEND "  " OUTPUT_VARIABLE indented)
+  list(JOIN indented "\n" def_lines)
+  list(JOIN indented ";\n  " map_lines)
+  file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/traguardo.def @ONLY CONTENT "LIBRARY traguardo\nEXPORTS\n@def_lines@\n")
+  # A version node, so that a later interface can stand beside this one.
+  file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/traguardo.map @ONLY
+    CONTENT "TRAGUARDO_1.0 {\n  global:\n  @map_lines@;\n  local: *;\n};\n")
+endfunction()
+
 function(traguardo_shared_library)
+  traguardo_export_lists()
   file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/api/*.cpp)
-  if(NOT sources)
-    return()
-  endif()
   if(WIN32)
-    list(APPEND sources ${PROJECT_SOURCE_DIR}/src/api/traguardo.def)
+    list(APPEND sources ${PROJECT_BINARY_DIR}/traguardo.def)
   endif()
   add_library(traguardo SHARED ${sources})
+  add_library(traguardo::traguardo ALIAS traguardo)
+  # Hosts include <traguardo/exports.h>, from the build tree as from an installed copy.
+  configure_file(${PROJECT_SOURCE_DIR}/src/api/exports.h ${PROJECT_BINARY_DIR}/include/traguardo/exports.h COPYONLY)
   target_include_directories(traguardo
-    PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src/api> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+    PUBLIC $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
     PRIVATE ${PROJECT_SOURCE_DIR}/src)
   target_compile_definitions(traguardo PRIVATE TRAGUARDO_BUILDING_LIBRARY)
   target_link_libraries(traguardo PRIVATE traguardo_flags tg_logger tg_legacy)
-  set_target_properties(traguardo PROPERTIES PREFIX "lib" C_VISIBILITY_PRESET hidden)
+  set_target_properties(traguardo PROPERTIES
+    PREFIX "lib" C_VISIBILITY_PRESET hidden VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
   if(WIN32)
     set_target_properties(traguardo PROPERTIES PREFIX "" IMPORT_PREFIX "lib")
   else()
     target_link_options(traguardo PRIVATE
-      -Wl,--version-script=${PROJECT_SOURCE_DIR}/src/api/traguardo.map -Wl,--exclude-libs,ALL)
-    set_property(TARGET traguardo APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/src/api/traguardo.map)
+      -Wl,--version-script=${PROJECT_BINARY_DIR}/traguardo.map -Wl,--exclude-libs,ALL)
+    set_property(TARGET traguardo APPEND PROPERTY LINK_DEPENDS ${PROJECT_BINARY_DIR}/traguardo.map)
     if(NOT TRAGUARDO_SANITIZE AND NOT TRAGUARDO_FUZZ)
       target_link_options(traguardo PRIVATE -Wl,-z,defs)
     endif()

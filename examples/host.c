@@ -1,7 +1,7 @@
+/* SPDX-License-Identifier: MIT */
 /* A host of the library: opens a session file and prints its channels and laps. Plain C89. */
 #include <stdio.h>
-
-#include "exports.h"
+#include <traguardo/exports.h>
 
 int main(int argc, char** argv) {
   int file, i;

@@ -14,12 +14,12 @@ fi
 echo "== Packages"
 "$root/scripts/setup.sh" build
 echo "== Build"
-build="$root/build/demo"
-cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DTRAGUARDO_TESTS=OFF
+build="$root/build/release"
+(cd "$root" && cmake --preset release -DTRAGUARDO_TESTS=OFF -DTRAGUARDO_BENCH=OFF)
 cmake --build "$build" --target traguardo_tool
 tool="$build/tools/traguardo"
 
-out="$build/session"
+out="$root/build/demo"
 mkdir -p "$out"
 if [ $# -eq 1 ]; then
   session=$1
@@ -41,3 +41,4 @@ echo "== CSV: every sample of every channel"
 "$tool" export "$session" -o "$out/demo.csv"
 head -n 6 "$out/demo.csv"
 echo "... $(wc -l <"$out/demo.csv") lines in $out/demo.csv"
+echo "== The tool is $tool"

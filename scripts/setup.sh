@@ -9,7 +9,7 @@ packages_of() {
     build) echo "g++ cmake ninja-build zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev" ;;
     test) echo "python3 libgtest-dev libgmock-dev googletest libbenchmark-dev libgeographiclib-dev gpsbabel" ;;
     windows) echo "g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine wine64" ;;
-    quality) echo "clang clang-format clang-tidy libclang-rt-14-dev git python3" ;;
+    quality) echo "clang clang-format clang-tidy libclang-rt-14-dev git python3 pkg-config" ;;
     fuzz) echo "clang libclang-rt-14-dev" ;;
     *)
       echo "setup: no set \"$1\" (there are: build test windows quality fuzz)" >&2

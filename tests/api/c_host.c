@@ -1,8 +1,7 @@
 /* The public header from C: every function is called by its own name and type, and the codes for misuse are as told. */
 #include <stdio.h>
 #include <string.h>
-
-#include "exports.h"
+#include <traguardo/exports.h>
 
 static int failures = 0;
 
