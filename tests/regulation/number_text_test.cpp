@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 namespace traguardo {
@@ -12,35 +13,18 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 TEST(NumberText, ReadsFloatsAsTheCLibraryDoes) {
   const std::string zeros(400, '0');
-  const struct {
-    std::string text;
-    float value;
-    std::size_t used;
-  } kCases[] = {
-      {"12.5", 12.5F, 4},
-      {" \t+3e2x", 300.0F, 6},
-      {"-.5\r", -0.5F, 3},
-      {"1,5", 1.0F, 1},
-      {"1e", 1.0F, 1},
-      {"0x1Ap1 ", 52.0F, 6},
-      {"inf", kInfinity, 3},
-      {"1e999", kInfinity, 5},
-      {"1e99999999999999999999", kInfinity, 22},
-      {"1e-999", 0.0F, 6},
-      {"1" + zeros, kInfinity, 401},
-      {"0." + zeros + "1e500", kInfinity, 407},
-      {"1" + zeros + "e-800", 0.0F, 406},
-      {"", 0.0F, 0},
-      {"--5", 0.0F, 0},
-  };
-  for (const auto& row : kCases) {
-    SCOPED_TRACE(row.text.substr(0, 40));
+  for (const std::string& text :
+       {std::string("12.5"), std::string(" \t+3e2x"), std::string("-.5\r"), std::string("1,5"), std::string("1e"),
+        std::string("0x1Ap1 "), std::string("inf"), std::string("-Infinity"), std::string("nan"), std::string("1e999"),
+        std::string("1e99999999999999999999"), std::string("1e-999"), "1" + zeros, "0." + zeros + "1e500",
+        "1" + zeros + "e-800", std::string(""), std::string("--5"), std::string("e5")}) {
+    char* end = nullptr;
+    const float wanted = std::strtof(text.c_str(), &end);
     std::size_t used = 99;
-    EXPECT_EQ(float_from_text(row.text, &used), row.value);
-    EXPECT_EQ(used, row.used);
+    const float found = float_from_text(text, &used);
+    EXPECT_TRUE(found == wanted || (std::isnan(found) && std::isnan(wanted))) << text.substr(0, 40);
+    EXPECT_EQ(used, static_cast<std::size_t>(end - text.c_str())) << text.substr(0, 40);
   }
-  EXPECT_TRUE(std::isnan(float_from_text("nan")));
-  EXPECT_TRUE(std::isnan(float_from_text(" -NAN")));
 }
 
 TEST(NumberText, ReadsWholeNumbersOf32Bits) {
