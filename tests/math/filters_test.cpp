@@ -91,6 +91,18 @@ TEST(Filters, MovingAverageIsTheMeanOfItsNeighbourhood) {
   }
 }
 
+TEST(Filters, GenericFiltersAddToWhatIsThere) {
+  const float in[] = {1, 2, 3, 4, 5};
+  const float b[] = {2, -1};
+  const float a[] = {0, -0.5F};
+  std::vector<float> out(5, 10.0F);
+  CFiltri::FirGenerico(in, 5, out.data(), b, 2);
+  expect_same(out, {1, 2, 14, 15, 16});  // 10 + 2 * 3 - 2, and so on.
+  out.assign(5, 0.0F);
+  CFiltri::IirGenerico(in, 5, out.data(), b, a, 2);
+  expect_same(out, {1, 2, 5, 7.5F, 9.75F});  // 2 * 3 - 2 + 0.5 * 2, and so on.
+}
+
 // The squared gain of a Butterworth low pass is 1 / (1 + (tan(pi f / fs) / tan(pi fc / fs)) ^ (2 order)).
 TEST(Filters, ButterworthHasItsFrequencyResponse) {
   constexpr double kRate = 100.0;

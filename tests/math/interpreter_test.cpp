@@ -185,6 +185,15 @@ TEST(FormulaValues, GearsAreThePeaksOfTheRatio) {
   EXPECT_EQ(gears_of("gear(rpm,speed,1,4)", box, stretches), (Gears{1, 2, 3, 4, 4}));
   // Two gears of three: the two highest peaks, of 50 and 40 samples.
   EXPECT_EQ(gears_of("gear(rpm,speed,5,6)", box, {60, 130}), (Gears{5, 6}));
+
+  // The slopes of a peak are none, though they are higher than the next one; of equal peaks each counts.
+  GearBox slopes;
+  slopes.drive(0.0F, 5);
+  for (const auto& [ratio, samples] :
+       {std::pair{0.0094F, 35}, {0.0100F, 40}, {0.0106F, 35}, {0.020F, 30}, {0.030F, 40}, {0.0305F, 1}}) {
+    slopes.drive(ratio, samples);
+  }
+  EXPECT_EQ(gears_of("gear(rpm,speed,1,3)", slopes, {5, 40, 80, 115, 145}), (Gears{1, 1, 1, 2, 3}));
 }
 
 TEST(FormulaValues, GearRangesThatNoBoxHasStayInBounds) {
