@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The comments below are laid out by hand. */
 /* clang-format off */
 /*
@@ -17,9 +18,15 @@
  *     changed, and stays valid until its file is closed.
  *  6. Failures show in the result alone: a null pointer, or a negative code as listed at each function. Where nothing else
  *     is said, -1 means that the handle is not open and -2 that the file has no data behind its handle.
- *  7. There is no lock anywhere: make all calls from one thread, or one at a time.
- *  8. While a file is open its samples lie in files <path>.NNN.tmp beside it; closing deletes them. Opening X.qlc leaves
- *     its expansion X.qlt beside it.
+ *  7. Any function may be called from any thread. Calls on different files run side by side; calls on one file wait for
+ *     each other. A text or date stays valid until its file is closed, so don't close what another thread still reads.
+ *  8. No exception leaves a function and no signal is handled or sent. Where a disk or the memory fails inside a call, it
+ *     gives its failure (-2 where several fit) and never a part of the data; the next call tries again.
+ *  9. A null pointer for a path, or for an output, is a wrong argument: -2 from open_file and close_file_n, and 0, with
+ *     nothing written, from the others.
+ * 10. While a file is open its samples lie in memory and in a file without a name beside it, which the system removes with
+ *     the process; TRAGUARDO_STORE_FOLDER in the environment names another folder for it. Opening X.qlc leaves its expansion
+ *     X.qlt beside it, in place of one that stands there only if it is whole, or longer. Opening X.wmp leaves X.bak.
  */
 #ifndef TRAGUARDO_EXPORTS_H
 #define TRAGUARDO_EXPORTS_H
