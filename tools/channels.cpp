@@ -38,7 +38,7 @@ Figures figures_of(const Samples& samples) {
 }  // namespace
 
 void show_channels(const ChannelsOptions& options) {
-  const Session session(options.file);
+  const Session session(options.file, options.recover);
   Json json = Json::array();
   Table table({{"Index", Align::right},
                {"Name", Align::left},

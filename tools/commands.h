@@ -13,6 +13,7 @@ namespace traguardo::tool {
 
 struct InfoOptions {
   std::string file;
+  bool recover = false;  // take back a clock that all behind it contradict
   bool json = false;
   bool verbose = false;  // name the derived channels as such
 };
@@ -20,18 +21,21 @@ void show_info(const InfoOptions& options);
 
 struct LapsOptions {
   std::string file;
+  bool recover = false;
   bool json = false;
 };
 void show_laps(const LapsOptions& options);
 
 struct ChannelsOptions {
   std::string file;
+  bool recover = false;
   bool json = false;
 };
 void show_channels(const ChannelsOptions& options);
 
 struct SamplesOptions {
   std::string file;
+  bool recover = false;
   std::string channel;
   bool one_lap = false;
   int lap = 0;
@@ -44,6 +48,7 @@ void show_samples(const SamplesOptions& options);
 enum class ExportFormat { csv, gpx, geojson };
 struct ExportOptions {
   std::string file;
+  bool recover = false;
   std::string output;
   std::vector<std::string> channels;  // empty: all logged and all derived GPS channels
   bool one_lap = false;
@@ -60,6 +65,7 @@ void show_gps(const GpsOptions& options);
 
 struct ReportOptions {
   std::string file;
+  bool recover = false;
   // Parts of the report; none set: all.
   bool channels = false;
   bool laps = false;

@@ -99,7 +99,7 @@ void export_session(const ExportOptions& options) {
   Inputs inputs;
   inputs.add_session(options.file);
   inputs.refuse(options.output);
-  Session session(options.file);
+  Session session(options.file, options.recover);
   std::optional<int> lap;
   if (options.one_lap) lap = session.lap_index(options.lap);
 

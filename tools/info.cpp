@@ -1,10 +1,12 @@
 // traguardo info: who, where, when, and how much there is.
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "commands.h"
+#include "damage.h"
 #include "inside.h"
 #include "json_output.h"
 #include "session.h"
@@ -34,12 +36,13 @@ std::string listed(const std::vector<std::string>& names) {
 }  // namespace
 
 void show_info(const InfoOptions& options) {
-  const Session session(options.file);
+  const Session session(options.file, options.recover);
   const double duration_s = session.duration_s();
   const std::size_t laps = session.laps().size();
   const std::size_t channels = session.logged_channels().size();
   const std::size_t gps_channels = session.gps_channel_count();
   const std::size_t gps_raw_samples = session.gps_solution_count();
+  const std::optional<Damage> damage = damage_of(*inside_of(session).reader);
 
   if (options.json) {
     Json json;
@@ -55,6 +58,7 @@ void show_info(const InfoOptions& options) {
     json["channels"] = channels;
     json["gps_channels"] = gps_channels;
     json["gps_raw_samples"] = gps_raw_samples;
+    if (damage) json["damage"] = to_json(*damage);
     if (options.verbose) json["derived_channels"] = derived_channels_of(session);
     print_out(to_document(json));
     return;
@@ -71,6 +75,9 @@ void show_info(const InfoOptions& options) {
                                                          {"Channels", std::to_string(channels)},
                                                          {"GPS channels", std::to_string(gps_channels)},
                                                          {"GPS solutions", std::to_string(gps_raw_samples)}};
+  if (damage) {
+    for (auto& pair : to_pairs(*damage, options.recover)) pairs.push_back(std::move(pair));
+  }
   if (options.verbose) pairs.emplace_back("Derived channels", listed(derived_channels_of(session)));
   print_out(pairs_to_text(pairs));
 }

@@ -34,7 +34,7 @@ std::optional<double> gap_of(const Lap& lap, std::optional<double> best_s) {
 }  // namespace
 
 void show_laps(const LapsOptions& options) {
-  const Session session(options.file);
+  const Session session(options.file, options.recover);
   const std::vector<Lap> laps = session.laps();
   const std::optional<double> best_s = best_duration(laps);
 

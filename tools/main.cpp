@@ -32,6 +32,11 @@ constexpr const char* kFileHelp = "Session file (.qlt, .qlc or .wmp)";
 constexpr const char* kJsonHelp = "Print JSON";
 constexpr const char* kLapHelp = "Only this lap, by its number in `traguardo laps`";
 
+template <typename Options>
+void add_recover_flag(CLI::App& command, Options& options) {
+  command.add_flag("--recover", options.recover, "Drop a frame whose wrong clock would cost what is behind it");
+}
+
 // A command that takes a file and --json.
 template <typename Options>
 void add_plain_command(CLI::App& app, const char* name, const char* help, void (*show)(const Options&)) {
@@ -39,6 +44,7 @@ void add_plain_command(CLI::App& app, const char* name, const char* help, void (
   const auto options = std::make_shared<Options>();
   command->add_option("FILE", options->file, kFileHelp)->required();
   command->add_flag("--json", options->json, kJsonHelp);
+  if constexpr (requires { options->recover; }) add_recover_flag(*command, *options);
   command->callback([options, show] { show(*options); });
 }
 
@@ -48,6 +54,7 @@ void add_info_command(CLI::App& app) {
   command->add_option("FILE", options->file, kFileHelp)->required();
   command->add_flag("--json", options->json, kJsonHelp);
   command->add_flag("--verbose", options->verbose, "Name also the channels that were computed, not logged");
+  add_recover_flag(*command, *options);
   command->callback([options] { show_info(*options); });
 }
 
@@ -60,6 +67,7 @@ void add_samples_command(CLI::App& app) {
   const CLI::Option* const head = command->add_option("--head", options->head, "Only the first samples")
                                       ->check(CLI::Range(0, std::numeric_limits<int>::max()));
   command->add_flag("--json", options->json, kJsonHelp);
+  add_recover_flag(*command, *options);
   command->callback([options, lap, head] {
     options->one_lap = lap->count() > 0;
     options->head_only = head->count() > 0;
@@ -83,6 +91,7 @@ void add_export_command(CLI::App& app) {
       command->add_flag("--gpx")->description("Write the GPS track as GPX 1.1")->excludes(channels);
   CLI::Option* const geojson =
       command->add_flag("--geojson")->description("Write the GPS track as GeoJSON")->excludes(channels)->excludes(gpx);
+  add_recover_flag(*command, *options);
   command->callback([options, lap, gpx, geojson] {
     options->one_lap = lap->count() > 0;
     if (gpx->count() > 0) options->format = ExportFormat::gpx;
@@ -105,6 +114,7 @@ void add_report_command(CLI::App& app) {
                    "NAME=SUFFIX: write the payloads of this tag to FILE with SUFFIX added; may be repeated")
       ->allow_extra_args(false)
       ->check([](const std::string& text) { return reason_not_a_tag_request(text); });
+  add_recover_flag(*command, *options);
   command->callback([options] { print_report(*options); });
 }
 

@@ -1,6 +1,7 @@
 // Opening a file, with a bar on standard error where that takes long and somebody is watching.
 #pragma once
 
+#include <list>
 #include <memory>
 #include <string>
 
@@ -12,6 +13,6 @@ namespace traguardo::tool {
 std::unique_ptr<IProgress> progress_for(const std::string& path);
 
 // The result of open_file for this path.
-int open_with_progress(const std::string& path);
+int open_with_progress(const std::string& path, const std::list<std::string>* reader_options);
 
 }  // namespace traguardo::tool

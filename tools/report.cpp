@@ -7,6 +7,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -14,6 +15,7 @@
 
 #include "api/reader_factory.h"
 #include "commands.h"
+#include "damage.h"
 #include "failure.h"
 #include "input_file.h"
 #include "inputs.h"
@@ -22,6 +24,7 @@
 #include "session.h"
 #include "support/platform/platform.h"
 #include "support/platform/unfinished_files.h"
+#include "table.h"
 #include "terminal.h"
 #include "text.h"
 
@@ -54,6 +57,7 @@ std::list<std::string> reader_options(const ReportOptions& options, const std::m
   if (options.laps || everything) texts.emplace_back("stat-lap=1");
   if (options.gps || everything) texts.emplace_back("stat-gps=1");
   if (options.gps_samples || everything) texts.emplace_back("gps-samples=1");
+  if (options.recover) texts.emplace_back(kRecoverClock);
   for (const auto& [name, suffix] : tags)
     texts.push_back(std::string("zep-dbg-info=+").append(name).append(";").append(suffix));
   return texts;
@@ -204,6 +208,9 @@ void print_report(const ReportOptions& options) {
   const bool readable = reader->ParsaFile(progress.get());
 
   const bool reported = print_report_file(folder.session() + kReportSuffix);
+  if (const std::optional<Damage> damage = damage_of(*reader); readable && reported && damage && !damage->is_none()) {
+    print_out("\n\nDamage\n" + pairs_to_text(to_pairs(*damage, options.recover)));
+  }
   if (kind == kKindQlc && exists(session)) say_where("expansion", session);
   if (take_place(folder.session() + kReportSuffix, session + kReportSuffix, readable)) {
     say_where("report", session + kReportSuffix);

@@ -77,7 +77,7 @@ void write_table(OutputFile& out, const Channel& channel, const ChosenSamples& s
 }  // namespace
 
 void show_samples(const SamplesOptions& options) {
-  Session session(options.file);
+  Session session(options.file, options.recover);
   const Channel channel = session.find_channel(options.channel);
   const ChosenSamples samples(session, channel, options);
   OutputFile out("-");

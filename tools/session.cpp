@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
+#include <list>
 #include <system_error>
 #include <utility>
 
@@ -147,12 +148,13 @@ void choose_store_folder(const std::string& session) {
   platform::set_environment_if_unset(kStoreFolder, folder.string());
 }
 
-Session::Session(const std::string& path) : path_(path) {
+Session::Session(const std::string& path, bool recover) : path_(path) {
   require_readable(path_);
   refuse_printing_onto(path_);
   choose_store_folder(path_);
   const MadeByOpening made(path_);
-  handle_ = open_with_progress(path_);
+  const std::list<std::string> reader_options{kRecoverClock};
+  handle_ = open_with_progress(path_, recover ? &reader_options : nullptr);
   if (handle_ <= 0) throw Failure(fmt::format("cannot open {}: {}", path_, reason_not_opened(path_)));
 }
 

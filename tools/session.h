@@ -34,6 +34,9 @@ struct Lap {
   bool finished = true;  // no mark closed it otherwise: it ends where the recording does
 };
 
+// The reader's option for that.
+inline constexpr const char* kRecoverClock = "recover-clock=1";
+
 struct Samples {
   std::vector<double> times_s;
   std::vector<double> values;
@@ -41,8 +44,9 @@ struct Samples {
 
 class Session {
  public:
-  // Throws Failure with the reason if the file can't be opened.
-  explicit Session(const std::string& path);
+  // Throws Failure with the reason if the file can't be opened. recover: a clock that all behind it contradict is taken
+  // back.
+  explicit Session(const std::string& path, bool recover = false);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;

@@ -71,10 +71,10 @@ OpenFailure failure_of(const SFileQLT& file, const std::wstring& path) {
 }
 
 // REQUIRES: the caller holds the file's lock, and nobody else has its handle.
-int parse(SFileQLT* file, IProgress* progress) {
+int parse(SFileQLT* file, IProgress* progress, const std::list<std::string>* options) {
   const std::wstring path = platform::path_from_host_bytes(file->path);
   const int kind = file_kind_of(path);
-  file->reader = CreaParser(path, kind, nullptr, false);
+  file->reader = CreaParser(path, kind, options, false);
   if (file->reader == nullptr) {
     t_last_failure = kind == kKindUnknown ? OpenFailure::kUnknownKind : OpenFailure::kNoMemory;
     return kOpenNoReader;
@@ -91,9 +91,9 @@ int parse(SFileQLT* file, IProgress* progress) {
   return 1;
 }
 
-int parse_or_give_up(SFileQLT* file, IProgress* progress) noexcept {
+int parse_or_give_up(SFileQLT* file, IProgress* progress, const std::list<std::string>* options) noexcept {
   try {
-    return parse(file, progress);
+    return parse(file, progress, options);
   } catch (const platform::ReadFailure&) {
     t_last_failure = OpenFailure::kNotReadable;
   } catch (...) {
@@ -169,7 +169,7 @@ LapLookup find_lap(const SFileQLT& file, int index, const SRkLap** lap) {
   return LapLookup::kFound;
 }
 
-int open_file_with_progress(const char* path, IProgress* progress) {
+int open_file_with_progress(const char* path, IProgress* progress, const std::list<std::string>* options) {
   t_last_failure = OpenFailure::kNone;
   if (path == nullptr) {
     t_last_failure = OpenFailure::kUnknownKind;
@@ -183,7 +183,7 @@ int open_file_with_progress(const char* path, IProgress* progress) {
     file = entered(path_text, &handle);
   } while (!file);
 
-  const int result = parse_or_give_up(&*file, progress);
+  const int result = parse_or_give_up(&*file, progress, options);
   if (result > 0) {
     file->state = SFileQLT::State::kOpen;
     return handle;

@@ -2,6 +2,7 @@
 // of its own for as long as a call works on it, so that different files are opened and read side by side.
 #pragma once
 
+#include <list>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -57,8 +58,8 @@ SFileQLT* find_file(int handle);
 enum class LapLookup { kFound, kNoSession, kNoLap };
 LapLookup find_lap(const SFileQLT& file, int index, const SRkLap** lap);
 
-// What the exported functions of the same names do; `progress` may be null.
-int open_file_with_progress(const char* path, IProgress* progress);
+// What the exported functions of the same names do; `progress` and `options`, those of CreaParser, may be null.
+int open_file_with_progress(const char* path, IProgress* progress, const std::list<std::string>* options = nullptr);
 int close_file(int handle);
 int close_file(const char* path);
 

@@ -17,6 +17,7 @@ constexpr int kHighestKind = 10;
 
 struct LoggerOptions {
   LoggerReportOptions report;
+  bool recover_clock = false;
   std::map<std::string, std::string> debug_tags;
 };
 
@@ -45,6 +46,8 @@ LoggerOptions parsed(const std::list<std::string>* options) {
       result.report.gps_statistics = true;
     } else if (option == "gps-samples=1") {
       result.report.gps_samples = true;
+    } else if (option == "recover-clock=1") {
+      result.recover_clock = true;
     } else {
       take_debug_request(option, &result.debug_tags);
     }
@@ -127,6 +130,7 @@ std::unique_ptr<IRkParser> CreaParser(const std::wstring& path, int kind, const 
   if (reader == nullptr) return nullptr;
   if (kind == kKindQlc) reader->AddFileTemporaneo(work_path);
   if (failure != ParseFailure::kContent) reader->refuse(failure);
+  reader->SetRecoverClock(settings.recover_clock);
   reader->SetTagDiDebug(settings.debug_tags);
   reader->SetMantieniCostanti(keep_constant);
   return reader;

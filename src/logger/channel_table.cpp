@@ -86,6 +86,13 @@ CParserZep_2Gv4::Entry CParserZep_2Gv4::TakeChannelRecord(const ChannelRecord& r
   if (ChannelAt(record.id()) != nullptr && ChannelAt(record.id())->record() == record) return Entry::kSkipped;
   std::unique_ptr<CCanaleQLT> object = KeptObject(record);
   if (!wanted_channels_.empty() && !wanted_channels_.contains(record.name())) return Entry::kSkipped;
+  if (clock_watch_ != nullptr) {
+    // Its samples are of no interest yet.
+    if (object == nullptr) object = std::make_unique<CCanaleQLT>(record);
+    object->SetRecord(record);
+    Enter(record.id(), std::move(object));
+    return Entry::kTaken;
+  }
   if (record.quantity() == FID_PHI_PACKAGE) {
     // A packet has no samples that could go on.
     object = PacketObject(record);

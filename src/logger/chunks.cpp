@@ -21,13 +21,11 @@ u32 CParserZep_2Gv4::DecodeChunk(const Frame& frame, bool has_length) {
   if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
   const u64 data_offset = has_length ? 7 : 6;
   if (frame.left < data_offset) {
-    errors_c_.Append(frame.position);
-    return kRejected;
+    return Reject(frame.position, &errors_c_, &Losses::broken_frames);
   }
   const ChunkHeader header(load_u32(frame.at + kHeaderOffset));
   if (header.kind() > kLargestKind) {
-    errors_c_.Append(frame.position);
-    return kRejected;
+    return Reject(frame.position, &errors_c_, &Losses::broken_frames);
   }
   CanMsgAssembler& assembler = assemblers_[header.key()];
 
@@ -41,17 +39,14 @@ u32 CParserZep_2Gv4::DecodeChunk(const Frame& frame, bool has_length) {
     if (begin + length == end) length = kMostData + 1;
   }
   if (length < 1 || length > kMostData) {
-    assembler.m_err_dim_trama.Append(frame.position);
-    return kRejected;
+    return Reject(frame.position, &assembler.m_err_dim_trama, &Losses::broken_frames);
   }
   const u64 frame_length = data_offset + length + 1;
   if (frame_length > frame.left) {
-    assembler.m_err_lun_residua.Append(frame.position);
-    return kRejected;
+    return Reject(frame.position, &assembler.m_err_lun_residua, &Losses::broken_frames);
   }
   if (frame.at[frame_length - 1] != ')') {
-    assembler.m_err_parentesi.Append(frame.position);
-    return kRejected;
+    return Reject(frame.position, &assembler.m_err_parentesi, &Losses::broken_frames);
   }
 
   // From here on the frame is consumed, whatever happens to its packet.
@@ -63,6 +58,7 @@ u32 CParserZep_2Gv4::DecodeChunk(const Frame& frame, bool has_length) {
   if (!assembler.IsComplete()) {
     // The chunks stay: the next packet of this stream meets them.
     assembler.m_err_highest_frame.Append(frame.position);
+    ++losses_.packets;
     return consumed;
   }
   if (assembler.IsEmpty()) return consumed;
@@ -75,6 +71,7 @@ u32 CParserZep_2Gv4::DecodeChunk(const Frame& frame, bool has_length) {
   } else {
     assembler.m_err_riscostruisci_ich.push_back(failed_index);
     assembler.m_err_riscostruisci_ptr.Append(frame.position);
+    ++losses_.packets;
   }
   assembler.Clear();
   return consumed;

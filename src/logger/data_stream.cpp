@@ -19,15 +19,9 @@ constexpr u64 kTimeOffset = 2;
 constexpr u64 kIndexOffset = 6;
 constexpr u64 kCountOffset = 8;
 constexpr u64 kMicrosecondsPerMillisecond = 1000;
-constexpr u64 kOneMinute = 60'000'000;
 
 u64 time_of(const u8* frame) {
   return u64{load_u32(frame + kTimeOffset)} * kMicrosecondsPerMillisecond;
-}
-
-// Within the first minute of data any clock is believed; later one that jumps by more than a minute is not.
-bool is_plausible(u64 time, u64 highest) {
-  return highest <= kOneMinute || (time <= highest + kOneMinute && time + kOneMinute >= highest);
 }
 
 // "<h" may be a tag: the walker tests it.
@@ -57,6 +51,12 @@ bool Accept(CCanaleQLT::Esito outcome, SStatMisura* statistics, u64 position) {
 }  // namespace
 
 u32 CParserZep_2Gv4::OnUntaggedBytes(u32 offset) {
+  const u32 advanced = DecodeStretch(offset);
+  if (advanced != kStopWalk) known_end_ = u64{offset} + advanced;
+  return advanced;
+}
+
+u32 CParserZep_2Gv4::DecodeStretch(u32 offset) {
   u64 at = offset;
   while (at < size_) {
     const u64 left = size_ - at;
@@ -67,13 +67,14 @@ u32 CParserZep_2Gv4::OnUntaggedBytes(u32 offset) {
       if (!is_tag_mark(bytes, left)) errors_file_.Append(at);
       break;
     }
-    if (const u64 run = DecodePlainRun(bytes, input_.Ready(at)); run != 0) {
+    if (const u64 run = DecodePlainRun(bytes, std::min(input_.Ready(at), ToNextTakenBack(at))); run != 0) {
       at += run;
       continue;
     }
     const u8 letter = left > 1 ? bytes[1] : 0;
     const u32 consumed = DecodeFrame(letter, Frame{bytes, left, at, false});
     if (consumed == kStopWalk) return kStopWalk;
+    if (consumed == kRejected) ++losses_.bytes;
     if (consumed == 0) {
       errors_file_.Append(at);
       break;
@@ -81,7 +82,9 @@ u32 CParserZep_2Gv4::OnUntaggedBytes(u32 offset) {
     at += consumed;
   }
   const u64 advanced = std::min<u64>(at, size_) - offset;
-  return advanced == 0 ? 1 : static_cast<u32>(advanced);
+  if (advanced != 0) return static_cast<u32>(advanced);
+  ++losses_.bytes;
+  return 1;
 }
 
 // Bytes where neither a tag nor a frame begins: those up to the next that could. Where tags are no longer looked for
@@ -89,10 +92,14 @@ u32 CParserZep_2Gv4::OnUntaggedBytes(u32 offset) {
 u32 CParserZep_2Gv4::PassGarbage(const u8* bytes, u64 at) {
   const u64 left = size_ - at;
   const u64 walked = left > kUnscannedTail ? left - kUnscannedTail : 1;
-  if (is_tag_mark(bytes, left)) return 1;
+  if (is_tag_mark(bytes, left)) {
+    ++losses_.bytes;
+    return 1;
+  }
   const u64 within = std::min(walked, input_.Ready(at));
   const u64 count = static_cast<u64>(next_mark(bytes + 1, bytes + within) - bytes);
   errors_file_.AppendRun(at, count);
+  losses_.bytes += count;
   return static_cast<u32>(count);
 }
 
@@ -112,11 +119,9 @@ u64 CParserZep_2Gv4::DecodePlainRun(const u8* bytes, u64 ready) {
     if (channel.sink == nullptr || channel.statistics != nullptr) break;
     if (length > static_cast<u64>(end - at) || at[length - 1] != ')') break;
     const u64 time = time_of(at);
-    if (is_plausible(time, highest)) {
-      if (!channel.sink->HasRoom()) break;
-      highest = std::max(highest, time);
-      channel.sink->AddValore(time, channel.reader(at + kFrameHead));
-    }
+    if (!is_plausible(time, highest) || !channel.sink->HasRoom()) break;
+    highest = std::max(highest, time);
+    channel.sink->AddValore(time, channel.reader(at + kFrameHead));
     at += length;
   }
   highest_time_ = highest;
@@ -161,6 +166,20 @@ bool CParserZep_2Gv4::CoversEmptySamples(u64 samples) {
   return true;
 }
 
+u32 CParserZep_2Gv4::Reject(u64 position, ErrorList* errors, u64 Losses::*cause) {
+  errors->Append(position);
+  ++(losses_.*cause);
+  return kRejected;
+}
+
+// `last`: the latest time that the frame tells.
+bool CParserZep_2Gv4::BelievesClock(u64 position, u64 time, u64 last) {
+  if (clock_watch_ != nullptr) clock_watch_->Take({position, time, last, false});
+  if (is_plausible(time, highest_time_) && ToNextTakenBack(position) != 0) return true;
+  ++losses_.clocks;
+  return false;
+}
+
 u32 CParserZep_2Gv4::StoreFailed() {
   TellSinkTheEnd(false);
   return kStopWalk;
@@ -168,23 +187,14 @@ u32 CParserZep_2Gv4::StoreFailed() {
 
 u32 CParserZep_2Gv4::DecodeS(Frame frame) {
   if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
-  if (frame.left < kFrameHead) {
-    errors_s_.Append(frame.position);
-    return kRejected;
-  }
+  if (frame.left < kFrameHead) return Reject(frame.position, &errors_s_, &Losses::broken_frames);
   const ChannelEntry* channel = EntryAt(load_u16(frame.at + kIndexOffset));
-  if (channel == nullptr) {
-    errors_s_.Append(frame.position);
-    return kRejected;
-  }
+  if (channel == nullptr) return Reject(frame.position, &errors_s_, &Losses::unknown_frames);
   const u64 length = kFrameHead + channel->sample_size + 1;
-  if (!Closes(&frame, length)) {
-    errors_s_.Append(frame.position);
-    return kRejected;
-  }
+  if (!Closes(&frame, length)) return Reject(frame.position, &errors_s_, &Losses::broken_frames);
   const u64 time = time_of(frame.at);
   SStatMisura* statistics = channel->statistics;
-  if (!is_plausible(time, highest_time_)) {
+  if (!BelievesClock(frame.position, time, time)) {
     if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
     return static_cast<u32>(length);
   }
@@ -197,32 +207,26 @@ u32 CParserZep_2Gv4::DecodeS(Frame frame) {
 
 u32 CParserZep_2Gv4::DecodeM(Frame frame) {
   if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
-  if (frame.left < kMultipleHead) {
-    errors_m_.Append(frame.position);
-    return kRejected;
-  }
+  if (frame.left < kMultipleHead) return Reject(frame.position, &errors_m_, &Losses::broken_frames);
   const ChannelEntry* channel = EntryAt(load_u16(frame.at + kIndexOffset));
-  if (channel == nullptr) {
-    errors_m_.Append(frame.position);
-    return kRejected;
-  }
+  if (channel == nullptr) return Reject(frame.position, &errors_m_, &Losses::unknown_frames);
   const u32 count = load_u16(frame.at + kCountOffset);
   const u64 sample_size = channel->sample_size;
   const u64 length = kMultipleHead + count * sample_size + 1;
   if (!Closes(&frame, length) || (sample_size == 0 && !CoversEmptySamples(count))) {
-    errors_m_.Append(frame.position);
-    return kRejected;
+    return Reject(frame.position, &errors_m_, &Losses::broken_frames);
   }
   const u64 time = time_of(frame.at);
+  const u64 last = count == 0 ? 0 : time + u64{count - 1} * channel->object->record().period_us();
   SStatMisura* statistics = channel->statistics;
-  if (!is_plausible(time, highest_time_)) {
+  if (!BelievesClock(frame.position, time, last)) {
     if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
     return static_cast<u32>(length);
   }
   if (statistics != nullptr) statistics->ContaM();
   if (!Accept(channel->AddMany(time, count, frame.at + kMultipleHead), statistics, frame.position))
     return StoreFailed();
-  if (count != 0) Raise(time + u64{count - 1} * channel->object->record().period_us());
+  if (count != 0) Raise(last);
   return static_cast<u32>(length);
 }
 
@@ -253,25 +257,21 @@ u32 CParserZep_2Gv4::DecodeA(const Frame& frame) {
 u32 CParserZep_2Gv4::DecodePlaces(Frame frame, const DescriptorTable& table, ErrorList* errors,
                                   void (SStatMisura::*count_sample)()) {
   if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
-  ChannelDescriptor* descriptor =
-      frame.left < kFrameHead ? nullptr : FindDescriptor(table, load_u16(frame.at + kIndexOffset));
-  if (descriptor == nullptr) {
-    errors->Append(frame.position);
-    return kRejected;
-  }
+  if (frame.left < kFrameHead) return Reject(frame.position, errors, &Losses::broken_frames);
+  ChannelDescriptor* descriptor = FindDescriptor(table, load_u16(frame.at + kIndexOffset));
+  if (descriptor == nullptr) return Reject(frame.position, errors, &Losses::unknown_frames);
   const u64 length = kFrameHead + descriptor->data_length() + 1;
-  if (!Closes(&frame, length)) {
-    errors->Append(frame.position);
-    return kRejected;
-  }
+  if (!Closes(&frame, length)) return Reject(frame.position, errors, &Losses::broken_frames);
   const u64 time = time_of(frame.at);
-  if (!is_plausible(time, highest_time_)) {
+  // Places without a channel at the end of the list have their times, too.
+  const u64 step = descriptor->step_us();
+  const u64 last = time + (descriptor->count() - 1) * step;
+  if (!BelievesClock(frame.position, time, last)) {
     errors->Append(frame.position);
     return static_cast<u32>(length);
   }
   Raise(time);
   errors->Append(frame.position, descriptor->missing());
-  const u64 step = descriptor->step_us();
   const u8* data = frame.at + kFrameHead;
   for (const ChannelDescriptor::Place& place : BelievedPlaces(*descriptor)) {
     const ChannelEntry* channel = &by_index_[place.channel];
@@ -284,8 +284,7 @@ u32 CParserZep_2Gv4::DecodePlaces(Frame frame, const DescriptorTable& table, Err
     }
     data += channel->sample_size;
   }
-  // Places without a channel at the end of the list have their times, too.
-  Raise(time + (descriptor->count() - 1) * step);
+  Raise(last);
   return static_cast<u32>(length);
 }
 

@@ -74,11 +74,16 @@ bool CParserZep_2Gv4::WantsBytesOf(const SAtomTag& tag) const {
 
 bool CParserZep_2Gv4::OnTag(const SAtomTag& tag) {
   ++tag_count_;
+  known_end_ = u64{tag.offset} + tag.totalSize;
   if (!ReportProgress(tag.offset)) return false;
   if (tag.name == "CNF") {
     if (TakeConfiguration(tag)) return true;
     TellSinkTheEnd(false);
     return false;
+  }
+  if (clock_watch_ != nullptr) {
+    WatchClockOf(tag);
+    return true;
   }
   if (tag.name == "LAP") {
     TakeLapTag(tag);
@@ -129,7 +134,19 @@ bool CParserZep_2Gv4::IsHeaderTag(const SAtomTag& tag) {
   return true;
 }
 
+// Only tags that may set the reader's time matter while nothing but clocks is looked at.
+void CParserZep_2Gv4::WatchClockOf(const SAtomTag& tag) {
+  if (!is_gps_name(tag.name) || tag.payloadSize != SGpsRecord::kSize) return;
+  const u64 time = u64{load_u32(tag.payload)} * kMicrosecondsPerMillisecond;
+  clock_watch_->Take({tag.offset, time, time, true});
+}
+
 void CParserZep_2Gv4::AddGpsTag(const SAtomTag& tag) {
+  if (ToNextTakenBack(tag.offset) == 0) {
+    errors_file_.Append(tag.offset);
+    ++losses_.clocks;
+    return;
+  }
   CGPSSamples* trace = GetOCreaTracciaGps(tag.name);
   const u64 offset = u64{tag.offset} + kTagOpeningSize;
   // An assignment, not a maximum: a receiver's clock that runs back takes the reader's clock with it.

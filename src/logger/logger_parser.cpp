@@ -56,7 +56,7 @@ bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
 
   bool good = false;
   try {
-    good = Walk();
+    good = (!recover_clock_ || FindWrongClocks()) && Walk();
   } catch (const std::exception& problem) {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Exception caught!\n");
     const bool is_reading = dynamic_cast<const platform::ReadFailure*>(&problem) != nullptr;
@@ -69,11 +69,37 @@ bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
   return good;
 }
 
+// Leaves the reader as it was, but for the clocks to take back.
+bool CParserZep_2Gv4::FindWrongClocks() {
+  clock_watch_ = std::make_unique<ClockWatch>();
+  IProgress* const sink = std::exchange(progress_, nullptr);
+  const bool whole = tags::walk(&input_, size_, *this);
+  progress_ = sink;
+  const u64 none = taken_back_.back();
+  taken_back_ = clock_watch_->taken_back();
+  taken_back_.push_back(none);
+  next_taken_back_ = taken_back_.begin();
+  clock_watch_.reset();
+
+  DropTables();
+  assemblers_.clear();
+  without_converter_.clear();
+  for (ErrorList* list : {&errors_s_, &errors_m_, &errors_a_, &errors_g_, &errors_c_, &errors_file_}) list->Clear();
+  losses_ = {};
+  ++table_generation_;
+  tag_count_ = 0;
+  highest_time_ = 0;
+  empty_samples_ = 0;
+  resolved_places_ = 0;
+  return whole;
+}
+
 bool CParserZep_2Gv4::Walk() {
   if (!tags::walk(&input_, size_, *this)) {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Bad something\n");
     return false;
   }
+  losses_.bytes += size_ - std::min<u64>(known_end_, size_);
   bool good = false;
   if (tag_count_ == 0) {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = No tags found\n");

@@ -3,6 +3,7 @@
 // between the tags, laps.cpp turns marks into laps, report.cpp and debug_tags.cpp leave behind what was seen.
 #pragma once
 
+#include <limits>
 #include <map>
 #include <memory>
 #include <set>
@@ -12,9 +13,11 @@
 #include "logger/channel_descriptor.h"
 #include "logger/channel_names.h"
 #include "logger/chunk_assembler.h"
+#include "logger/clock_watch.h"
 #include "logger/error_list.h"
 #include "logger/input_file.h"
 #include "logger/lap_statistics.h"
+#include "logger/losses.h"
 #include "logger/qlt_channel.h"
 #include "logger/tag_decoder.h"
 #include "model/parser.h"
@@ -63,6 +66,11 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   // Channels to read; empty for all.
   void SetCanaliVoluti(std::set<std::string> names) { wanted_channels_ = std::move(names); }
 
+  // Looks through the stream once before it is read, so that a clock which all behind it contradict costs its own frame
+  // and nothing else.
+  void SetRecoverClock(bool recover) { recover_clock_ = recover; }
+
+  const Losses& losses() const { return losses_; }
   // For those who look inside: what the walk refused. The chunk streams stay for as long as the reader.
   const ErrorList& errors_in_s() const { return errors_s_; }
   const ErrorList& errors_in_m() const { return errors_m_; }
@@ -78,6 +86,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   friend class ParseReport;
 
   // --- logger_parser.cpp
+  bool FindWrongClocks();
   bool Walk();
   void RunAfterWalkSteps();
   void HandOverChannels();
@@ -97,6 +106,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
     std::vector<u8> payload;
   };
   bool IsHeaderTag(const SAtomTag& tag);
+  void WatchClockOf(const SAtomTag& tag);
   void AddGpsTag(const SAtomTag& tag);
   void ExtractDateAndTime();
   void ExtractIdents(const std::vector<KeptTag>& tags, IdentMap* idents);
@@ -125,6 +135,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
     u64 offset_of(const u8* bytes) const { return rebuilt ? position : position + static_cast<u64>(bytes - at); }
   };
   static constexpr u64 kLookAhead = 4096;
+  u32 DecodeStretch(u32 offset);
   u32 PassGarbage(const u8* bytes, u64 at);
   u64 DecodePlainRun(const u8* bytes, u64 ready);
   u32 DecodeFrame(u8 letter, const Frame& frame);
@@ -141,6 +152,13 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   bool ClosesFarAway(Frame* frame, u64 length);
   u32 DecodePlaces(Frame frame, const DescriptorTable& table, ErrorList* errors, void (SStatMisura::*count_sample)());
   ChannelDescriptor* FindDescriptor(const DescriptorTable& table, u16 index);
+  u32 Reject(u64 position, ErrorList* errors, u64 Losses::*cause);
+  bool BelievesClock(u64 position, u64 time, u64 last);
+  // Bytes from a position to the next frame or tag whose clock was taken back: 0 there.
+  u64 ToNextTakenBack(u64 position) {
+    while (*next_taken_back_ < position) ++next_taken_back_;
+    return *next_taken_back_ - position;
+  }
   void Raise(u64 time) { highest_time_ = std::max(highest_time_, time); }
   bool CoversEmptySamples(u64 samples);
   const std::vector<ChannelDescriptor::Place>& BelievedPlaces(const ChannelDescriptor& descriptor) {
@@ -196,6 +214,13 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
 
   u64 highest_time_ = 0;  // microseconds
   u64 first_time_ = 0;
+  Losses losses_;
+  u64 known_end_ = 0;  // behind what the walk has been through
+  bool recover_clock_ = false;
+  std::unique_ptr<ClockWatch> clock_watch_;  // while nothing but clocks is looked at
+  // Rising positions, and one that no file reaches.
+  std::vector<u64> taken_back_{std::numeric_limits<u64>::max()};
+  std::vector<u64>::const_iterator next_taken_back_ = taken_back_.begin();
   // What was taken so far of claims that cost a file nothing: samples without bytes, places of descriptors looked up.
   u64 empty_samples_ = 0;
   u64 resolved_places_ = 0;

@@ -23,10 +23,12 @@ inline std::ostream& operator<<(std::ostream& out, const StoredSample& sample) {
 
 class ParsedSession {
  public:
-  explicit ParsedSession(const Bytes& bytes, const LoggerReportOptions& options = {}, IProgress* progress = nullptr) {
+  explicit ParsedSession(const Bytes& bytes, const LoggerReportOptions& options = {}, IProgress* progress = nullptr,
+                         bool recover_clock = false) {
     folder_.write("a.qlt", bytes);
     reader_ = std::make_unique<CParserZep_2Gv4>(folder_.wide("a.qlt"), options);
     reader_->SetMantieniCostanti(false);
+    reader_->SetRecoverClock(recover_clock);
     good_ = reader_->ParsaFile(progress);
   }
 

@@ -290,7 +290,8 @@ class CliTest(unittest.TestCase):
         self.assertEqual(
             list(info),
             ["file", "vehicle", "track", "racer", "championship", "venue_type", "date", "duration_s", "laps", "channels",
-             "gps_channels", "gps_raw_samples"])
+             "gps_channels", "gps_raw_samples", "damage"])
+        self.assertEqual(info["damage"]["bytes"] + info["damage"]["frames"], 0)
         texts = self.expected.texts
         for key, tag in (("vehicle", "VEH"), ("racer", "RCR"), ("championship", "CMP"), ("venue_type", "VTY")):
             self.assertEqual(info[key], texts[tag].decode("ascii"))
@@ -304,6 +305,28 @@ class CliTest(unittest.TestCase):
         last = max(c.samples[-1][0] for c in self.expected.visible())
         self.assertAlmostEqual(info["duration_s"], (last - self.expected.first_us()) * 1e-6, places=9)
         self.assertIn(info["vehicle"], self.ok("info", self.session))
+
+    def test_damage_is_told_and_a_wrong_clock_taken_back(self):
+        starts = [m.start() for m in re.finditer(rb"\(S", self.bytes)]
+        wrong = next(at for at in starts if 4000 < struct.unpack_from("<I", self.bytes, at + 2)[0] < 6000) + 2
+        data = bytearray(self.bytes) + bytes(5000)
+        data[wrong + 2] ^= 0x80
+        path = self.write("wrong_clock.qlt", bytes(data))
+        damage, recovered = (self.json("info", path, *more)["damage"] for more in ([], ["--recover"]))
+        self.assertGreater(damage["refused"]["clock"], 1)
+        self.assertEqual(recovered["refused"], {"broken": 0, "unknown": 0, "clock": 1, "packet": 0})
+        self.assertEqual((recovered["bytes"], recovered["frames"]), (5000, 1))
+        self.assertLessEqual(sum(recovered["missing_samples"].values()), 1)
+        self.assertIn("--recover", self.ok("info", path))
+        for command in (["channels"], ["export", "-o", "-"]):
+            self.assertNotEqual(self.ok(*command, path, "--recover"), self.ok(*command, path), command)
+        self.ok("laps", path, "--recover")
+        self.ok("samples", path, "Speed", "--recover")
+        # The report stays as it is; what is said behind it is the tool's.
+        report = run_for_bytes("report", path).stdout
+        self.assertTrue(report.startswith(self.read(path + ".tw3.log")))
+        self.assertIn(b"Refused clocks", report)
+        self.assertNotIn(b"Refused clocks", run_for_bytes("report", path, "--recover").stdout)
 
     def test_laps(self):
         laps = self.json("laps", self.session)
