@@ -133,7 +133,7 @@ std::unique_ptr<CCanaleQLT> CParserZep_2Gv4::KeptObject(const ChannelRecord& rec
 }
 
 std::unique_ptr<CCanaleQLT> CParserZep_2Gv4::PacketObject(const ChannelRecord& record) {
-  ILapReceiver* laps = this;
+  ILapReceiver* laps = &laps_;
   switch (record.object()) {
     case FID_DETTAGLI_GPS:
       if (record.variant() == FID_SPEC_GPS_ZEPNAVSOL) {

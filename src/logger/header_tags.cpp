@@ -86,7 +86,7 @@ bool CParserZep_2Gv4::OnTag(const SAtomTag& tag) {
     return true;
   }
   if (tag.name == "LAP") {
-    TakeLapTag(tag);
+    laps_.TakeTag(tag);
   } else if (is_gps_name(tag.name)) {
     AddGpsTag(tag);
   } else if (!IsHeaderTag(tag)) {

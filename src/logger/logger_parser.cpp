@@ -35,10 +35,7 @@ bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
     return false;
   }
   if (refused_ || size_ == 0) return false;
-  if (options_.lap_statistics) {
-    separate_lap_statistics_ = std::make_unique<SStatLap>();
-    lap_statistics_ = separate_lap_statistics_.get();
-  }
+  laps_.Begin(options_.lap_statistics);
   TRAGUARDO_LOG(kParsaFile, "%s [%d] NOTICE = OK parsing file %s\n", GetNomeFile());
   if (progress != nullptr) {
     progress_ = progress;
@@ -50,9 +47,6 @@ bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
       return false;
     }
   }
-  last_session_ = 0;
-  last_lap_number_ = 0;
-  last_lap_ = nullptr;
 
   bool good = false;
   try {
@@ -111,7 +105,7 @@ bool CParserZep_2Gv4::Walk() {
       TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Bad something\n");
       return false;
     }
-    if (highest_time_ > 0) AddClosingLap();
+    if (highest_time_ > 0) laps_.AddClosingLap(sessions(), first_time_);
     RicalcolaInizioGiri();
     RimuoviTracceVuote();
     good = true;

@@ -1,6 +1,6 @@
-// The reader of the .qlt family. One class, cut by theme: logger_parser.cpp drives the parse, header_tags.cpp takes the
+// The reader of the .qlt family, cut by theme: logger_parser.cpp drives the parse, header_tags.cpp takes the
 // tags that describe the session, channel_table.cpp builds the tables, data_stream.cpp and chunks.cpp decode what lies
-// between the tags, laps.cpp turns marks into laps, report.cpp and debug_tags.cpp leave behind what was seen.
+// between the tags, lap_book.cpp turns marks into laps, report.cpp and debug_tags.cpp leave behind what was seen.
 #pragma once
 
 #include <limits>
@@ -16,7 +16,7 @@
 #include "logger/clock_watch.h"
 #include "logger/error_list.h"
 #include "logger/input_file.h"
-#include "logger/lap_statistics.h"
+#include "logger/lap_book.h"
 #include "logger/losses.h"
 #include "logger/qlt_channel.h"
 #include "logger/tag_decoder.h"
@@ -34,7 +34,7 @@ struct LoggerReportOptions {
   bool any() const { return measure_statistics || lap_statistics || gps_statistics || gps_samples; }
 };
 
-class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap, private ILapReceiver {
+class CParserZep_2Gv4 : public CParser, public IExternalHelper {
  public:
   // Opens the file at once; ParsaFile reports if that failed. `expanded`: the file itself, where it lies under no name.
   CParserZep_2Gv4(const std::wstring& path, const LoggerReportOptions& options, platform::File expanded = {});
@@ -51,15 +51,6 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   bool WantsBytesOf(const SAtomTag& tag) const override;
   bool OnTag(const SAtomTag& tag) override;
   u32 OnUntaggedBytes(u32 offset) override;
-
-  // One lap record of the 32-byte and of the 20-byte form, with the file offset that it is reported under. Another size
-  // is noted and changes nothing.
-  void LapRecord32(const u8* record, u32 size, u64 offset) override;
-  void LapRecord20(const u8* record, u32 size, u64 offset) override;
-
-  // SStatLap: the built-in history keeps counters and offsets only.
-  void Aggiungi20(u64, u32, const LapRecord&) override {}
-  void Aggiungi32(u64, u32, const LapRecord&) override {}
 
   // Names of tags whose payloads are wanted, each with the suffix of the file that they go to.
   void SetTagDiDebug(const std::map<std::string, std::string>& requests);
@@ -79,7 +70,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   const ErrorList& errors_in_c() const { return errors_c_; }
   const ErrorList& errors_in_file() const { return errors_file_; }
   const std::map<u32, CanMsgAssembler>& assemblers() const { return assemblers_; }
-  const SStatLap& lap_statistics() const { return *lap_statistics_; }
+  const SStatLap& lap_statistics() const { return laps_.statistics(); }
 
  private:
   // Shows what no getter has to hand out.
@@ -174,15 +165,6 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   u32 DecodeChunk(const Frame& frame, bool has_length);
   bool Rebuild(const ChunkHeader& header, CanMsgAssembler* assembler, u64* failed_index);
 
-  // --- laps.cpp
-  void TakeLapTag(const SAtomTag& tag);
-  void NoteBadSize(u64 offset);
-  void RegistraLap(const LapRecord& record, u64 offset);
-  void RegisterLapMark(const LapRecord& record, u64 mark_time, u64 offset);
-  void GestioneSplit(SRkLap* lap, const LapRecord& record, u64 mark_time, u64 offset);
-  void HandToStatistics(const LapRecord& record, u64 offset);
-  void AddClosingLap();
-
   // --- report.cpp, debug_tags.cpp
   void WriteReport(const std::wstring& path);
   void SalvaTagDiDebugSePresenti();
@@ -226,10 +208,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper, public SStatLap,
   u64 resolved_places_ = 0;
   ErrorList errors_s_, errors_m_, errors_a_, errors_g_, errors_c_, errors_file_;
 
-  u8 last_session_ = 0;
-  u16 last_lap_number_ = 0;
-  std::unique_ptr<SStatLap> separate_lap_statistics_;
-  SStatLap* lap_statistics_ = this;
+  LapBook laps_{this, &highest_time_};
 
   struct DebugTag {
     std::string suffix;

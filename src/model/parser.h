@@ -103,7 +103,6 @@ class CParser : public IRkParser {
   // Latitude and longitude of the track's reference position, each an i32 in 1e-7 degree; zero without one.
   i32 track_reference_[2] = {0, 0};
   ChannelList channels_;
-  SRkLap* last_lap_ = nullptr;
   IdentMap main_idents_;
   IdentMap net_idents_;
   std::vector<std::pair<std::string, std::string>> ecu_info_;  // manufacturer, model

@@ -1,7 +1,5 @@
-// Lap marks become laps and splits. A mark says what the logger knew at that moment, and marks repeat, so what counts
-// is decided here.
+#include "logger/lap_book.h"
 
-#include "logger/logger_parser.h"
 #include "support/event_log.h"
 
 namespace traguardo {
@@ -19,7 +17,15 @@ u64 microseconds(i64 ms) {
 
 }  // namespace
 
-void CParserZep_2Gv4::TakeLapTag(const SAtomTag& tag) {
+void LapBook::Begin(bool keep_lines) {
+  keeps_lines_ = keep_lines;
+  if (keep_lines) statistics_ = std::make_unique<SStatLap>();
+  last_session_ = 0;
+  last_lap_number_ = 0;
+  last_lap_ = nullptr;
+}
+
+void LapBook::TakeTag(const SAtomTag& tag) {
   const u64 offset = u64{tag.offset} + kTagOpeningSize;
   if (tag.version == 3) {
     LapRecord20(tag.payload, tag.payloadSize, offset);
@@ -33,11 +39,11 @@ void CParserZep_2Gv4::TakeLapTag(const SAtomTag& tag) {
 }
 
 // Kept only where it will be printed, so that memory doesn't grow with damage.
-void CParserZep_2Gv4::NoteBadSize(u64 offset) {
-  if (options_.lap_statistics) lap_statistics_->bad_size_offsets.push_back(offset);
+void LapBook::NoteBadSize(u64 offset) {
+  if (keeps_lines_) statistics_->bad_size_offsets.push_back(offset);
 }
 
-void CParserZep_2Gv4::LapRecord32(const u8* record, u32 size, u64 offset) {
+void LapBook::LapRecord32(const u8* record, u32 size, u64 offset) {
   if (size == LapRecord::kSizeV2) {
     RegistraLap(LapRecord(record, size), offset);
   } else {
@@ -45,7 +51,7 @@ void CParserZep_2Gv4::LapRecord32(const u8* record, u32 size, u64 offset) {
   }
 }
 
-void CParserZep_2Gv4::LapRecord20(const u8* record, u32 size, u64 offset) {
+void LapBook::LapRecord20(const u8* record, u32 size, u64 offset) {
   if (size == LapRecord::kSizeV3) {
     RegistraLap(LapRecord(record, size), offset);
   } else {
@@ -53,27 +59,27 @@ void CParserZep_2Gv4::LapRecord20(const u8* record, u32 size, u64 offset) {
   }
 }
 
-void CParserZep_2Gv4::RegistraLap(const LapRecord& record, u64 offset) {
-  const u64 mark_time = record.time_ms() != 0 ? u64{record.time_ms()} * kMicrosecondsPerMillisecond : highest_time_;
+void LapBook::RegistraLap(const LapRecord& record, u64 offset) {
+  const u64 mark_time = record.time_ms() != 0 ? u64{record.time_ms()} * kMicrosecondsPerMillisecond : now_;
   if (record.split() == 0) {
     RegisterLapMark(record, mark_time, offset);
     return;
   }
   if (record.time_ms() == 0) return;
   // A split belongs to the lap that is being driven, one behind those completed.
-  if (SRkLap* lap = GetGiro(record.session(), record.lap() + 1)) GestioneSplit(lap, record, mark_time, offset);
+  if (SRkLap* lap = session_.GetGiro(record.session(), record.lap() + 1)) GestioneSplit(lap, record, mark_time, offset);
 }
 
-void CParserZep_2Gv4::RegisterLapMark(const LapRecord& record, u64 mark_time, u64 offset) {
+void LapBook::RegisterLapMark(const LapRecord& record, u64 mark_time, u64 offset) {
   const bool is_new_run = record.lap() == 1 && record.kind(1) == kNewRun;
   if (record.session() <= last_session_ && record.lap() <= last_lap_number_ && !is_new_run) {
     HandToStatistics(record, offset);
-    ++lap_statistics_->repeated_laps;
+    ++statistics_->repeated_laps;
     return;
   }
-  SRkLap* lap = GetGiro(record.session(), record.lap());
+  SRkLap* lap = session_.GetGiro(record.session(), record.lap());
   if (lap == nullptr) {
-    ++lap_statistics_->bad_allocs;
+    ++statistics_->bad_allocs;
     return;
   }
   lap->end = mark_time;
@@ -93,9 +99,9 @@ void CParserZep_2Gv4::RegisterLapMark(const LapRecord& record, u64 mark_time, u6
   if (!lap->splits.empty()) GestioneSplit(lap, record, mark_time, offset);
 }
 
-void CParserZep_2Gv4::GestioneSplit(SRkLap* lap, const LapRecord& record, u64 mark_time, u64 offset) {
+void LapBook::GestioneSplit(SRkLap* lap, const LapRecord& record, u64 mark_time, u64 offset) {
   if (lap->splits.contains(record.split())) {
-    ++lap_statistics_->repeated_splits;
+    ++statistics_->repeated_splits;
     TRAGUARDO_LOG("CParserZep_2Gv4::GestioneSplit", "%s [%d] ERROR = Repeating split\n");
     return;
   }
@@ -128,24 +134,22 @@ void CParserZep_2Gv4::GestioneSplit(SRkLap* lap, const LapRecord& record, u64 ma
   HandToStatistics(record, offset);
 }
 
-void CParserZep_2Gv4::HandToStatistics(const LapRecord& record, u64 offset) {
-  const u32 time_ms =
-      record.time_ms() != 0
-          ? record.time_ms()
-          : static_cast<u32>((highest_time_ + kMicrosecondsPerMillisecond / 2) / kMicrosecondsPerMillisecond);
+void LapBook::HandToStatistics(const LapRecord& record, u64 offset) {
+  const u32 time_ms = record.time_ms() != 0
+                          ? record.time_ms()
+                          : static_cast<u32>((now_ + kMicrosecondsPerMillisecond / 2) / kMicrosecondsPerMillisecond);
   if (record.size() == LapRecord::kSizeV3) {
-    lap_statistics_->Aggiungi20(offset, time_ms, record);
+    statistics_->Aggiungi20(offset, time_ms, record);
   } else {
-    lap_statistics_->Aggiungi32(offset, time_ms, record);
+    statistics_->Aggiungi32(offset, time_ms, record);
   }
 }
 
-// The data behind the last mark would otherwise belong to no lap.
-void CParserZep_2Gv4::AddClosingLap() {
+void LapBook::AddClosingLap(const SessionMap& sessions, u64 first_time) {
   i32 session_number = 0;
   i32 highest_lap = 0;
   bool closing_lap_due = false;
-  for (const auto& [number, session] : sessions()) {
+  for (const auto& [number, session] : sessions) {
     session_number = number;
     highest_lap = 0;
     for (const auto& [lap_number, lap] : session->laps) {
@@ -155,12 +159,12 @@ void CParserZep_2Gv4::AddClosingLap() {
     }
   }
   if (highest_lap != 0 && !closing_lap_due) return;
-  SRkLap* lap = GetGiro(session_number, highest_lap + 1);
+  SRkLap* lap = session_.GetGiro(session_number, highest_lap + 1);
   if (lap == nullptr) return;
-  lap->start = last_lap_ != nullptr ? last_lap_->end : first_time_;
-  lap->duration = highest_time_ - lap->start;
+  lap->start = last_lap_ != nullptr ? last_lap_->end : first_time;
+  lap->duration = now_ - lap->start;
   lap->end = lap->start + lap->duration;
-  lap->marker_time = highest_time_;
+  lap->marker_time = now_;
   lap->kind[0] = kClosingLapKinds[0];
   lap->kind[1] = kClosingLapKinds[1];
 }
