@@ -1,9 +1,9 @@
-// The tag CNF: from its records come the tables that the stream is decoded against. A file may repeat it; samples of a
-// channel whose unit stays the same go on.
+// A file may repeat the tag; samples of a channel whose unit stays the same go on.
+
+#include "logger/channel_table.h"
 
 #include <utility>
 
-#include "logger/logger_parser.h"
 #include "logger/tag_scan.h"
 #include "support/event_log.h"
 #include "units/converter.h"
@@ -31,9 +31,9 @@ ChannelRecord record_at(InputFile* file, u64 place) {
 
 }  // namespace
 
-// False only if memory or a store could not be had; bad tags inside are passed over. The tag is read in pieces: a table
+// The tag is read in pieces: a table
 // of 65,536 channels needs no second place in memory.
-bool CParserZep_2Gv4::TakeConfiguration(const SAtomTag& tag) {
+bool ChannelTable::Take(const SAtomTag& tag) {
   // "CDE" and "FT1" say more of a channel, which nothing reads.
   if (!GeneraMappeSCanale(tag)) return false;
   TakeDescriptors(tag);
@@ -42,7 +42,7 @@ bool CParserZep_2Gv4::TakeConfiguration(const SAtomTag& tag) {
 }
 
 // The first descriptor of an index stays.
-void CParserZep_2Gv4::TakeDescriptors(const SAtomTag& configuration) {
+void ChannelTable::TakeDescriptors(const SAtomTag& configuration) {
   const auto is_known = [this](u16 channel) { return ChannelAt(channel) != nullptr; };
   const u64 payload = u64{configuration.offset} + kTagOpeningSize;
   tags::PartSource source(&input_, payload);
@@ -56,7 +56,32 @@ void CParserZep_2Gv4::TakeDescriptors(const SAtomTag& configuration) {
   });
 }
 
-bool CParserZep_2Gv4::GeneraMappeSCanale(const SAtomTag& configuration) {
+void ChannelTable::Clear() {
+  by_index_.clear();
+  acquisitions_.Clear();
+  groups_.Clear();
+  channels_.clear();
+  without_converter_.clear();
+  resolved_places_ = 0;
+  ++generation_;
+}
+
+// A file
+// that changes its table again and again under long descriptors gets so much work out of the reader and no more.
+ChannelDescriptor* ChannelTable::FindDescriptor(const DescriptorTable& table, u16 index) {
+  constexpr u64 kPlacesPerByte = 64;
+  constexpr u64 kAnyway = 1U << 24;
+  ChannelDescriptor* descriptor = table.Find(index);
+  if (descriptor != nullptr && descriptor->generation != generation_) {
+    resolved_places_ += descriptor->count();
+    if (resolved_places_ > kPlacesPerByte * size_ + kAnyway) return nullptr;
+    descriptor->Resolve([this](u16 channel) { return EntryAt(channel); });
+    descriptor->generation = generation_;
+  }
+  return descriptor;
+}
+
+bool ChannelTable::GeneraMappeSCanale(const SAtomTag& configuration) {
   // Where the records stand in the file, by their index; of several with one index the last counts.
   constexpr u64 kNone = 0;
   std::vector<u64> records;
@@ -82,11 +107,11 @@ bool CParserZep_2Gv4::GeneraMappeSCanale(const SAtomTag& configuration) {
   return good;
 }
 
-CParserZep_2Gv4::Entry CParserZep_2Gv4::TakeChannelRecord(const ChannelRecord& record, ChannelNames* names) {
+ChannelTable::Entry ChannelTable::TakeChannelRecord(const ChannelRecord& record, ChannelNames* names) {
   if (ChannelAt(record.id()) != nullptr && ChannelAt(record.id())->record() == record) return Entry::kSkipped;
   std::unique_ptr<CCanaleQLT> object = KeptObject(record);
-  if (!wanted_channels_.empty() && !wanted_channels_.contains(record.name())) return Entry::kSkipped;
-  if (clock_watch_ != nullptr) {
+  if (!wanted_.empty() && !wanted_.contains(record.name())) return Entry::kSkipped;
+  if (!keeps_samples_) {
     // Its samples are of no interest yet.
     if (object == nullptr) object = std::make_unique<CCanaleQLT>(record);
     object->SetRecord(record);
@@ -97,7 +122,7 @@ CParserZep_2Gv4::Entry CParserZep_2Gv4::TakeChannelRecord(const ChannelRecord& r
     // A packet has no samples that could go on.
     object = PacketObject(record);
     if (object == nullptr) return Entry::kSkipped;
-    if (options_.measure_statistics) object->InstallOffsetsOnly();
+    if (measures_) object->InstallOffsetsOnly();
     Enter(record.id(), std::move(object));
     return Entry::kTaken;
   }
@@ -121,23 +146,23 @@ CParserZep_2Gv4::Entry CParserZep_2Gv4::TakeChannelRecord(const ChannelRecord& r
 
 // The object under the record's index, taken out of the table, if its samples may go on under the new record; null if
 // there is none or its unit is another one now.
-std::unique_ptr<CCanaleQLT> CParserZep_2Gv4::KeptObject(const ChannelRecord& record) {
+std::unique_ptr<CCanaleQLT> ChannelTable::KeptObject(const ChannelRecord& record) {
   if (ChannelAt(record.id()) == nullptr) return nullptr;
-  std::unique_ptr<CCanaleQLT> object = std::move(s_channels_[record.id()]);
+  std::unique_ptr<CCanaleQLT> object = std::move(channels_[record.id()]);
   by_index_[record.id()] = {};
   without_converter_.erase(record.id());
-  ++table_generation_;
+  ++generation_;
   const CFunzioni functions;
   if (functions.GetUnitName(object->record().fp_code()) != functions.GetUnitName(record.fp_code())) return nullptr;
   return object;
 }
 
-std::unique_ptr<CCanaleQLT> CParserZep_2Gv4::PacketObject(const ChannelRecord& record) {
+std::unique_ptr<CCanaleQLT> ChannelTable::PacketObject(const ChannelRecord& record) {
   ILapReceiver* laps = &laps_;
   switch (record.object()) {
     case FID_DETTAGLI_GPS:
       if (record.variant() == FID_SPEC_GPS_ZEPNAVSOL) {
-        CGPSSamples* trace = GetOCreaTracciaGps(record.name());
+        CGPSSamples* trace = session_.GetOCreaTracciaGps(record.name());
         return std::make_unique<CCanaleQLT_GPS>(record, trace);
       }
       break;
@@ -159,9 +184,9 @@ std::unique_ptr<CCanaleQLT> CParserZep_2Gv4::PacketObject(const ChannelRecord& r
   return std::make_unique<CCanaleQLT_IgnoredPacket>(record);
 }
 
-bool CParserZep_2Gv4::GiveChannel(CCanaleQLT* object, const std::string& name) {
-  std::unique_ptr<CParsedChannel> channel(new (std::nothrow)
-                                              CParsedChannel(name, GetFileStore(), GetMantieniCostanti()));
+bool ChannelTable::GiveChannel(CCanaleQLT* object, const std::string& name) {
+  std::unique_ptr<CParsedChannel> channel(
+      new (std::nothrow) CParsedChannel(name, session_.GetFileStore(), session_.GetMantieniCostanti()));
   if (channel == nullptr) {
     TRAGUARDO_LOG(kGeneraMappe, "%s [%d] ERROR = Can't alloc memory\n");
     return false;
@@ -174,7 +199,7 @@ bool CParserZep_2Gv4::GiveChannel(CCanaleQLT* object, const std::string& name) {
   return true;
 }
 
-void CParserZep_2Gv4::SetProperties(CCanaleQLT* object, const std::string& name) {
+void ChannelTable::SetProperties(CCanaleQLT* object, const std::string& name) {
   const ChannelRecord& record = object->record();
   CParsedChannel* channel = object->channel();
   const bool is_bit_field = record.format() == kSMPL_FMT_BITFIELD_8;
@@ -192,21 +217,21 @@ void CParserZep_2Gv4::SetProperties(CCanaleQLT* object, const std::string& name)
   channel->SetVelocita(record.quantity() == FID_PHI_SPEED);
   channel->SetAccLaterale((record.fp_code() & 0x7FFF) == kLateralAcceleration);
   channel->SetPeriodo(record.period_us());
-  if (options_.measure_statistics) object->InstallStatistics();
+  if (measures_) object->InstallStatistics();
 }
 
-void CParserZep_2Gv4::Enter(u16 index, std::unique_ptr<CCanaleQLT> object) {
+void ChannelTable::Enter(u16 index, std::unique_ptr<CCanaleQLT> object) {
   if (by_index_.size() <= index) {
     by_index_.resize(std::size_t{index} + 1);
-    s_channels_.resize(std::size_t{index} + 1);
+    channels_.resize(std::size_t{index} + 1);
   }
   by_index_[index] = ChannelEntry(object.get());
   without_converter_.insert(index);
-  s_channels_[index] = std::move(object);
-  ++table_generation_;
+  channels_[index] = std::move(object);
+  ++generation_;
 }
 
-void CParserZep_2Gv4::AssignConverters() {
+void ChannelTable::AssignConverters() {
   for (const u16 index : without_converter_) {
     AssignConverter(ChannelAt(index));
     by_index_[index] = ChannelEntry(ChannelAt(index));
@@ -215,7 +240,7 @@ void CParserZep_2Gv4::AssignConverters() {
 }
 
 // An object whose format has no reader stays its own converter: every sample reads 0.0.
-void CParserZep_2Gv4::AssignConverter(CCanaleQLT* object) {
+void ChannelTable::AssignConverter(CCanaleQLT* object) {
   const ChannelRecord& record = object->record();
   if (record.format() == kSMPL_FMT_BITFIELD_8) {
     object->SetConverter(std::make_unique<CConverterWMP>(&record, true), {});

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "logger/logger_parser.h"
+#include "logger/frame_decoder.h"
 
 namespace traguardo {
 
@@ -17,15 +17,15 @@ constexpr u64 kMostData = 8;
 }  // namespace
 
 // `has_length`: the form "(c" with a length byte; "(C" ends at its first parenthesis.
-u32 CParserZep_2Gv4::DecodeChunk(const Frame& frame, bool has_length) {
-  if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
+u32 FrameDecoder::DecodeChunk(const Frame& frame, bool has_length) {
+  if (!frame.rebuilt && !progress_.Report(frame.position)) return kStopWalk;
   const u64 data_offset = has_length ? 7 : 6;
   if (frame.left < data_offset) {
-    return Reject(frame.position, &errors_c_, &Losses::broken_frames);
+    return Reject(frame.position, &errors_.c, &Losses::broken_frames);
   }
   const ChunkHeader header(load_u32(frame.at + kHeaderOffset));
   if (header.kind() > kLargestKind) {
-    return Reject(frame.position, &errors_c_, &Losses::broken_frames);
+    return Reject(frame.position, &errors_.c, &Losses::broken_frames);
   }
   CanMsgAssembler& assembler = assemblers_[header.key()];
 
@@ -78,20 +78,20 @@ u32 CParserZep_2Gv4::DecodeChunk(const Frame& frame, bool has_length) {
 }
 
 // False with the index that is in no table.
-bool CParserZep_2Gv4::Rebuild(const ChunkHeader& header, CanMsgAssembler* assembler, u64* failed_index) {
+bool FrameDecoder::Rebuild(const ChunkHeader& header, CanMsgAssembler* assembler, u64* failed_index) {
   const u16 index = header.index();
   *failed_index = index;
   switch (static_cast<PacketKind>(header.kind())) {
     case PacketKind::kS:
-      if (ChannelAt(index) == nullptr) return false;
+      if (table_.ChannelAt(index) == nullptr) return false;
       assembler->RebuildSingle('S', index);
       return true;
     case PacketKind::kM:
-      if (ChannelAt(index) == nullptr) return false;
-      assembler->RebuildMultiple(index, ChannelAt(index)->sample_size());
+      if (table_.ChannelAt(index) == nullptr) return false;
+      assembler->RebuildMultiple(index, table_.ChannelAt(index)->sample_size());
       return true;
     case PacketKind::kA:
-      if (acquisitions_.Find(index) == nullptr) return false;
+      if (table_.acquisitions().Find(index) == nullptr) return false;
       assembler->RebuildSingle('A', index);
       return true;
     case PacketKind::kG: {
@@ -100,7 +100,7 @@ bool CParserZep_2Gv4::Rebuild(const ChunkHeader& header, CanMsgAssembler* assemb
       u16 group = 0;
       if (!assembler->GroupIndex(&group)) return true;
       *failed_index = group;
-      return groups_.Find(group) != nullptr;
+      return table_.groups().Find(group) != nullptr;
     }
   }
   return false;

@@ -75,13 +75,13 @@ bool CParserZep_2Gv4::WantsBytesOf(const SAtomTag& tag) const {
 bool CParserZep_2Gv4::OnTag(const SAtomTag& tag) {
   ++tag_count_;
   known_end_ = u64{tag.offset} + tag.totalSize;
-  if (!ReportProgress(tag.offset)) return false;
+  if (!walk_progress_.Report(tag.offset)) return false;
   if (tag.name == "CNF") {
-    if (TakeConfiguration(tag)) return true;
-    TellSinkTheEnd(false);
+    if (table_.Take(tag)) return true;
+    walk_progress_.End(false);
     return false;
   }
-  if (clock_watch_ != nullptr) {
+  if (clock_.is_watched()) {
     WatchClockOf(tag);
     return true;
   }
@@ -138,20 +138,20 @@ bool CParserZep_2Gv4::IsHeaderTag(const SAtomTag& tag) {
 void CParserZep_2Gv4::WatchClockOf(const SAtomTag& tag) {
   if (!is_gps_name(tag.name) || tag.payloadSize != SGpsRecord::kSize) return;
   const u64 time = u64{load_u32(tag.payload)} * kMicrosecondsPerMillisecond;
-  clock_watch_->Take({tag.offset, time, time, true});
+  clock_.WatchTag(tag.offset, time);
 }
 
 void CParserZep_2Gv4::AddGpsTag(const SAtomTag& tag) {
-  if (ToNextTakenBack(tag.offset) == 0) {
-    errors_file_.Append(tag.offset);
-    ++losses_.clocks;
+  if (clock_.IsTakenBack(tag.offset)) {
+    decoder_.errors().file.Append(tag.offset);
+    ++decoder_.losses().clocks;
     return;
   }
   CGPSSamples* trace = GetOCreaTracciaGps(tag.name);
   const u64 offset = u64{tag.offset} + kTagOpeningSize;
   // An assignment, not a maximum: a receiver's clock that runs back takes the reader's clock with it.
-  if (trace->AddRecord(highest_time_, tag.payload, tag.payloadSize, offset)) {
-    highest_time_ = u64{load_u32(tag.payload)} * kMicrosecondsPerMillisecond;
+  if (trace->AddRecord(clock_.now(), tag.payload, tag.payloadSize, offset)) {
+    clock_.Set(u64{load_u32(tag.payload)} * kMicrosecondsPerMillisecond);
   }
 }
 

@@ -24,12 +24,10 @@ CParserZep_2Gv4::CParserZep_2Gv4(const std::wstring& path, const LoggerReportOpt
 
 CParserZep_2Gv4::~CParserZep_2Gv4() {
   TRAGUARDO_LOG("CParserZep_2Gv4::~CParserZep_2Gv4", "%s [%d] NOTICE = %p\n", static_cast<const void*>(this));
-  DropTables();
+  table_.Clear();
 }
 
 bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
-  progress_ = nullptr;
-  for (ErrorList* list : {&errors_s_, &errors_m_, &errors_a_, &errors_g_, &errors_c_}) list->Clear();
   if (!input_.IsValido()) {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Can't alloc memory\n");
     return false;
@@ -37,15 +35,10 @@ bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
   if (refused_ || size_ == 0) return false;
   laps_.Begin(options_.lap_statistics);
   TRAGUARDO_LOG(kParsaFile, "%s [%d] NOTICE = OK parsing file %s\n", GetNomeFile());
-  if (progress != nullptr) {
-    progress_ = progress;
-    bool stop = false;
-    progress_handle_ = progress->Apri(&stop, 100, 1);
-    if (stop) {
-      TRAGUARDO_LOG(kParsaFile, "%s [%d] ALERT = Ext break\n");
-      TellSinkTheEnd(false);
-      return false;
-    }
+  if (!walk_progress_.Begin(progress)) {
+    TRAGUARDO_LOG(kParsaFile, "%s [%d] ALERT = Ext break\n");
+    walk_progress_.End(false);
+    return false;
   }
 
   bool good = false;
@@ -57,35 +50,31 @@ bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
     set_failure(is_reading ? ParseFailure::kReading : ParseFailure::kMemory);
     good = false;
   }
-  DropTables();
-  TellSinkTheEnd(good);
-  progress_ = nullptr;
+  table_.Clear();
+  walk_progress_.End(good);
+  walk_progress_.Forget();
   return good;
 }
 
 // Leaves the reader as it was, but for the clocks to take back.
 bool CParserZep_2Gv4::FindWrongClocks() {
-  clock_watch_ = std::make_unique<ClockWatch>();
-  IProgress* const sink = std::exchange(progress_, nullptr);
+  clock_.BeginWatch();
+  table_.set_keeps_samples(false);
+  walk_progress_.set_silent(true);
   const bool whole = tags::walk(&input_, size_, *this);
-  progress_ = sink;
-  const u64 none = taken_back_.back();
-  taken_back_ = clock_watch_->taken_back();
-  taken_back_.push_back(none);
-  next_taken_back_ = taken_back_.begin();
-  clock_watch_.reset();
-
-  DropTables();
-  assemblers_.clear();
-  without_converter_.clear();
-  for (ErrorList* list : {&errors_s_, &errors_m_, &errors_a_, &errors_g_, &errors_c_, &errors_file_}) list->Clear();
-  losses_ = {};
-  ++table_generation_;
+  walk_progress_.set_silent(false);
+  table_.set_keeps_samples(true);
+  table_.Clear();
+  decoder_.Reset();
+  clock_.EndWatch();
   tag_count_ = 0;
-  highest_time_ = 0;
-  empty_samples_ = 0;
-  resolved_places_ = 0;
   return whole;
+}
+
+u32 CParserZep_2Gv4::OnUntaggedBytes(u32 offset) {
+  const u32 advanced = decoder_.Decode(offset);
+  if (advanced != kStopWalk) known_end_ = u64{offset} + advanced;
+  return advanced;
 }
 
 bool CParserZep_2Gv4::Walk() {
@@ -93,7 +82,7 @@ bool CParserZep_2Gv4::Walk() {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Bad something\n");
     return false;
   }
-  losses_.bytes += size_ - std::min<u64>(known_end_, size_);
+  decoder_.losses().bytes += size_ - std::min<u64>(known_end_, size_);
   bool good = false;
   if (tag_count_ == 0) {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = No tags found\n");
@@ -105,7 +94,7 @@ bool CParserZep_2Gv4::Walk() {
       TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Bad something\n");
       return false;
     }
-    if (highest_time_ > 0) laps_.AddClosingLap(sessions(), first_time_);
+    if (clock_.now() > 0) laps_.AddClosingLap(sessions(), first_time_);
     RicalcolaInizioGiri();
     RimuoviTracceVuote();
     good = true;
@@ -123,7 +112,7 @@ void CParserZep_2Gv4::RunAfterWalkSteps() {
 }
 
 void CParserZep_2Gv4::HandOverChannels() {
-  for (const auto& object : s_channels_) {
+  for (const auto& object : table_.channels()) {
     if (object != nullptr && object->channel() != nullptr) channels_.push_back(object->HandOverChannel());
   }
 }
@@ -138,25 +127,6 @@ bool CParserZep_2Gv4::FinishStores() {
   }
   first_time_ = first == std::numeric_limits<u64>::max() ? 0 : first;
   return good;
-}
-
-void CParserZep_2Gv4::DropTables() {
-  by_index_.clear();
-  acquisitions_.Clear();
-  groups_.Clear();
-  s_channels_.clear();
-}
-
-bool CParserZep_2Gv4::TellSink(u64 position) {
-  // Rounded to the nearest whole percent.
-  const int percent = static_cast<int>((position * 200 + size_) / (u64{2} * size_));
-  if (progress_->Avanza(progress_handle_, percent)) return true;
-  TellSinkTheEnd(false);
-  return false;
-}
-
-void CParserZep_2Gv4::TellSinkTheEnd(bool good) {
-  if (progress_ != nullptr) progress_->Chiudi(progress_handle_, good ? 1 : 0);
 }
 
 }  // namespace traguardo

@@ -1,25 +1,22 @@
-// The reader of the .qlt family, cut by theme: logger_parser.cpp drives the parse, header_tags.cpp takes the
-// tags that describe the session, channel_table.cpp builds the tables, data_stream.cpp and chunks.cpp decode what lies
-// between the tags, lap_book.cpp turns marks into laps, report.cpp and debug_tags.cpp leave behind what was seen.
+// The reader of the .qlt family: it drives the walk and hands tags and bytes to who knows them: a ChannelTable, a
+// FrameDecoder, a LapBook. header_tags.cpp takes the tags that describe the session, report.cpp and debug_tags.cpp
+// leave behind what was seen.
 #pragma once
 
-#include <limits>
 #include <map>
 #include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "logger/channel_descriptor.h"
-#include "logger/channel_names.h"
-#include "logger/chunk_assembler.h"
-#include "logger/clock_watch.h"
-#include "logger/error_list.h"
+#include "logger/channel_table.h"
+#include "logger/frame_decoder.h"
 #include "logger/input_file.h"
 #include "logger/lap_book.h"
 #include "logger/losses.h"
-#include "logger/qlt_channel.h"
+#include "logger/reader_clock.h"
 #include "logger/tag_decoder.h"
+#include "logger/walk_progress.h"
 #include "model/parser.h"
 
 namespace traguardo {
@@ -55,27 +52,30 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper {
   // Names of tags whose payloads are wanted, each with the suffix of the file that they go to.
   void SetTagDiDebug(const std::map<std::string, std::string>& requests);
   // Channels to read; empty for all.
-  void SetCanaliVoluti(std::set<std::string> names) { wanted_channels_ = std::move(names); }
+  void SetCanaliVoluti(std::set<std::string> names) { table_.SetWanted(std::move(names)); }
 
   // Looks through the stream once before it is read, so that a clock which all behind it contradict costs its own frame
   // and nothing else.
   void SetRecoverClock(bool recover) { recover_clock_ = recover; }
 
-  const Losses& losses() const { return losses_; }
+  const Losses& losses() const { return decoder_.losses(); }
   // For those who look inside: what the walk refused. The chunk streams stay for as long as the reader.
-  const ErrorList& errors_in_s() const { return errors_s_; }
-  const ErrorList& errors_in_m() const { return errors_m_; }
-  const ErrorList& errors_in_a() const { return errors_a_; }
-  const ErrorList& errors_in_g() const { return errors_g_; }
-  const ErrorList& errors_in_c() const { return errors_c_; }
-  const ErrorList& errors_in_file() const { return errors_file_; }
-  const std::map<u32, CanMsgAssembler>& assemblers() const { return assemblers_; }
+  const ErrorList& errors_in_s() const { return decoder_.errors().s; }
+  const ErrorList& errors_in_m() const { return decoder_.errors().m; }
+  const ErrorList& errors_in_a() const { return decoder_.errors().a; }
+  const ErrorList& errors_in_g() const { return decoder_.errors().g; }
+  const ErrorList& errors_in_c() const { return decoder_.errors().c; }
+  const ErrorList& errors_in_file() const { return decoder_.errors().file; }
+  const std::map<u32, CanMsgAssembler>& assemblers() const { return decoder_.assemblers(); }
+  const LoggerReportOptions& options() const { return options_; }
+  const ChannelTable& table() const { return table_; }
+  const std::vector<std::pair<std::string, std::string>>& ecu_info() const { return ecu_info_; }
+  bool has_track_record() const { return has_track_record_; }
+  const i32* track_reference() const { return track_reference_; }
+  using CParser::traces;
   const SStatLap& lap_statistics() const { return laps_.statistics(); }
 
  private:
-  // Shows what no getter has to hand out.
-  friend class ParseReport;
-
   // --- logger_parser.cpp
   bool FindWrongClocks();
   bool Walk();
@@ -83,11 +83,6 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper {
   void HandOverChannels();
   // False if a store could not be brought to the disk.
   bool FinishStores();
-  void DropTables();
-  // Tells the sink how far the walk is; false when it wants to stop.
-  bool ReportProgress(u64 position) { return progress_ == nullptr || TellSink(position); }
-  bool TellSink(u64 position);
-  void TellSinkTheEnd(bool good);
 
   // --- header_tags.cpp
   // A tag that waits for the end of the walk.
@@ -103,68 +98,6 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper {
   void ExtractIdents(const std::vector<KeptTag>& tags, IdentMap* idents);
   void ExtractEcuInfo();
 
-  // --- channel_table.cpp
-  bool TakeConfiguration(const SAtomTag& tag);
-  bool GeneraMappeSCanale(const SAtomTag& configuration);
-  void TakeDescriptors(const SAtomTag& configuration);
-  enum class Entry { kTaken, kSkipped, kFailed };
-  Entry TakeChannelRecord(const ChannelRecord& record, ChannelNames* names);
-  std::unique_ptr<CCanaleQLT> KeptObject(const ChannelRecord& record);
-  std::unique_ptr<CCanaleQLT> PacketObject(const ChannelRecord& record);
-  bool GiveChannel(CCanaleQLT* object, const std::string& name);
-  void SetProperties(CCanaleQLT* object, const std::string& name);
-  void Enter(u16 index, std::unique_ptr<CCanaleQLT> object);
-  void AssignConverters();
-  void AssignConverter(CCanaleQLT* object);
-
-  // --- data_stream.cpp
-  struct Frame {
-    const u8* at;  // the opening parenthesis; kLookAhead bytes follow, or all that are left
-    u64 left;      // bytes from there to the end of the file, or of the buffer that it was rebuilt in
-    u64 position;  // file offset that errors are reported under
-    bool rebuilt;  // stands in a buffer of its own, not in the file
-    u64 offset_of(const u8* bytes) const { return rebuilt ? position : position + static_cast<u64>(bytes - at); }
-  };
-  static constexpr u64 kLookAhead = 4096;
-  u32 DecodeStretch(u32 offset);
-  u32 PassGarbage(const u8* bytes, u64 at);
-  u64 DecodePlainRun(const u8* bytes, u64 ready);
-  u32 DecodeFrame(u8 letter, const Frame& frame);
-  u32 DecodeS(Frame frame);
-  u32 DecodeM(Frame frame);
-  u32 DecodeA(const Frame& frame);
-  u32 DecodeG(const Frame& frame);
-  // Whether a frame of that length is all there, with its closing parenthesis; its bytes then stand in one piece.
-  bool Closes(Frame* frame, u64 length) {
-    if (length > frame->left) return false;
-    if (length > kLookAhead && !frame->rebuilt) return ClosesFarAway(frame, length);
-    return frame->at[length - 1] == ')';
-  }
-  bool ClosesFarAway(Frame* frame, u64 length);
-  u32 DecodePlaces(Frame frame, const DescriptorTable& table, ErrorList* errors, void (SStatMisura::*count_sample)());
-  ChannelDescriptor* FindDescriptor(const DescriptorTable& table, u16 index);
-  u32 Reject(u64 position, ErrorList* errors, u64 Losses::*cause);
-  bool BelievesClock(u64 position, u64 time, u64 last);
-  // Bytes from a position to the next frame or tag whose clock was taken back: 0 there.
-  u64 ToNextTakenBack(u64 position) {
-    while (*next_taken_back_ < position) ++next_taken_back_;
-    return *next_taken_back_ - position;
-  }
-  void Raise(u64 time) { highest_time_ = std::max(highest_time_, time); }
-  bool CoversEmptySamples(u64 samples);
-  const std::vector<ChannelDescriptor::Place>& BelievedPlaces(const ChannelDescriptor& descriptor) {
-    return CoversEmptySamples(descriptor.empty_places()) ? descriptor.places() : descriptor.places_with_bytes();
-  }
-  u32 StoreFailed();
-  CCanaleQLT* ChannelAt(u16 index) const { return index < by_index_.size() ? by_index_[index].object : nullptr; }
-  ChannelEntry* EntryAt(u16 index) {
-    return index < by_index_.size() && by_index_[index].object != nullptr ? &by_index_[index] : nullptr;
-  }
-
-  // --- chunks.cpp
-  u32 DecodeChunk(const Frame& frame, bool has_length);
-  bool Rebuild(const ChunkHeader& header, CanMsgAssembler* assembler, u64* failed_index);
-
   // --- report.cpp, debug_tags.cpp
   void WriteReport(const std::wstring& path);
   void SalvaTagDiDebugSePresenti();
@@ -174,8 +107,7 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper {
   u32 size_ = 0;
   bool refused_ = false;
   const LoggerReportOptions options_;
-  IProgress* progress_ = nullptr;
-  int progress_handle_ = 0;
+  WalkProgress walk_progress_{size_};
 
   u32 tag_count_ = 0;
   std::vector<KeptTag> time_tags_;
@@ -184,31 +116,13 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper {
   std::vector<KeptTag> ecu_tags_;
   bool has_track_record_ = false;
 
-  // The tables that the stream is decoded against.
-  std::vector<std::unique_ptr<CCanaleQLT>> s_channels_;  // by index; null where there is none
-  std::vector<ChannelEntry> by_index_;                   // the same, for the decoder
-  DescriptorTable acquisitions_;
-  DescriptorTable groups_;
-  std::map<u32, CanMsgAssembler> assemblers_;
-  std::set<std::string> wanted_channels_;
-  std::set<u16> without_converter_;  // objects that AssignConverters has not looked at yet
-  u64 table_generation_ = 1;         // rises with every change of the channel table
-
-  u64 highest_time_ = 0;  // microseconds
   u64 first_time_ = 0;
-  Losses losses_;
   u64 known_end_ = 0;  // behind what the walk has been through
   bool recover_clock_ = false;
-  std::unique_ptr<ClockWatch> clock_watch_;  // while nothing but clocks is looked at
-  // Rising positions, and one that no file reaches.
-  std::vector<u64> taken_back_{std::numeric_limits<u64>::max()};
-  std::vector<u64>::const_iterator next_taken_back_ = taken_back_.begin();
-  // What was taken so far of claims that cost a file nothing: samples without bytes, places of descriptors looked up.
-  u64 empty_samples_ = 0;
-  u64 resolved_places_ = 0;
-  ErrorList errors_s_, errors_m_, errors_a_, errors_g_, errors_c_, errors_file_;
-
-  LapBook laps_{this, &highest_time_};
+  ReaderClock clock_;
+  LapBook laps_{this, &clock_.now()};
+  ChannelTable table_{this, &laps_, &input_, size_, options_.measure_statistics};
+  FrameDecoder decoder_{&input_, size_, &table_, &clock_, &walk_progress_};
 
   struct DebugTag {
     std::string suffix;

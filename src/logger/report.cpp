@@ -42,7 +42,7 @@ void CParserZep_2Gv4::WriteReport(const std::wstring& path) {
 }
 
 void ParseReport::Write() {
-  const LoggerReportOptions& options = reader_.options_;
+  const LoggerReportOptions& options = reader_.options();
   if (!options.any()) return;
   Idents();
   Tables();
@@ -68,8 +68,8 @@ void ParseReport::Write() {
 // --- Who and with what -----------------------------------------------------------------------------------------------
 
 void ParseReport::Idents() {
-  IdentsOf(reader_.main_idents_, "MAIN ident");
-  IdentsOf(reader_.net_idents_, "NET ident");
+  IdentsOf(reader_.GetMainIdents(), "MAIN ident");
+  IdentsOf(reader_.GetNetIdents(), "NET ident");
 }
 
 void ParseReport::IdentsOf(const IdentMap& idents, std::string_view first_label) {
@@ -109,14 +109,14 @@ void ParseReport::Version(std::string_view label, const u8* version) {
 // --- Tables ----------------------------------------------------------------------------------------------------------
 
 void ParseReport::Tables() {
-  if (!reader_.s_channels_.empty()) {
+  if (!reader_.table().channels().empty()) {
     Title("S Channels");
-    for (const auto& channel : reader_.s_channels_) {
+    for (const auto& channel : reader_.table().channels()) {
       if (channel != nullptr) ChannelRow(channel->record().id(), *channel);
     }
   }
-  DescriptorSection("AcquisDescs", reader_.acquisitions_.descriptors());
-  DescriptorSection("Groups", reader_.groups_.descriptors());
+  DescriptorSection("AcquisDescs", reader_.table().acquisitions().descriptors());
+  DescriptorSection("Groups", reader_.table().groups().descriptors());
 }
 
 void ParseReport::DescriptorSection(std::string_view title,
@@ -125,7 +125,7 @@ void ParseReport::DescriptorSection(std::string_view title,
   Title(title);
   for (const auto& [index, descriptor] : table) {
     for (const ChannelDescriptor::Place& place : descriptor->known_places()) {
-      const CCanaleQLT* channel = reader_.ChannelAt(place.channel);
+      const CCanaleQLT* channel = reader_.table().ChannelAt(place.channel);
       if (channel != nullptr) ChannelRow(index, *channel);
     }
   }
@@ -149,9 +149,9 @@ void ParseReport::ChannelRow(u16 key, const CCanaleQLT& channel) {
 void ParseReport::ChunkStreams() {
   constexpr std::string_view kLetters = "SMGA";  // by kind
   constexpr u32 kKeysPerKind = 65535;
-  if (reader_.assemblers_.empty()) return;
+  if (reader_.assemblers().empty()) return;
   Title("CAN Msgs");
-  for (const auto& [key, assembler] : reader_.assemblers_) {
+  for (const auto& [key, assembler] : reader_.assemblers()) {
     const u32 kind = key / kKeysPerKind;
     text_.Text(kind < kLetters.size() ? kLetters.substr(kind, 1) : "?");
     text_.Text(" idx ").Number(key % kKeysPerKind).LineEnd();
@@ -172,7 +172,7 @@ void ParseReport::ChunkStreams() {
 void ParseReport::EcuInformation() {
   Title("ECU information");
   u32 number = 0;
-  for (const auto& [manufacturer, model] : reader_.ecu_info_) {
+  for (const auto& [manufacturer, model] : reader_.ecu_info()) {
     text_.Text("ECU ").Number(++number).LineEnd();
     Line("manufacturer ", received(manufacturer));
     Line("model        ", received(model));
@@ -193,7 +193,7 @@ void ParseReport::TrackInformation() {
   Title("Track information");
   Line("Track name: ", reader_.GetNomeTracciato());
   Line("Track type: ", reader_.GetTipoTracciato());
-  if (reader_.has_track_record_) TrackRecord();
+  if (reader_.has_track_record()) TrackRecord();
 }
 
 void ParseReport::TrackRecord() {
@@ -217,7 +217,7 @@ void ParseReport::TrackRecord() {
 void ParseReport::ChannelRates() {
   text_.LineEnd();
   float total = 0.0F;
-  for (const auto& channel : reader_.s_channels_) {
+  for (const auto& channel : reader_.table().channels()) {
     if (channel == nullptr) continue;
     const std::string name_in_file = channel->record().name();
     text_.Padded(name_in_file, kNameWidth);
@@ -261,19 +261,19 @@ void ParseReport::ChannelCounters(const SStatMisura& statistics) {
 }
 
 void ParseReport::FrameErrors() {
-  const ErrorList* const frame_lists[] = {&reader_.errors_s_, &reader_.errors_m_, &reader_.errors_a_,
-                                          &reader_.errors_g_, &reader_.errors_c_};
+  const ErrorList* const frame_lists[] = {&reader_.errors_in_s(), &reader_.errors_in_m(), &reader_.errors_in_a(),
+                                          &reader_.errors_in_g(), &reader_.errors_in_c()};
   if (std::all_of(std::begin(frame_lists), std::end(frame_lists),
                   [](const ErrorList* list) { return list->empty(); })) {
     return;
   }
   text_.LineEnd().LineEnd();
-  text_.ErrorLine("N generic err S", reader_.errors_s_.elements());
-  text_.ErrorLine("N generic err M", reader_.errors_m_.elements());
-  text_.ErrorLine("N generic err A", reader_.errors_a_.elements());
-  text_.ErrorLine("N generic err G", reader_.errors_g_.elements());
-  text_.ErrorLine("N generic err C", reader_.errors_c_.elements());
-  text_.ErrorLine("N in file err", reader_.errors_file_.elements());
+  text_.ErrorLine("N generic err S", reader_.errors_in_s().elements());
+  text_.ErrorLine("N generic err M", reader_.errors_in_m().elements());
+  text_.ErrorLine("N generic err A", reader_.errors_in_a().elements());
+  text_.ErrorLine("N generic err G", reader_.errors_in_g().elements());
+  text_.ErrorLine("N generic err C", reader_.errors_in_c().elements());
+  text_.ErrorLine("N in file err", reader_.errors_in_file().elements());
 }
 
 // --- Laps and GPS ----------------------------------------------------------------------------------------------------
@@ -355,8 +355,8 @@ void ParseReport::GpsLine(const SGpsRecord& record, const SGpsRecord& before) {
 
   const Geodetic place = geodetic_in_one_step(record.position_m());
   const double distance =
-      Haversine().Distanza(reader_.track_reference_[0] * kDegreesPerUnit, reader_.track_reference_[1] * kDegreesPerUnit,
-                           place.latitude_deg, place.longitude_deg);
+      Haversine().Distanza(reader_.track_reference()[0] * kDegreesPerUnit,
+                           reader_.track_reference()[1] * kDegreesPerUnit, place.latitude_deg, place.longitude_deg);
   text_.Text(" dist ").Real(distance);
 
   const double vx = record.velocity_x_cm_s();

@@ -1,12 +1,10 @@
-// The data stream: everything in the file that is no tag. One function per kind of frame.
-//
 // A frame is believed when its index is known, it fits, and its closing parenthesis is where it must be; anything else
 // costs one byte, and the next frame or tag is found by itself.
 
+#include "logger/frame_decoder.h"
+
 #include <algorithm>
 #include <limits>
-
-#include "logger/logger_parser.h"
 
 namespace traguardo {
 
@@ -50,13 +48,7 @@ bool Accept(CCanaleQLT::Esito outcome, SStatMisura* statistics, u64 position) {
 
 }  // namespace
 
-u32 CParserZep_2Gv4::OnUntaggedBytes(u32 offset) {
-  const u32 advanced = DecodeStretch(offset);
-  if (advanced != kStopWalk) known_end_ = u64{offset} + advanced;
-  return advanced;
-}
-
-u32 CParserZep_2Gv4::DecodeStretch(u32 offset) {
+u32 FrameDecoder::Decode(u32 offset) {
   u64 at = offset;
   while (at < size_) {
     const u64 left = size_ - at;
@@ -64,10 +56,10 @@ u32 CParserZep_2Gv4::DecodeStretch(u32 offset) {
     if (bytes[0] != '(') {
       if (at == offset) return PassGarbage(bytes, at);
       // What follows good frames is the walker's: it may be a tag.
-      if (!is_tag_mark(bytes, left)) errors_file_.Append(at);
+      if (!is_tag_mark(bytes, left)) errors_.file.Append(at);
       break;
     }
-    if (const u64 run = DecodePlainRun(bytes, std::min(input_.Ready(at), ToNextTakenBack(at))); run != 0) {
+    if (const u64 run = DecodePlainRun(bytes, std::min(input_.Ready(at), clock_.ToNextTakenBack(at))); run != 0) {
       at += run;
       continue;
     }
@@ -76,7 +68,7 @@ u32 CParserZep_2Gv4::DecodeStretch(u32 offset) {
     if (consumed == kStopWalk) return kStopWalk;
     if (consumed == kRejected) ++losses_.bytes;
     if (consumed == 0) {
-      errors_file_.Append(at);
+      errors_.file.Append(at);
       break;
     }
     at += consumed;
@@ -87,9 +79,16 @@ u32 CParserZep_2Gv4::DecodeStretch(u32 offset) {
   return 1;
 }
 
+void FrameDecoder::Reset() {
+  errors_ = {};
+  losses_ = {};
+  empty_samples_ = 0;
+  assemblers_.clear();
+}
+
 // Bytes where neither a tag nor a frame begins: those up to the next that could. Where tags are no longer looked for
 // the walk ends.
-u32 CParserZep_2Gv4::PassGarbage(const u8* bytes, u64 at) {
+u32 FrameDecoder::PassGarbage(const u8* bytes, u64 at) {
   const u64 left = size_ - at;
   const u64 walked = left > kUnscannedTail ? left - kUnscannedTail : 1;
   if (is_tag_mark(bytes, left)) {
@@ -98,19 +97,19 @@ u32 CParserZep_2Gv4::PassGarbage(const u8* bytes, u64 at) {
   }
   const u64 within = std::min(walked, input_.Ready(at));
   const u64 count = static_cast<u64>(next_mark(bytes + 1, bytes + within) - bytes);
-  errors_file_.AppendRun(at, count);
+  errors_.file.AppendRun(at, count);
   losses_.bytes += count;
   return static_cast<u32>(count);
 }
 
 // The common case without its odd branches: (S frames of known channels with plain values, one behind the other, while
 // nobody counts them. Gives the bytes that they take; the frame behind them is DecodeFrame's, whatever it is.
-u64 CParserZep_2Gv4::DecodePlainRun(const u8* bytes, u64 ready) {
-  const ChannelEntry* const channels = by_index_.data();
-  const u64 channel_count = by_index_.size();
+u64 FrameDecoder::DecodePlainRun(const u8* bytes, u64 ready) {
+  const ChannelEntry* const channels = table_.entries().data();
+  const u64 channel_count = table_.entries().size();
   const u8* at = bytes;
   const u8* const end = bytes + ready;
-  u64 highest = highest_time_;
+  u64 highest = clock_.now();
   while (static_cast<u64>(end - at) > kFrameHead && at[0] == '(' && at[1] == 'S') {
     const u16 index = load_u16(at + kIndexOffset);
     if (index >= channel_count) break;
@@ -124,19 +123,19 @@ u64 CParserZep_2Gv4::DecodePlainRun(const u8* bytes, u64 ready) {
     channel.sink->AddValore(time, channel.reader(at + kFrameHead));
     at += length;
   }
-  highest_time_ = highest;
+  clock_.Raise(highest);
   return static_cast<u64>(at - bytes);
 }
 
 // Its last byte is looked at first: a count in a broken frame may claim any length.
-bool CParserZep_2Gv4::ClosesFarAway(Frame* frame, u64 length) {
+bool FrameDecoder::ClosesFarAway(Frame* frame, u64 length) {
   if (*input_.Far(frame->position + length - 1, 1) != ')') return false;
   frame->at = input_.At(frame->position, length);
   return true;
 }
 
 // 0 for a letter that is no kind of frame.
-u32 CParserZep_2Gv4::DecodeFrame(u8 letter, const Frame& frame) {
+u32 FrameDecoder::DecodeFrame(u8 letter, const Frame& frame) {
   switch (letter) {
     case 'S':
       return DecodeS(frame);
@@ -157,7 +156,7 @@ u32 CParserZep_2Gv4::DecodeFrame(u8 letter, const Frame& frame) {
 
 // A sample without bytes is a claim without cover: a frame of 11 bytes could ask for 65,535 of them. A file is believed
 // a few for each of its bytes; beyond that they are left out, and nothing else.
-bool CParserZep_2Gv4::CoversEmptySamples(u64 samples) {
+bool FrameDecoder::CoversEmptySamples(u64 samples) {
   constexpr u64 kPerByte = 4;
   constexpr u64 kAnyway = 65536;
   if (samples == 0) return true;
@@ -166,32 +165,30 @@ bool CParserZep_2Gv4::CoversEmptySamples(u64 samples) {
   return true;
 }
 
-u32 CParserZep_2Gv4::Reject(u64 position, ErrorList* errors, u64 Losses::*cause) {
+u32 FrameDecoder::Reject(u64 position, ErrorList* errors, u64 Losses::*cause) {
   errors->Append(position);
   ++(losses_.*cause);
   return kRejected;
 }
 
-// `last`: the latest time that the frame tells.
-bool CParserZep_2Gv4::BelievesClock(u64 position, u64 time, u64 last) {
-  if (clock_watch_ != nullptr) clock_watch_->Take({position, time, last, false});
-  if (is_plausible(time, highest_time_) && ToNextTakenBack(position) != 0) return true;
+bool FrameDecoder::BelievesClock(u64 position, u64 time, u64 last) {
+  if (clock_.Believes(position, time, last)) return true;
   ++losses_.clocks;
   return false;
 }
 
-u32 CParserZep_2Gv4::StoreFailed() {
-  TellSinkTheEnd(false);
+u32 FrameDecoder::StoreFailed() {
+  progress_.End(false);
   return kStopWalk;
 }
 
-u32 CParserZep_2Gv4::DecodeS(Frame frame) {
-  if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
-  if (frame.left < kFrameHead) return Reject(frame.position, &errors_s_, &Losses::broken_frames);
-  const ChannelEntry* channel = EntryAt(load_u16(frame.at + kIndexOffset));
-  if (channel == nullptr) return Reject(frame.position, &errors_s_, &Losses::unknown_frames);
+u32 FrameDecoder::DecodeS(Frame frame) {
+  if (!frame.rebuilt && !progress_.Report(frame.position)) return kStopWalk;
+  if (frame.left < kFrameHead) return Reject(frame.position, &errors_.s, &Losses::broken_frames);
+  const ChannelEntry* channel = table_.EntryAt(load_u16(frame.at + kIndexOffset));
+  if (channel == nullptr) return Reject(frame.position, &errors_.s, &Losses::unknown_frames);
   const u64 length = kFrameHead + channel->sample_size + 1;
-  if (!Closes(&frame, length)) return Reject(frame.position, &errors_s_, &Losses::broken_frames);
+  if (!Closes(&frame, length)) return Reject(frame.position, &errors_.s, &Losses::broken_frames);
   const u64 time = time_of(frame.at);
   SStatMisura* statistics = channel->statistics;
   if (!BelievesClock(frame.position, time, time)) {
@@ -199,22 +196,22 @@ u32 CParserZep_2Gv4::DecodeS(Frame frame) {
     return static_cast<u32>(length);
   }
   if (statistics != nullptr) statistics->ContaS();
-  Raise(time);
+  clock_.Raise(time);
   const u8* sample = frame.at + kFrameHead;
   if (!Accept(channel->Add(time, sample, frame.offset_of(sample)), statistics, frame.position)) return StoreFailed();
   return static_cast<u32>(length);
 }
 
-u32 CParserZep_2Gv4::DecodeM(Frame frame) {
-  if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
-  if (frame.left < kMultipleHead) return Reject(frame.position, &errors_m_, &Losses::broken_frames);
-  const ChannelEntry* channel = EntryAt(load_u16(frame.at + kIndexOffset));
-  if (channel == nullptr) return Reject(frame.position, &errors_m_, &Losses::unknown_frames);
+u32 FrameDecoder::DecodeM(Frame frame) {
+  if (!frame.rebuilt && !progress_.Report(frame.position)) return kStopWalk;
+  if (frame.left < kMultipleHead) return Reject(frame.position, &errors_.m, &Losses::broken_frames);
+  const ChannelEntry* channel = table_.EntryAt(load_u16(frame.at + kIndexOffset));
+  if (channel == nullptr) return Reject(frame.position, &errors_.m, &Losses::unknown_frames);
   const u32 count = load_u16(frame.at + kCountOffset);
   const u64 sample_size = channel->sample_size;
   const u64 length = kMultipleHead + count * sample_size + 1;
   if (!Closes(&frame, length) || (sample_size == 0 && !CoversEmptySamples(count))) {
-    return Reject(frame.position, &errors_m_, &Losses::broken_frames);
+    return Reject(frame.position, &errors_.m, &Losses::broken_frames);
   }
   const u64 time = time_of(frame.at);
   const u64 last = count == 0 ? 0 : time + u64{count - 1} * channel->object->record().period_us();
@@ -226,39 +223,24 @@ u32 CParserZep_2Gv4::DecodeM(Frame frame) {
   if (statistics != nullptr) statistics->ContaM();
   if (!Accept(channel->AddMany(time, count, frame.at + kMultipleHead), statistics, frame.position))
     return StoreFailed();
-  if (count != 0) Raise(last);
+  if (count != 0) clock_.Raise(last);
   return static_cast<u32>(length);
 }
 
-// The descriptor under an index, looked up against the channel table as it stands now; null if there is none. A file
-// that changes its table again and again under long descriptors gets so much work out of the reader and no more.
-ChannelDescriptor* CParserZep_2Gv4::FindDescriptor(const DescriptorTable& table, u16 index) {
-  constexpr u64 kPlacesPerByte = 64;
-  constexpr u64 kAnyway = 1U << 24;
-  ChannelDescriptor* descriptor = table.Find(index);
-  if (descriptor != nullptr && descriptor->generation != table_generation_) {
-    resolved_places_ += descriptor->count();
-    if (resolved_places_ > kPlacesPerByte * size_ + kAnyway) return nullptr;
-    descriptor->Resolve([this](u16 channel) { return EntryAt(channel); });
-    descriptor->generation = table_generation_;
-  }
-  return descriptor;
+u32 FrameDecoder::DecodeG(const Frame& frame) {
+  return DecodePlaces(frame, table_.groups(), &errors_.g, &SStatMisura::ContaG);
 }
 
-u32 CParserZep_2Gv4::DecodeG(const Frame& frame) {
-  return DecodePlaces(frame, groups_, &errors_g_, &SStatMisura::ContaG);
-}
-
-u32 CParserZep_2Gv4::DecodeA(const Frame& frame) {
-  return DecodePlaces(frame, acquisitions_, &errors_a_, &SStatMisura::ContaA);
+u32 FrameDecoder::DecodeA(const Frame& frame) {
+  return DecodePlaces(frame, table_.acquisitions(), &errors_.a, &SStatMisura::ContaA);
 }
 
 // One sample for each place of a descriptor; place n is n steps later than the frame. The step of a group is 0.
-u32 CParserZep_2Gv4::DecodePlaces(Frame frame, const DescriptorTable& table, ErrorList* errors,
-                                  void (SStatMisura::*count_sample)()) {
-  if (!frame.rebuilt && !ReportProgress(frame.position)) return kStopWalk;
+u32 FrameDecoder::DecodePlaces(Frame frame, const DescriptorTable& table, ErrorList* errors,
+                               void (SStatMisura::*count_sample)()) {
+  if (!frame.rebuilt && !progress_.Report(frame.position)) return kStopWalk;
   if (frame.left < kFrameHead) return Reject(frame.position, errors, &Losses::broken_frames);
-  ChannelDescriptor* descriptor = FindDescriptor(table, load_u16(frame.at + kIndexOffset));
+  ChannelDescriptor* descriptor = table_.FindDescriptor(table, load_u16(frame.at + kIndexOffset));
   if (descriptor == nullptr) return Reject(frame.position, errors, &Losses::unknown_frames);
   const u64 length = kFrameHead + descriptor->data_length() + 1;
   if (!Closes(&frame, length)) return Reject(frame.position, errors, &Losses::broken_frames);
@@ -270,13 +252,13 @@ u32 CParserZep_2Gv4::DecodePlaces(Frame frame, const DescriptorTable& table, Err
     errors->Append(frame.position);
     return static_cast<u32>(length);
   }
-  Raise(time);
+  clock_.Raise(time);
   errors->Append(frame.position, descriptor->missing());
   const u8* data = frame.at + kFrameHead;
   for (const ChannelDescriptor::Place& place : BelievedPlaces(*descriptor)) {
-    const ChannelEntry* channel = &by_index_[place.channel];
+    const ChannelEntry* channel = &table_.entries()[place.channel];
     const u64 sample_time = time + place.number * step;
-    Raise(sample_time);
+    clock_.Raise(sample_time);
     SStatMisura* statistics = channel->statistics;
     if (statistics != nullptr) (statistics->*count_sample)();
     if (!Accept(channel->Add(sample_time, data, frame.offset_of(data)), statistics, frame.position)) {
@@ -284,7 +266,7 @@ u32 CParserZep_2Gv4::DecodePlaces(Frame frame, const DescriptorTable& table, Err
     }
     data += channel->sample_size;
   }
-  Raise(last);
+  clock_.Raise(last);
   return static_cast<u32>(length);
 }
 
