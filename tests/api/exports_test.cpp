@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
+#include <utility>
+#include <vector>
 
 #include "api/reader_factory.h"
 #include "helpers/parsed_session.h"
@@ -268,6 +271,32 @@ TEST(ReaderFactory, LooksAtNoSettingForTheOlderFamily) {
   const auto* older = dynamic_cast<CParserWMP*>(reader.get());
   ASSERT_NE(older, nullptr);
   EXPECT_TRUE(older->GetMantieniCostanti());
+}
+
+TEST(OpenFile, TakesANullPointerForAWrongArgument) {
+  const test::TempFolder folder;
+  std::filesystem::copy_file(std::filesystem::path(TRAGUARDO_SESSIONS) / "gps/random_9016.qlt",
+                             folder.path() / "a.qlt");
+  EXPECT_EQ(open_file(nullptr), -2);
+  EXPECT_EQ(close_file_n(nullptr), -2);
+  const int file = open_file(folder.file("a.qlt").c_str());
+  ASSERT_GT(file, 0);
+  ASSERT_GT(get_GPS_channels_count(file), 0);
+  ASSERT_EQ(get_GPS_raw_channels_count(file), 7);
+  ASSERT_GT(get_channel_samples_count(file, 0), 0);
+  std::vector<double> room(1'000'000);
+  double* const some = room.data();
+  for (const auto& [times, values] :
+       {std::pair<double*, double*>{nullptr, some}, {some, nullptr}, {nullptr, nullptr}}) {
+    EXPECT_EQ(get_lap_info(file, 0, times, values), 0);
+    EXPECT_EQ(get_channel_samples(file, 0, times, values, get_channel_samples_count(file, 0)), 0);
+    EXPECT_EQ(get_lap_channel_samples(file, 0, 0, times, values, get_lap_channel_samples_count(file, 0, 0)), 0);
+    EXPECT_EQ(get_GPS_channel_samples(file, 0, times, values, 10), 0);
+    EXPECT_EQ(get_lap_GPS_channel_samples(file, 0, 0, times, values, 10), 0);
+    EXPECT_EQ(get_GPS_raw_channel_samples(file, 0, times, values, 10), 0);
+    EXPECT_EQ(get_lap_GPS_raw_channel_samples(file, 0, 0, times, values, 10), 0);
+  }
+  EXPECT_EQ(close_file_i(file), file);
 }
 
 }  // namespace

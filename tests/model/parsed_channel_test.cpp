@@ -141,6 +141,21 @@ TEST_F(ParsedChannel, RangeBySearchGivesWhatAWalkGives) {
   }
 }
 
+// Each way zeroes its points itself, and no other.
+TEST_F(ParsedChannel, LeavesZerosOnAGridThatItHasNothingFor) {
+  CParsedChannel empty = make();
+  CParsedChannel earlier = make();
+  earlier.AddValore(5, 1.0F);
+  using Way = bool (CParsedChannel::*)(u64, u64, u64, float*, u32, u32);
+  for (CParsedChannel* channel : {&empty, &earlier}) {
+    for (const Way way : {&CParsedChannel::GetValoriEveryLineare, &CParsedChannel::GetValoriEveryHold}) {
+      std::vector<float> grid(5, 7.0F);
+      EXPECT_TRUE((channel->*way)(10, 100, 130, grid.data(), 1, 4));
+      EXPECT_EQ(grid, (std::vector<float>{7, 0, 0, 0, 7}));
+    }
+  }
+}
+
 TEST_F(ParsedChannel, ResamplesOnAGrid) {
   struct Case {
     const char* name;
