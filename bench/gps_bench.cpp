@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a host pays for the GPS of a long session: ten hours at 25 Hz, as a grid of 3.6 million points and fifteen
 // channels.
 #include <benchmark/benchmark.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What it costs to turn raw words of the legacy family into values: nanoseconds per word for each class of formula, and
 // seconds for a dump of 32 MB that is taken apart into its channels.
 #include <benchmark/benchmark.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Million samples per second of the logger reader, beside a floor measured in the same run: the plainest loop that
 // checks a frame's first and last byte and appends 12 bytes per sample to a mapped file that has its full size from the
 // start.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a formula costs: nanoseconds per instruction of the interpreter, and whole channels through the manager.
 //
 //   bench_math --benchmark_counters_tabular=true

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes choose a formula of the grammar and a session; the interpreter must agree with a plain walk over the
 // formula's tree, bit for bit.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Any text as a formula: it computes or gives a code of the message table, with a place inside the text.
 
 #include <cstdint>

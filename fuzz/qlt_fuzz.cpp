@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A whole .qlt from the fuzzer's bytes: it must open or not, hand out what it has, and leave nothing behind.
 
 #include <cstdint>

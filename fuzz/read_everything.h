@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a host does with an open session, for the fuzzers: it asks for everything, and counts must agree.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A whole .wmp from the fuzzer's bytes, beside a sound trace file: it must open, and hand out what it has.
 
 #include <cstdint>

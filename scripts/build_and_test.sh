@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Configures, builds and tests one preset: release (the default), debug, asan or windows.
 set -euo pipefail
 cd "$(dirname "$0")/.."

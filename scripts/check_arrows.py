@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Holds the arrows between the rooms of src/: who may include whom, and that no file includes itself in a ring.
 
 Prints every include that runs against an arrow; exit status 1 if there is one."""

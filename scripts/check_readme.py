@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The README is code: every command line in it runs as it stands, every output that it shows is what comes out, and its
 host is the one in examples/. Needs the release build. What other stages of CI run anyway is left to them.
 

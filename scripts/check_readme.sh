@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # What a newcomer would do: the README's lines, the examples, and projects of their own that take the library in: by
 # pkg-config from an installed copy that was moved, by find_package, and by add_subdirectory.
 set -euo pipefail

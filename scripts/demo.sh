@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Shows what Traguardo does with a session: installs what is missing, builds, simulates some laps, and shows their texts,
 # laps, channels and GPS, and a CSV file.
 #

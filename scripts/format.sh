@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Formats the sources in place, or with --check only says which ones aren't formatted.
 #
 #   scripts/format.sh [--check]

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds the fuzzers and runs each from its seeds; a crash ends with its input's path.
 #
 #   scripts/fuzz.sh [SECONDS]     default 60

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Prints the tables of the source into the documents, so that no document repeats a table by hand.
 
     print_tables.py [--check]

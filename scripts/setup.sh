@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Installs what Traguardo needs on Debian 12, as far as it is missing.
 #
 #   scripts/setup.sh [SET]...     sets: build test windows quality fuzz; without a set: build test

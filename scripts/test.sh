@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Installs what is missing, builds, and runs every test.
 set -eu
 cd "$(dirname "$0")/.."

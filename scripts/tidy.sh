@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # clang-tidy over src/ and tools/ with the warnings of .clang-tidy as errors. Needs the release build's compile commands.
 set -euo pipefail
 cd "$(dirname "$0")/.."

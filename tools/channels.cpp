@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo channels: what was logged, how fast, and between which bounds.
 #include <fmt/format.h>
 

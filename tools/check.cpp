@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo check: the regulation calculators on any session, with a configuration of a person's choice.
 #include <fmt/format.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The commands of the command-line host, each in a source file of its name. A command prints to standard output and
 // throws Failure where it can't do its work; one that has something to say with its exit status returns that. main.cpp
 // gives them their options.

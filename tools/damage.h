@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a logger file has lost, as far as that shows.
 #pragma once
 

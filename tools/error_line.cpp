@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "error_line.h"
 
 #include <cstdio>

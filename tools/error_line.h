@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tool says beside its output.
 #pragma once
 

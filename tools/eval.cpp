@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo eval: a formula over the channels of a session, tried without a legacy file around it.
 #include <fmt/format.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo export: samples as comma-separated values, one a line, or the driven track for a map.
 #include <fmt/format.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Why a command could not do its work, in one line for the person who called it.
 #pragma once
 

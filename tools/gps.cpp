@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo gps: how good the GPS of a session is and where the car went.
 #include <fmt/format.h>
 

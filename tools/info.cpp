@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo info: who, where, when, and how much there is.
 #include <cstddef>
 #include <optional>

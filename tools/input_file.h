@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file that a person names for a command to read.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a command reads, so that nothing that it writes takes the place of that.
 #pragma once
 

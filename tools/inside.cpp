@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "inside.h"
 
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the C interface doesn't show of an open session: the reader and the merged view behind it. For the commands that
 // look inside; they link the static core.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the commands hand to programs.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo laps: the lap table with the gap to the best lap.
 #include <fmt/format.h>
 

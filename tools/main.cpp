@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo, the command-line host: command lines in, the commands of commands.h out.
 //
 // Exit status: 0 done; 1 the command could not do its work, which standard error says in one line (a formula that can't

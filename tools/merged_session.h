@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Any session as the regulation calculators see it: they were made for the older family, whose channels have even
 // rates, and work here on the merged view of whatever file a person chose.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What somebody may have meant who typed a name that doesn't exist.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file that appears under its name only when it is whole: it is written beside its place and renamed at the end.
 #pragma once
 

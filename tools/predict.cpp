@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo predict: a run on a strip, carried on with the shape of a reference run.
 #include <fmt/format.h>
 

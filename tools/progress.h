@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opening a file, with a bar on standard error where that takes long and somebody is watching.
 #pragma once
 

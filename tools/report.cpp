@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo report: what the reader saw in a logger file, and the payloads of tags that it has no use for.
 #include <fmt/format.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "same_file.h"
 
 #include <algorithm>

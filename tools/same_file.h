@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whether two paths stand for one file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo samples: the samples of one channel, for the whole file or for one lap.
 #include <fmt/format.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One open session file as the commands see it: the C interface with its results turned into values and its failures
 // into one line for a person. Where the interface can't tell, or would take memory without bounds, it looks inside.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo simulate: a session of a simulated car.
 #include <fmt/format.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text in aligned columns for a terminal.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text out of a file may hold what a terminal takes for a command. On a terminal it shows in a harmless form.
 #pragma once
 

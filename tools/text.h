@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts of a session as the outside wants them. The library hands out 8-bit texts of no particular encoding; all text
 // that leaves the tool is UTF-8.
 #pragma once

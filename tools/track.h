@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The driven track as a row of places: the receiver's solutions, brought from earth-centred coordinates to latitude,
 // longitude and height in double precision. (The derived channels have 32 bits, which is half a metre in degrees.)
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "track_file.h"
 
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The driven track in the formats of map programs.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // traguardo unpack: the logger file that a compressed one holds.
 #include <fmt/format.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "api/file_table.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of open files. Any thread may ask it: the table has a lock for the moment of a look-up, each open file one
 // of its own for as long as a call works on it, so that different files are opened and read side by side.
 #pragma once

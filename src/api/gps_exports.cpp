@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The GPS family of the exported functions.
 
 #include <algorithm>

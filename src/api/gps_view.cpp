@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "api/gps_view.h"
 
 #include <vector>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the GPS functions have worked out for one open file: the derived channels' grid and the list of raw samples,
 // each on request, independent of the other.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The wall around the exported functions: hosts are written in C and other languages, where an exception ends the
 // process.
 #pragma once

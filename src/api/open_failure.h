@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Why a file could not be opened: what `open_file` tells in one number, in more words, for hosts that are built with
 // the library's inside, as the command-line host is.
 #pragma once

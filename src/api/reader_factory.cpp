@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "api/reader_factory.h"
 
 #include <map>

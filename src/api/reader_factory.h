@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // api/ is the library's surface: the 34 C functions, the table of open files, and the factory that turns a path into a
 // reader. It includes every room below it; nothing includes it but the tools.
 #pragma once

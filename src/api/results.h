@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Result codes of the exported functions, where they are more than a count.
 #pragma once
 

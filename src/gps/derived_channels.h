@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The quantities of the derived channels at the good records of a trace, and their values on an even grid of times.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Results are compared bit for bit: every formula keeps the order in which it is written here.
 #include "gps/geodesy.h"
 

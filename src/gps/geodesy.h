@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // From earth-centred coordinates to latitude, longitude and height above the ellipsoid, and to local axes.
 #pragma once
 

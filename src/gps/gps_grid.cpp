@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "gps/gps_grid.h"
 
 #include <algorithm>

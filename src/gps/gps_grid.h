@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The derived channels on an even grid of times without the grid: it keeps the rows of the records and works out what
 // it is asked for. One record with a wild clock asks for hundreds of millions of points, so neither making it nor its
 // size costs anything that grows with the time between the records.

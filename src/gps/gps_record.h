@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One solution of a GPS receiver with the logger's clock in front: the unit of every trace.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store behind a trace: records as they came, good and bad, and what is worked out from the good ones on demand.
 #pragma once
 

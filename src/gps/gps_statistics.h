@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What happened to the records of one trace while it was filled, for the report.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // gps/ holds what a logger's GPS receivers said: traces of records, their good ones as channels on an even grid and as
 // they are, and the geodesy between. It includes support and units; readers (model, logger, legacy) fill traces, the
 // exported functions (api) ask them.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "gps/haversine.h"
 
 #include <cmath>

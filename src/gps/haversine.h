@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The distance of two places over the ground, on a sphere.
 #pragma once
 

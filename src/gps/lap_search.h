@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The samples of a lap within a sequence of times: two searches that start at a hint.
 //
 // `Times` is a sequence by index: size() and time_at(index), both u64. They go by single steps, so that a sequence that

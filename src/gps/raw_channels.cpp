@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "gps/raw_channels.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the receiver said, unresampled: seven channels with a value for each good record, at the record's own time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The chain from the raw words of a channel to the values that a host reads.
 #include "legacy/channel_conversion.h"
 

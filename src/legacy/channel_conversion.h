@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The chain from the raw words of a channel, or from what computes it, to the values that a host reads.
 #pragma once
 

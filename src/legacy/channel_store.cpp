@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/channel_store.h"
 
 #include <algorithm>

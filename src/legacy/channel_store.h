@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The samples of a legacy session: raw words of the logged channels, and a value area in which every channel of the
 // table has its stretch. Rows that are added, removed or resized move both.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/wmp.h"
 
 #include "legacy/channel_conversion.h"

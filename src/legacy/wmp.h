@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CWMP, the given face of the reader of the .wmp family: opens one file, has it read, and computes everything. What it
 // holds is a WmpSession.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reader of the .wmp family behind the interface that every reader has: what a CWMP reads and computes becomes
 // channels, laps, texts and a trace, and no legacy object is left.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A legacy session while it is read, as one struct of parts: the tables, the samples, the distances made of them, and
 // what is borrowed from outside. Lives for one CParserWMP::ParsaFile, in its CWMP. What converts, derives and shows
 // channels are functions over it (channel_conversion.h, derived/, texts/).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The channels of an (A or (G frame, in the order of their samples.
 #pragma once
 

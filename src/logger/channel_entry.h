@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A channel as the decode loop sees it: what a sample needs, side by side. With a thousand channels in turn, each
 // further line of memory that a sample touches costs more than its conversion.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The names of one channel table: those that come more than once get a number each.
 #pragma once
 

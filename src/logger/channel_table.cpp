@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file may repeat the tag; samples of a channel whose unit stays the same go on.
 
 #include "logger/channel_table.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tag CNF lists: the channels, groups and acquisitions that the stream is decoded against.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "logger/chunk_assembler.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Collects the chunks of one packet stream that came over a bus of 8-byte messages.
 #pragma once
 

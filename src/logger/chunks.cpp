@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Packets that came over a bus of 8-byte messages: their chunks are collected, and the rebuilt frame is decoded as if
 // it stood in the file.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "logger/clock_watch.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Finds the clocks that a reader believes and must not: within the first minute any clock raises the reader's time, and
 // a GPS tag may set it back; all that follows is then refused for as long as it disagrees. A clock that jumped is taken
 // back if no clock behind it agrees with it and a hundred in a row agree with each other.

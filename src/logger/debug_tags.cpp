@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tags that somebody asked for by name: their payloads go raw into files beside the session.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // File offsets of one kind of damage: the first hundred as they come, then a count of the rest, so that no damage makes
 // the list grow.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A frame is believed when its index is known, it fits, and its closing parenthesis is where it must be; anything else
 // costs one byte, and the next frame or tag is found by itself.
 

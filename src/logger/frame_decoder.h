@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The data stream: everything in the file that is no tag. One function per kind of frame; chunks.cpp has the packets
 // that came in pieces.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tags of the file's top level: who, where, when, with which devices. What they say is taken as it comes; what
 // needs the whole file (date, idents, ECU info) is collected and worked out after the walk.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The session file as its walk sees it: bytes on demand, read a window at a time. A mapping would be as fast, but a
 // file that another program cuts, or a disk that fails, would then end the host's process instead of the open.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "logger/lap_book.h"
 
 #include "support/event_log.h"

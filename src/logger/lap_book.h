@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lap marks become laps and splits. A mark says what the logger knew at that moment, and marks repeat, so what counts
 // is decided here.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A lap record as the logger writes it, in one of three forms that share their first 12 bytes.
 #pragma once
 

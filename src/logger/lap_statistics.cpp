@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "logger/lap_statistics.h"
 
 #include "logger/report_text.h"

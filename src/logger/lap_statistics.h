@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The history of the lap marks of a file.
 #pragma once
 

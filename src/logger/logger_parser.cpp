@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "logger/logger_parser.h"
 
 #include <algorithm>

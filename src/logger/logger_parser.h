@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reader of the .qlt family: it drives the walk and hands tags and bytes to who knows them: a ChannelTable, a
 // FrameDecoder, a LapBook. header_tags.cpp takes the tags that describe the session, report.cpp and debug_tags.cpp
 // leave behind what was seen.

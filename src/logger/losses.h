@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the reader could not use of a file: one account, kept where damage is met and nowhere else.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "logger/lz77.h"
 
 #include <zlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The expansion of a .qlc: one zlib stream that holds a whole .qlt, from one file into another. Despite its name the
 // class holds no compression code of its own.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The logger times of lap marks, for the question which of those in a span of time came first in the file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "logger/qlt_channel.h"
 
 #include <algorithm>

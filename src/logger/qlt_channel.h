@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a channel index of the stream stands for: a value to convert and store, a packet to hand on, or something to
 // read over. One object per entry of the channel table.
 #pragma once

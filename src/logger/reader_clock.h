@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reader's time: the highest one that the stream has told so far, and which clocks it believes.
 #pragma once
 

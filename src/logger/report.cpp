@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "logger/report.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The diagnostics report of one parsed file: its tables, counters and error lists as plain text.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "logger/report_text.h"
 
 #include <algorithm>

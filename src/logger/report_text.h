@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of a report while it is composed: its number forms and its recurring pieces. Independent of the locale that
 // a host has set.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What happened to the samples of one channel while the stream was read.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // logger/ reads the .qlt and .qlc files: tags, header, channel table, data stream, chunks, laps and the report. It
 // stands on model, gps, units and support; api makes its reader.
 //

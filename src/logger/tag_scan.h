@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How a tag is told from sample data, over bytes that lie in a buffer or are read from a file on demand: a source gives
 // `At`, bytes in one piece that are good until the next call, and `Far`, a look at bytes elsewhere.
 #pragma once

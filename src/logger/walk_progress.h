@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tells a sink, if there is one, how far a walk through a file is.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers of the filters and of the logger's sample rates.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "math/filter_tables.h"
 
 namespace traguardo {

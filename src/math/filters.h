@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numeric filters over plain arrays, in place. They know nothing of channels.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "math/frequency_utils.h"
 
 #include "math/filter_tables.h"

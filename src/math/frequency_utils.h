@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The logger's rate code for a sample rate.
 #pragma once
 

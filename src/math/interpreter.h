@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the code of a formula once per sample on a stack of 32-bit floats, and keeps what functions remember from sample
 // to sample. One thread at a time.
 #pragma once

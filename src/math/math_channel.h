@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One definition of a math channel, as a definition file keeps it and as a session takes it in.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Computes channels of a session from their formulas: owner of the definitions and of tokenizer, parser and
 // interpreter. The legacy reader makes one for the parse of one file; the command-line tool makes one to try a formula.
 // One thread.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The definition files of math channels: where they lie, and how they are read and written. A file is text, made of
 // lines of a key, a blank and a value, each definition from a line "channel" to the next:
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "math/math_parser.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tokens to postfix code: recursive descent on three levels, one instruction of one to six bytes for every operand,
 // operator and function.
 #pragma once

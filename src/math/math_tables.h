@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The static tables of the formula language: what a character, a function name and an opcode stand for, and the
 // messages.
 #pragma once

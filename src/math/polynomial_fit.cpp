@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "math/polynomial_fit.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A polynomial through points, by least squares.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "math/session_view.h"
 
 #include <algorithm>

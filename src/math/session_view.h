@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a formula sees of a session. The legacy reader and the command-line tool each put their session behind it.
 #pragma once
 

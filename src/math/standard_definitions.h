@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The standard set of math channels, and the constants that its formulas name.
 #pragma once
 

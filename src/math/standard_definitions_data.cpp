@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "math/standard_definitions.h"
 
 namespace traguardo {

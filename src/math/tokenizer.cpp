@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "math/tokenizer.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // math/ holds the formula language by which legacy files compute channels from channels, and the numeric filters and
 // fits. It includes support, units and model; the legacy reader and the regulation calculators call it, and the
 // command-line tool tries formulas with it. A session is seen through the abstract view of session_view.h alone.

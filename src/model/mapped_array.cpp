@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/mapped_array.h"
 
 #include <algorithm>

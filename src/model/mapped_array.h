@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A store of records of one size: first in memory, and where they become many in pieces of the session's store file.
 //
 // Windows are 65,536 records long on every platform, so that whatever depends on a window's edge comes out alike

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A logged channel whose samples lie in the session's store file; a session of hundreds of channels with millions of
 // samples each needs no more memory than their buffers. What reads samples throws ReadFailure where the store can't be
 // read.

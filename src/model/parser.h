@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The base of all readers: it owns what a file yields and answers for it.
 #pragma once
 

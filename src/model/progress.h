@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How a reader tells its caller how far it is, and asks whether it may go on.
 #pragma once
 

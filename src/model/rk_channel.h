@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A channel as everybody but its reader sees it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // model/ holds what every reader produces and every exported function asks: the reader base with its sessions, laps and
 // splits, the file-backed channels, and the merged view on one time axis. It includes support, units and gps; the
 // readers (logger, legacy) derive from CParser, and api asks the view.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a session is made of: laps, splits, texts and a start time. All times are microseconds on the session's time
 // axis and wrap modulo 2^64, as a lap time in a file may be negative.
 #pragma once

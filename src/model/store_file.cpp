@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/store_file.h"
 
 #include "support/event_log.h"

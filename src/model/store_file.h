@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one file that the samples of a session lie in while it is open. It has no name, so that nobody else can meet it
 // and nothing of it stays behind, however the process ends.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One channel of the merged view: the parts that the readers contribute under one name.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/super_parser.h"
 
 #include <algorithm>

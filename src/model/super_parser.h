@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Several readers, one behind the other on one time axis, seen as one file. The exported interface gives it one reader,
 // so that the file starts at 0 and its sessions count from 1.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What stands between the logged boost pressure and the one that is held against the limit. All in single precision,
 // sums from the oldest sample to the newest.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regulation/boost_filter.h"
 
 namespace traguardo {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regulation/boost_limit.h"
 
 #include <algorithm>

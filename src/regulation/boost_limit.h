@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The boost limit: the boost pressure of a run against a limit that depends on the engine speed, and the flag that is
 // raised when the pressure was too high for too long. Configured by FIA.txt in the session's working folder.
 #pragma once

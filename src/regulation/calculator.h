@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the legacy reader calls: the regulation calculators of one session, one object per run.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regulation/calibrated_run.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The calibrated run distance: the distance of a run on a strip, integrated from its speed and held to the times at
 // which the run passed the strip's marks.
 #pragma once

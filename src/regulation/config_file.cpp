@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regulation/config_file.h"
 
 #include "support/platform/platform.h"

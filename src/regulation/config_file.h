@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The line form that the configuration files of the calculators share: lines of "key=value", in sections or not.
 //
 // A line that holds nothing but "{" opens a section, one that holds nothing but "}" closes it, and so do another "{"

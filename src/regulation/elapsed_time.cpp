@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regulation/elapsed_time.h"
 
 #include "regulation/config_file.h"

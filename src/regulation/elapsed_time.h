@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Elapsed-time tables as files: reference runs as text, one row a line, in the folder user/et_prediction/ of the
 // installation.
 #pragma once

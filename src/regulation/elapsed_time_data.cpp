@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regulation/elapsed_time_data.h"
 
 namespace traguardo {

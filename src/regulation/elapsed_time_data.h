@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tables of the predicted elapsed times: the default reference run, the reference distances of a strip, and the
 // segments of the calibrated run distance.
 #pragma once

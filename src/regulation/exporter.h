@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The channel exporter: chosen channels of a run, read at a fixed rate, as comma-separated text beside the session
 // file. Configured by Exporter.txt in the session's working folder.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The first of a row of numbers that lies above a value, also where the numbers don't rise throughout: a file may hold
 // a curve in any order, and a walk per sample would take the product of both lengths.
 #pragma once

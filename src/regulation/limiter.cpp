@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regulation/limiter.h"
 
 #include <algorithm>

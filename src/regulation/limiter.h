@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The limiter: how many seconds of a run the engine stayed above a speed limit, short spikes and sudden jumps left
 // aside. Configured by FMI-limiter.txt in the session's working folder.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers of configuration files, tables and reports as text. Independent of the locale that a host has set: a point is
 // a point everywhere.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regulation/prediction.h"
 
 #include <algorithm>

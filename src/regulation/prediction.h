@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The prediction of elapsed times: a run that was measured over a given length is carried on with the shape of a
 // reference run, and the time between two distances of what comes out is worked out.
 #pragma once

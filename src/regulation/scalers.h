@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the limit on the boost pressure follows the pressure of the day.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regulation/session_view.h"
 
 #include <algorithm>

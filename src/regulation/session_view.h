@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // regulation/ holds what a legacy session computes per run beyond plain channels: the boost limit, the limiter seconds,
 // the export to comma-separated text and the elapsed-time tables. It includes support, units and math only; legacy,
 // which owns the session, calls it through RegulationCalculator (calculator.h).

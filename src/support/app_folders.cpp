@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/app_folders.h"
 
 #include <new>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The folder tree of an installation, made from its root by joining texts; nothing here looks at the disk.
 #pragma once
 

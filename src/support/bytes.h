@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // support/ holds what every room stands on: bytes, texts, the event log, folders, device names and the platform.
 // It includes nothing of the other rooms; all of them include it.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names of the loggers and expansions of the product family, by the device codes that files store.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/event_log.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The event log: one file of plain lines, off until somebody asks for it. A statement costs one test of a pointer while
 // it is off, and never reports a failure to its caller.
 #pragma once

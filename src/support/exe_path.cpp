@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/exe_path.h"
 
 #include <new>

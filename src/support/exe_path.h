@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the executable of the process lies, in every spelling that the system uses.
 #pragma once
 

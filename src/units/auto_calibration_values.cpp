@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "units/auto_calibration_values.h"
 
 namespace traguardo {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The calibration values that are kept for one channel name.
 #pragma once
 

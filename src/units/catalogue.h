@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The constant tables of the taxonomy: which functions exist, what they are called, in which units they are shown. The
 // rows stand in *_data.cpp; an end mark of the original tables is the end of the span here.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One channel record of a logger file's channel table: 112 bytes that say what a channel measures and how its samples
 // are stored. A value: copied, compared byte for byte.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "units/converter.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The converter of a channel of the logger family: reader, unit and text form, all chosen once when it is built.
 #pragma once
 

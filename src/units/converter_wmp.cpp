@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "units/converter_wmp.h"
 
 #include "support/event_log.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The plain converter: one value of a stated width at a stated place, with neither gain nor offset nor sentinels.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "units/exact_units.h"
 
 #include <map>

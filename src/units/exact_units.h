@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversions between units by exact factors, apart from the catalogue's rounded ones.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "units/fid.h"
 
 namespace traguardo::fid {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The function word of a channel: what it measures, of what, and where, packed in 32 bits.
 //
 // units/ holds this taxonomy with its catalogues, the units that a user sees, sample formats, channel records and the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The main table: which functions exist, and the units that each can be shown in.
 #include "units/catalogue.h"
 

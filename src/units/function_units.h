@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The user's choice of unit and decimals for one function.
 #pragma once
 

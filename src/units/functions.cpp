@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "units/functions.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The taxonomy at work: names, units and conversions of a function word, and the converter of a channel.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CFunzioni: the channels that are known by name, and the sub-channels of packets.
 #include <algorithm>
 

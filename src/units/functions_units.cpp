@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CFunzioni: the units of a function and the conversions between them.
 #include <algorithm>
 

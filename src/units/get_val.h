@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Plain readers of one little-endian sample of a stated width.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What turns the raw bytes of a sample into a value or a text.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "units/mylaps_bits.h"
 
 #include <array>

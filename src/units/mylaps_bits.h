@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bits of the timing packets, 12 bytes each, of which the first two little-endian words carry everything.
 //
 // Lap time packet (kSMPL_FMT_MYLAPS_LAPTIME):

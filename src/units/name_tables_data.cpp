@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The enumerations of the function word: value, key, short name, long name. The order of a family is the order in which
 // its keys are listed.
 #include "units/catalogue.h"

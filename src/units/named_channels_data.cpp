@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Functions with a key of their own, and the channels that displays and configurations know by name.
 #include "units/catalogue.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "units/packet_readers.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Readers of packet fields that take more than one plain number of the sample. Each gets the whole sample.
 #pragma once
 

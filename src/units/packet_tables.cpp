@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "units/packet_tables.h"
 
 #include "units/fid.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The packets of the logger family: which sub-channels stand at which place of a packet's sample.
 #pragma once
 

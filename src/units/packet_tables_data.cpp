@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fields of each packet: word, byte offset, format, reader and text where they aren't those of the format, names.
 #include "units/fid.h"
 #include "units/packet_readers.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sample formats and channel types of the logger family: their numbers, their names as reports print them, their sizes.
 #pragma once
 

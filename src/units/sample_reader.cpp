@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "units/sample_reader.h"
 
 #include <algorithm>

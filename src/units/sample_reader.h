@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The readers behind a converter: one plain function per sample format, chosen once per channel.
 #pragma once
 

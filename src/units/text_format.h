@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Short texts by a printf format.
 #pragma once
 

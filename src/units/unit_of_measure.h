@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A unit as CFunzioni hands it out: the decoded name with the row's numbers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "units/user_units_manager.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // In which units a user sees values: one set of choices for the whole process. A host of the library has no call into
 // it, so the library works with the metric defaults; the readers and the math channels take factors and texts from
 // here.

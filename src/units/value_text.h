@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text forms of a value: numbers, times, gears, coordinates, receiver states. Pure functions; CConverter picks one.
 #pragma once
 

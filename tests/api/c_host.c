@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* The public header from C: every function is called by its own name and type, and the codes for misuse are as told. */
 #include <stdio.h>
 #include <string.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Holds what leaves the built library and what it needs.
 
     check_symbols.py LIBRARY LIST [OBJDUMP]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // All that a host can ask of a file, as a list of answers that two runs can be held against each other by.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every operation on a file and every allocation fails once, at each place where it comes up while a session is opened,
 // read through all functions and closed. Allowed is the documented failure or the full right data: never an abort, a
 // wrong number or anything left behind.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A disk that fills up at any point of an open: the open fails or succeeds whole, and nothing stays behind but an
 // expansion that is whole.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Many threads at a time: each call gives what it gives alone. Run under the thread sanitizer, too.
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Decodes the worked bytes of the format pages with what the pages say, and holds each value against its meaning there.
 
 Every block ```hex NAME``` of docs/formats must have a check here, and every check a block."""

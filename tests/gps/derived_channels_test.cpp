@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "gps/derived_channels.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "gps/geodesy.h"
 
 #include <gtest/gtest.h>

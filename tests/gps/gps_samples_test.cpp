@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "gps/gps_samples.h"
 
 #include <gtest/gtest.h>

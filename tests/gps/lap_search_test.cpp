@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "gps/lap_search.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Builds memory dumps of a logger, as files of version 500 hold them. Written from the format, offset by offset, with
 // nothing of the reader in it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random formulas out of the grammar, and a second way to compute them: a plain walk over the tree that the formula was
 // written from, with operations by name and in single precision at the same places. The property test and the fuzzer
 // hold the interpreter against it. Functions that need more than one pass or smoothed inputs (`gear`, `slip`, `bike_`)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // GPS records byte by byte, and drives whose truth is known. Written from the layout of a record and from the geometry
 // of the ellipsoid, with nothing of the code under test in the numbers.
 #pragma once

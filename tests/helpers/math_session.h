@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A session in memory for the formula language: its channels, the last of them usually the one to compute.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A logger file from its bytes to its reader, in a folder of its own.
 #pragma once
 

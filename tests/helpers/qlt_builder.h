@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Builds the bytes of a logger file, tag by tag and frame by frame, for tests of the reader. Written from the format,
 // with nothing of the reader in it.
 #pragma once

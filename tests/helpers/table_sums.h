@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Row count, plain sum and hash of a table of data, so that a table can be held against numbers that were worked out
 // from its source. A row counts by its columns in order: each as text with a '|' behind it, and a line feed behind the
 // row. The hash is FNV-1a, 64 bits, over all that; the plain sum adds up the columns that are whole numbers.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A folder of a test's own, gone with all it holds when the test ends.
 #pragma once
 

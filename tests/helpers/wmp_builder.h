@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Builds .wmp files of every version, and the .jts beside them, from a description. Written from the format, offset by
 // offset, with nothing of the reader in it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole channels through `CWMP::ConvertiCanale`, from the words of a file: which steps run for which channel, in which
 // order.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The steps of the chain from raw words to a host's values, each on plain arrays.
 #include <gtest/gtest.h>
 

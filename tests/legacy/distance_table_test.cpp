@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Distance over time from a speed, against sums in double; lap rows; which speed it is made of.
 #include "legacy/derived/distance_table.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dumps of the logger's memory, taken apart: where each sample goes, and what damage costs.
 #include "legacy/file/dump_rebuild.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the disk or the memory refuses is a failed open, never a session with something missing.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sizes in a file are claims. None of them may crash the reader, make it run without end, or take memory that the file
 // does not pay for.
 #include <gtest/gtest.h>

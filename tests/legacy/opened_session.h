@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A legacy session opened from bytes, with all that a CWMP borrows.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values of raw words by sensor, unit field, parameters and system choices. They come from an independent calculation
 // in single precision: every operation rounded by itself, in the order of the sensor's formula.
 #pragma once

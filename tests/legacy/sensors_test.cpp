@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Raw words of every sensor to values and back. Values of the formulas stand in sensor_expectations_data.h; what is
 // here was worked out by hand.
 #include "legacy/sensors/sensors.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Channels that no logger recorded: which ones a session gains, how they are computed, and when they are computed
 // again.
 #include <gtest/gtest.h>

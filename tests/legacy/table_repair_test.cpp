@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What becomes of tables that don't fit, on tables made by hand: 100 ms of a channel of 100 Hz and of one of 50 Hz.
 #include "legacy/file/table_repair.h"
 

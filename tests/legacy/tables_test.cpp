@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The long tables of the legacy reader against numbers worked out from their sources: a changed, lost, doubled or moved
 // row, a digit, a letter of a text, all show here.
 #include <gtest/gtest.h>

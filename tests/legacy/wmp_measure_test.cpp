@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/texts/wmp_measure.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files with damage whose loss is known: what the reader's account says of it, and what can be had back.
 
 #include <gtest/gtest.h>

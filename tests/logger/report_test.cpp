@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The report of a damaged session that has something to show in every section, and of small ones for single rules. The
 // texts in tests/data/report were worked out from the bytes of the session, offset by offset, apart from the reader.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "logger/tag_decoder.h"
 
 #include <gtest/gtest.h>

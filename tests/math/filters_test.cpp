@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "math/filters.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Random formulas of the grammar agree with a plain evaluation of the tree that they were written from, bit for bit.
 #include <gtest/gtest.h>
 

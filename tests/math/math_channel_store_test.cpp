@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "math/math_channel_store.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counts, sums and hashes worked out from the tables' source, so that no row can be lost or mistyped.
 #include "math/math_tables.h"
 

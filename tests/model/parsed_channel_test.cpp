@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/parsed_channel.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The boost limit: its parts by hand, the whole of it on even signals, and its report.
 #include "regulation/boost_limit.h"
 

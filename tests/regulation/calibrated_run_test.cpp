@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The calibrated run distance of a run with an even speed, for which every factor is known.
 #include "regulation/calibrated_run.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regulation/config_file.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The elapsed-time tables as files, and the sums of the default one and of those beside it, worked out from their
 // sources.
 #include "regulation/elapsed_time.h"

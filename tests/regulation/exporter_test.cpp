@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regulation/exporter.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A session made by hand, for tests of the calculators, and what goes with it: signals and whole expected files.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The limiter, and its report.
 #include "regulation/limiter.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "regulation/number_text.h"
 
 #include <gtest/gtest.h>

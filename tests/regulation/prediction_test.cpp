@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Predictions against numbers worked out beforehand, and against what they are for: a run that slows down is carried on
 // as it began.
 #include "regulation/prediction.h"

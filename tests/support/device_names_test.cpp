@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/device_names.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs the command-line host on simulated sessions and holds it against a reader of its own.
 
     python3 cli_test.py PATH_OF_TRAGUARDO [unittest options]

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Sessions under the limits of a machine: a full disk, few open files, little memory, two readers at a time.
 
     limits_test.py LIBRARY TOOL

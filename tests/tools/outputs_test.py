@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """What the command-line host writes, where, and over what: nothing of a user's is lost, nothing is left lying about.
 
     outputs_test.py TOOL [unittest options]"""

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Kills the command-line host at random moments of its work and looks at what is left.
 
     signals_test.py TOOL [MOMENTS [MINUTES]]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Sessions of older loggers: what the simulator writes, and what the command-line host makes of it.
 
     python3 wmp_simulator_test.py PATH_OF_TRAGUARDO [unittest options]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Channel records and sample bytes for the tests of this room.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every table against the row counts and sums that were worked out from the tables' source.
 #include <gtest/gtest.h>
 

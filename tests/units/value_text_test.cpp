@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "units/value_text.h"
 
 #include <gtest/gtest.h>

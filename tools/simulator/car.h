@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A car on a circuit: where it is at each millisecond, how it moves, and what its engine does.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/channel_plan.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which channels a simulated logger records, how it samples them and which frames carry them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A closed circuit as a row of points at equal distances along its centre line.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/gps_receiver.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The GPS receiver of a simulated car: a navigation solution ten times a second.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/jts_writer.h"
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The GPS trace of an older logger, which lies in a file of its own beside the session.
 #pragma once
 

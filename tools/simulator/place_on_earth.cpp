@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/place_on_earth.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A flat piece of ground laid on the ellipsoid: metres east, north and up of a place, as earth-centred coordinates.
 #pragma once
 

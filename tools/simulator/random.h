@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A small generator of our own (SplitMix64), so that a seed gives the same numbers with every compiler and every
 // standard library.
 #pragma once

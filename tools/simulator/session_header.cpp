@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/session_header.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What stands in front of the data of a session: who, where, when, with which devices, and the channel table.
 #pragma once
 

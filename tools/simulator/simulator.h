@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The session simulator: writes .qlt, .qlc and .wmp files of a car on a closed circuit. It is the opposite number of
 // the reader and shares no code with it, so that an error of one doesn't hide in the other. The command-line host, the
 // benchmarks and the tests call it.

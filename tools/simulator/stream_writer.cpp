@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/stream_writer.h"
 
 #include <zlib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The way of a file's bytes from the simulator to the disk: through one buffer, past the places of damage, and through
 // the compressor where the file is to be compressed.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes of session files: little-endian numbers, sample formats, tags. Written from the writer's side; nothing here
 // is shared with the reader.
 #pragma once

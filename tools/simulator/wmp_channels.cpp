@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simulator/wmp_channels.h"
 
 #include <algorithm>

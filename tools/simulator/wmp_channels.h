@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which channels an older logger records: their names, units and sensors, and the way back from a value to the word
 // that its sensor's converter gave. Which channels are computed from them by a formula that the file keeps.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The memory of an older logger, as files of version 500 keep it: a set-up area, and a stream of words in which the
 // samples of all channels follow one another.
 #pragma once

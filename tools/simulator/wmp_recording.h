@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What an older logger has in its memory when the car is back: the samples of its channels, the laps, the GPS trace.
 #pragma once
 

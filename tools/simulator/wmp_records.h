@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The records of a .wmp file, each field at its place.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sessions of older loggers: a .wmp file of any version, and the .jts file of its GPS trace beside it.
 #pragma once
 

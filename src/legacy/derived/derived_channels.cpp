@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/derived/derived_channels.h"
 
 #include <algorithm>

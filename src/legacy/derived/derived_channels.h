@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Channels without raw words: how a definition becomes a row of the channel table, and what computes its values.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Single precision, in the order in which it stands: an hour of small steps ends where each of them was rounded.
 #include "legacy/derived/distance_table.h"
 

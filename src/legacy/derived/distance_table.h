@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Distance over time, worked out from a speed: one entry per 100 ms from the start of the session.
 #pragma once
 

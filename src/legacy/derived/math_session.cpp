@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/derived/math_session.h"
 
 #include "legacy/wmp_session.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/derived/reference_speed.h"
 
 #include <optional>

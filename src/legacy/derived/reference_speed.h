@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which of a session's speeds the distances are made of.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/derived/regulation_view.h"
 
 #include "legacy/texts/wmp_measure.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A legacy session as the regulation calculators see it.
 #pragma once
 

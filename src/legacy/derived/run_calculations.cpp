@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Single precision, in the order in which it stands: the last bit of a value depends on it.
 #include "legacy/derived/run_calculations.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is computed run by run from the speed of the drive shaft.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/derived/synthesised_channels.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The channels that the reader adds by itself, for the device that wrote the file and for the configuration files in
 // the application folder.
 #pragma once

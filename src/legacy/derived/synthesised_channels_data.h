@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The channels that the legacy reader adds by itself, and what fills a derived channel: what
 // `CWMP::AssicuraPresenzaCanaleMatematico`, the load sequence and the computation of derived channels look up.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The raw words of two channels, each in an area of its own of 64 KiB; behind both stands a dump of the logger's
 // memory, which isn't needed.
 #include <algorithm>

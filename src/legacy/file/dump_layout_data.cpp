@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/file/dump_layout_data.h"
 
 namespace traguardo {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Layouts of the logger dump that a file of version 500 holds: what `CWMPvers500::Rebuild` looks up by device and
 // family.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Two passes over a dump: the first counts each channel's samples and finds damaged blocks, the second puts the samples
 // in their places.
 #include "legacy/file/dump_rebuild.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The raw samples of a version 500 session, rebuilt from the logger's memory dump that stands in their place.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The stream of words behind the set-up area of a logger's memory dump, taken apart word by word: samples in the order
 // of the schedule, and between them block marks, checksums and lap records. In constant memory, on pieces of any
 // length.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Physical values, one channel behind the other, directly behind the tables. They go back through the inverse of their
 // sensor's formula, so that one load path serves every version; sensor and parameters may become others by that.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The second kind of trace file, .hnv. No file kind leads to it and its records reach no trace: the reader checks such
 // a file and says no.
 #pragma once

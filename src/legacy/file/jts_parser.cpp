@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/file/jts_parser.h"
 
 #include <exception>

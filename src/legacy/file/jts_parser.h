@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The GPS solutions of older loggers: a .jts file beside the session.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Nothing but a dump of the logger's memory, from an offset in the configuration block to the end of the file.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Raw words, one channel behind the other, directly behind the tables.
 #include "legacy/file/sample_form.h"
 #include "legacy/file/wmp_file.h"

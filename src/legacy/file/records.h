@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The records of a .wmp file, of every version, as bytes with named accessors: a record owns its bytes, is read and
 // written by name, and each offset stands once. All records are packed and little-endian.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the samples lie in a file: one form, and one source, for each way. The walk over a file's tables asks the form of
 // its version for the raw words of the logged channels.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/file/sample_rate.h"
 
 #include "legacy/file/wmp_layout_data.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sample rate that a rate index stands for.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/file/table_reader.h"
 
 #include <algorithm>

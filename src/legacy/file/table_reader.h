@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one walk over the tables of a legacy file, of every version: which records there are, how long they are and what
 // is done with them are columns of the version's row.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tables of a file become before anything is computed from them: counts and sizes that fit each other and the
 // file, names that can be shown, laps and runs that rise. Nothing here reads the file.
 #pragma once

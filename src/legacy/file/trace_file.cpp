@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/file/trace_file.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the two kinds of trace file have in common: sections that open with a mark, and records that repeat the tag of
 // their section. Names the sections of a kind and walks them.
 #pragma once

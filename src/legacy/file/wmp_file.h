@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One .wmp file, open for reading, with a position that reading moves on. Every read is checked against what the file
 // really holds: sizes that stand in the file are claims.
 #pragma once

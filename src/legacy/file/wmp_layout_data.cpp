@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/file/wmp_layout_data.h"
 
 #include "legacy/file/sample_form.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The shape of a legacy file by version: every fact that differs between the versions is a column of the version table,
 // and all readers walk by its row. A new version is a new row, and a new sample form where its samples lie otherwise.
 #pragma once

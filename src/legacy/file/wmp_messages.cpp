@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/file/wmp_messages.h"
 
 namespace traguardo {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The codes that a refused file leaves behind, and the texts that belong to them.
 #pragma once
 

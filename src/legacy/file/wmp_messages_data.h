@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The message tables of the legacy reader: what a code of `CWMP::ApriFile` or `CWMPvers500::Rebuild` means.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tables of a legacy session as plain structs: what the file says, and what repairs and computations make of it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/sensors/inverse_formulas_data.h"
 
 namespace traguardo {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the values of versions 100 to 320 become raw words again: what `CSensori::RicavaCampioni` looks up.
 #pragma once
 

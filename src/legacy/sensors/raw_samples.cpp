@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The values of versions 100 to 320 back to raw words, so that one load path serves every version.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One raw 16-bit word of a legacy channel.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/sensors/sample_conversion.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The steps that turn the raw words of one legacy channel into what a host reads, each one pass over its values in
 // place. `CWMP::ConvertiCanale` runs them in their order.
 #pragma once

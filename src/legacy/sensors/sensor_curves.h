@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looking a raw value up in one of the sensors' curves.
 #pragma once
 

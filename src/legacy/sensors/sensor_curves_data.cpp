@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/sensors/sensor_curves_data.h"
 
 namespace traguardo {

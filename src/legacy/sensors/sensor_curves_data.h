@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The ten curves of the sensors that have no closed formula. `CDBSensori` makes a map by number of them, as its last
 // table; `CSensori` looks raw values up in them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is known of the sensors of the legacy family: the unit that each measures in, how its words become values, and
 // how a value moves from one unit to another.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One small function per formula: constants first, then one loop over the words. All of it is single precision unless
 // it says otherwise, and keeps the order of the operations: powers first, then their coefficients, sums from left to
 // right. The last bit of a value depends on it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The formulas of the sensors that no polynomial of the data base describes, or that have no unit descriptor.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/sensors/sensor_formulas_data.h"
 
 #include <limits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The formulas that `CSensori::ConvertiCampioni` runs, and the coefficients in which sensors of one formula differ. The
 // formulas themselves, with the constants that only one of them has, are code.
 //

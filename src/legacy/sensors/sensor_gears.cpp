@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/sensors/sensor_gears.h"
 
 #include <array>

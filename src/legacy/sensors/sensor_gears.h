@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Gears from the voltage of a gear potentiometer, by ten thresholds that stand where other sensors have five
 // parameters.
 #pragma once

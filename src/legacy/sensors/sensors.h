@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Raw words of a legacy channel to values and back, by what the sensor data base knows and the user's units say.
 #pragma once
 

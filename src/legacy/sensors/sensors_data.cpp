@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/sensors/sensors_data.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // All that is known of a sensor by its id: one row each, in rising order of the ids. A new sensor is a new row.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/sensors/stored_units_data.h"
 
 namespace traguardo {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Units of the channels of sensor 999, which store their unit as a text. `CWMP::ConvertiCanale` scales such a channel
 // to the unit that the user wants, and `CWMPMisura` shows that unit.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/sensors/unit_descriptor.h"
 
 #include <limits>

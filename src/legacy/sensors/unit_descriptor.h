@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The unit field of a channel record, where it isn't a text but names a unit by number.
 #pragma once
 

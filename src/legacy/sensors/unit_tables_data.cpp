@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/sensors/unit_tables_data.h"
 
 namespace traguardo {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Units of the legacy family, as `CDBSensori` knows them: the text of a unit code, the unit code of a descriptor's unit
 // id, and the way from one unit code to another. `CDBSensori` makes an ordered map of each at construction, in this
 // order and before the sensors and the curves.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/texts/measure_data.h"
 
 namespace traguardo {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What `CWMPMisura` looks up by sensor id: old unit fields, labels of the parameters, and what a setter
 // does.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/texts/session_texts.h"
 
 #include <algorithm>

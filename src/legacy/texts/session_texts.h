@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a legacy file says in texts and codes: the date, the venue type, and the texts of runs that nobody edited.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "legacy/texts/session_texts_data.h"
 
 namespace traguardo {

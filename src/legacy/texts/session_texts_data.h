@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts that a legacy file stores as codes, or that stand in it unless somebody edited them.
 #pragma once
 

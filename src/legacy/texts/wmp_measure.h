@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The view of one channel of a legacy session: its record, extension, statistics and values under one name, and the
 // unit text that a host finally sees.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is the same on every system: who owns a handle, whole files, and the disk that tests let run full.
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the two platform sources and common.cpp share among themselves.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // For tests alone: a disk that fills up at a chosen byte, and operations on files that fail once, on every platform. A
 // sparse file system never fails by itself where a real one would.
 #pragma once

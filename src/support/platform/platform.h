@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The only door to the operating system. posix.cpp and win32.cpp implement it, common.cpp what is the same on both;
 // nothing else in src/ includes a system header or asks which platform it runs on.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/platform/process.h"
 
 #ifdef _WIN32

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a program asks of the process that it owns: its standard streams, its environment, the user's folders.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/platform/unfinished_files.h"
 
 #ifdef _WIN32

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files that this process is writing and that nobody may find if it dies in between.
 //
 // A fixed registry holds their paths, without a lock and without memory of its own at the time of death, so that a
