@@ -55,7 +55,13 @@ void operator delete(void* block) noexcept {
 void operator delete(void* block, std::size_t) noexcept {
   std::free(block);
 }
+void operator delete(void* block, const std::nothrow_t&) noexcept {
+  std::free(block);
+}
 void operator delete[](void* block) noexcept {
+  std::free(block);
+}
+void operator delete[](void* block, const std::nothrow_t&) noexcept {
   std::free(block);
 }
 void operator delete[](void* block, std::size_t) noexcept {
