@@ -48,7 +48,7 @@ namespace {
 
 // Where TRAGUARDO_HOME names a folder, that one stands for the executable's own.
 std::wstring executable_at_home() {
-  const std::wstring executable = platform::executable_path();
+  std::wstring executable = platform::executable_path();
   const std::wstring home = platform::path_from_environment("TRAGUARDO_HOME");
   if (home.empty()) return executable;
   return platform::path_in_folder(home, std::wstring_view(executable).substr(platform::folder_of(executable).size()));
