@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <memory>
 #include <utility>
 
 #include "support/platform/detail.h"
@@ -222,19 +223,21 @@ bool create_folders(const std::wstring& folder) {
 std::vector<std::wstring> list_files(const std::wstring& folder, std::wstring_view suffix) {
   std::vector<std::wstring> names;
   const std::string path = host_bytes_from_path(folder);
-  DIR* stream = ::opendir(path.empty() ? "." : path.c_str());
+  struct Closer {
+    void operator()(DIR* open) const { ::closedir(open); }
+  };
+  const std::unique_ptr<DIR, Closer> stream(::opendir(path.empty() ? "." : path.c_str()));
   if (stream == nullptr) {
     failed();
     return names;
   }
-  while (const dirent* entry = ::readdir(stream)) {
+  while (const dirent* entry = ::readdir(stream.get())) {
     const std::string name = entry->d_name;
     const std::wstring wide = widen_bytes(name);
     if (name == "." || name == ".." || !detail::ends_with_ignoring_case(wide, suffix)) continue;
     if (is_folder(std::string(path).append("/").append(name))) continue;
     names.push_back(wide);
   }
-  ::closedir(stream);
   return names;
 }
 
