@@ -15,7 +15,8 @@ namespace traguardo {
 // Within the first minute of data any clock is believed; later one that jumps by more than a minute is not.
 inline constexpr u64 kOneMinute = 60'000'000;
 inline bool is_plausible(u64 time, u64 highest) {
-  return highest <= kOneMinute || (time <= highest + kOneMinute && time + kOneMinute >= highest);
+  // Within a minute on either side, as one comparison: below it the difference wraps.
+  return highest <= kOneMinute || time - (highest - kOneMinute) <= 2 * kOneMinute;
 }
 
 class ClockWatch {

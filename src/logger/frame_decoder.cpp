@@ -118,8 +118,10 @@ u64 FrameDecoder::DecodePlainRun(const u8* bytes, u64 ready) {
     const u64 length = kFrameHead + channel.sample_size + 1;
     if (channel.sink == nullptr || channel.statistics != nullptr) break;
     if (length > static_cast<u64>(end - at) || at[length - 1] != ')') break;
+    if (!channel.sink->HasRoom()) break;
     const u64 time = time_of(at);
-    if (!is_plausible(time, highest) || !channel.sink->HasRoom()) break;
+    if (!is_plausible(time, highest)) [[unlikely]]
+      break;
     highest = std::max(highest, time);
     channel.sink->AddValore(time, channel.reader(at + kFrameHead));
     at += length;
