@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "api/exports.h"
 
-#include "api/file_table.h"
-#include "api/guarded.h"
-#include "api/results.h"
+#include "api/calls.h"
 
 using traguardo::CSuperChannel;
 using traguardo::FileInUse;
@@ -12,18 +10,18 @@ using traguardo::guarded;
 using traguardo::LapLookup;
 using traguardo::SFileQLT;
 using traguardo::SRkLap;
+using traguardo::text_of_file;
 using traguardo::u32;
 using traguardo::use_file;
+using traguardo::with_file;
+using traguardo::with_lap;
 
 namespace {
 
 constexpr double kSecondsPerMicrosecond = 1e-6;
 
 const char* text_of(int handle, const std::string& (traguardo::CSuperParser::*getter)() const) {
-  return guarded<const char*>(nullptr, [&]() -> const char* {
-    const FileInUse file = use_file(handle);
-    return file ? ((*file->view).*getter)().c_str() : nullptr;
-  });
+  return text_of_file(handle, [&](const SFileQLT& file) { return ((*file.view).*getter)().c_str(); });
 }
 
 CSuperChannel* channel_of(const SFileQLT& file, int channel) {
@@ -35,9 +33,8 @@ CSuperChannel* channel_of(const SFileQLT& file, int channel) {
 // A text that belongs to a channel; null for one that isn't there.
 template <typename Getter>
 const char* channel_text(int handle, int channel, Getter&& getter) {
-  return guarded<const char*>(nullptr, [&]() -> const char* {
-    const FileInUse file = use_file(handle);
-    const CSuperChannel* found = file ? channel_of(*file, channel) : nullptr;
+  return text_of_file(handle, [&](const SFileQLT& file) -> const char* {
+    const CSuperChannel* found = channel_of(file, channel);
     return found == nullptr ? nullptr : getter(*found).c_str();
   });
 }
@@ -45,10 +42,8 @@ const char* channel_text(int handle, int channel, Getter&& getter) {
 // What `work` makes of a channel, or the code that says why there is none.
 template <typename Work>
 int with_channel(int handle, int channel, Work&& work) {
-  return guarded(traguardo::kNoData, [&] {
-    const FileInUse file = use_file(handle);
-    if (!file) return traguardo::kNoHandle;
-    CSuperChannel* found = channel_of(*file, channel);
+  return with_file(handle, [&](const SFileQLT& file) {
+    CSuperChannel* found = channel_of(file, channel);
     return found == nullptr ? traguardo::kNoChannel : static_cast<int>(work(*found));
   });
 }
@@ -56,21 +51,9 @@ int with_channel(int handle, int channel, Work&& work) {
 // The same for a channel and the time range of a lap, microseconds; with the codes of the lap functions.
 template <typename Work>
 int with_lap_channel(int handle, int lap, int channel, Work&& work) {
-  return guarded(traguardo::kNoData, [&] {
-    const FileInUse file = use_file(handle);
-    if (!file) return traguardo::kNoHandle;
-    const SRkLap* found = nullptr;
-    switch (find_lap(*file, lap, &found)) {
-      case LapLookup::kNoSession:
-        return traguardo::kLapNoSession;
-      case LapLookup::kNoLap:
-        return traguardo::kLapNoLap;
-      case LapLookup::kFound:
-        break;
-    }
-    CSuperChannel* const super = channel_of(*file, channel);
-    if (super == nullptr) return traguardo::kLapNoChannel;
-    return static_cast<int>(work(*super, found->start, found->start + found->duration));
+  return with_lap(handle, lap, [&](const SFileQLT& file, traguardo::u64 from, traguardo::u64 to) {
+    CSuperChannel* const found = channel_of(file, channel);
+    return found == nullptr ? traguardo::kLapNoChannel : static_cast<int>(work(*found, from, to));
   });
 }
 
@@ -126,19 +109,14 @@ const struct tm* get_date_and_time(int handle) {
 }
 
 int get_laps_count(int handle) {
-  return guarded(traguardo::kNoData, [&] {
-    const FileInUse file = use_file(handle);
-    return file ? static_cast<int>(file->laps.size()) : traguardo::kNoHandle;
-  });
+  return with_file(handle, [](const SFileQLT& file) { return static_cast<int>(file.laps.size()); });
 }
 
 int get_lap_info(int handle, int lap, double* start, double* duration) {
-  return guarded(traguardo::kNoData, [&] {
-    const FileInUse file = use_file(handle);
-    if (!file) return traguardo::kNoHandle;
+  return with_file(handle, [&](const SFileQLT& file) {
     const SRkLap* found = nullptr;
     if (start == nullptr || duration == nullptr) return traguardo::kNothingWritten;
-    if (find_lap(*file, lap, &found) != LapLookup::kFound) return 0;
+    if (find_lap(file, lap, &found) != LapLookup::kFound) return 0;
     *start = static_cast<double>(found->start) * kSecondsPerMicrosecond;
     *duration = static_cast<double>(found->duration) * kSecondsPerMicrosecond;
     return 1;
@@ -146,10 +124,7 @@ int get_lap_info(int handle, int lap, double* start, double* duration) {
 }
 
 int get_channels_count(int handle) {
-  return guarded(traguardo::kNoData, [&] {
-    const FileInUse file = use_file(handle);
-    return file ? static_cast<int>(file->view->GetCanali().size()) : traguardo::kNoHandle;
-  });
+  return with_file(handle, [](const SFileQLT& file) { return static_cast<int>(file.view->GetCanali().size()); });
 }
 
 const char* get_channel_name(int handle, int channel) {

@@ -3,26 +3,21 @@
 
 #include <algorithm>
 
+#include "api/calls.h"
 #include "api/exports.h"
-#include "api/file_table.h"
-#include "api/guarded.h"
-#include "api/results.h"
 
-using traguardo::FileInUse;
-using traguardo::find_lap;
 using traguardo::GpsTimeUnit;
-using traguardo::guarded;
 using traguardo::IRkGpsTrace;
 using traguardo::kGpsChannelCount;
 using traguardo::kGpsChannels;
 using traguardo::kRawGpsChannelCount;
 using traguardo::kRawGpsChannels;
-using traguardo::LapLookup;
 using traguardo::SFileQLT;
-using traguardo::SRkLap;
+using traguardo::text_of_file;
 using traguardo::u32;
 using traguardo::u64;
-using traguardo::use_file;
+using traguardo::with_file;
+using traguardo::with_lap;
 
 namespace {
 
@@ -46,41 +41,6 @@ bool has_channel(const SFileQLT& file, int channel) {
 
 bool has_raw_channel(const SFileQLT& file, int channel) {
   return file.gps.raw().size() != 0 && static_cast<u32>(channel) < kRawGpsChannelCount;
-}
-
-// What `work` makes of an open file; -1 for a handle that isn't open.
-template <typename Work>
-int with_file(int handle, Work&& work) {
-  return guarded(traguardo::kNoData, [&] {
-    const FileInUse file = use_file(handle);
-    return file ? work(*file) : traguardo::kNoHandle;
-  });
-}
-
-// What `work` makes of an open file and the time range of a lap, microseconds; else the codes of the lap functions.
-template <typename Work>
-int with_lap(int handle, int lap, Work&& work) {
-  return with_file(handle, [&](SFileQLT& file) {
-    const SRkLap* found = nullptr;
-    switch (find_lap(file, lap, &found)) {
-      case LapLookup::kNoSession:
-        return traguardo::kLapNoSession;
-      case LapLookup::kNoLap:
-        return traguardo::kLapNoLap;
-      case LapLookup::kFound:
-        break;
-    }
-    return work(file, found->start, found->start + found->duration);
-  });
-}
-
-// A text out of a table of channels, where `is_there` says that the file has that one.
-template <typename Work>
-const char* channel_text(int handle, Work&& work) {
-  return guarded<const char*>(nullptr, [&]() -> const char* {
-    const FileInUse file = use_file(handle);
-    return file ? work(*file) : nullptr;
-  });
 }
 
 }  // namespace
@@ -113,13 +73,13 @@ int get_GPS_channels_count(int handle) {
 }
 
 const char* get_GPS_channel_name(int handle, int channel) {
-  return channel_text(handle, [&](const SFileQLT& file) {
+  return text_of_file(handle, [&](const SFileQLT& file) {
     return has_channel(file, channel) ? kGpsChannels[static_cast<u32>(channel)].name : nullptr;
   });
 }
 
 const char* get_GPS_channel_units(int handle, int channel) {
-  return channel_text(handle, [&](const SFileQLT& file) {
+  return text_of_file(handle, [&](const SFileQLT& file) {
     return has_channel(file, channel) ? kGpsChannels[static_cast<u32>(channel)].unit : nullptr;
   });
 }
@@ -165,13 +125,13 @@ int get_GPS_raw_channels_count(int handle) {
 }
 
 const char* get_GPS_raw_channel_name(int handle, int channel) {
-  return channel_text(handle, [&](const SFileQLT& file) {
+  return text_of_file(handle, [&](const SFileQLT& file) {
     return has_raw_channel(file, channel) ? kRawGpsChannels[static_cast<u32>(channel)].name : nullptr;
   });
 }
 
 const char* get_GPS_raw_channel_units(int handle, int channel) {
-  return channel_text(handle, [&](const SFileQLT& file) {
+  return text_of_file(handle, [&](const SFileQLT& file) {
     return has_raw_channel(file, channel) ? kRawGpsChannels[static_cast<u32>(channel)].unit : nullptr;
   });
 }

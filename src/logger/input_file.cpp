@@ -34,7 +34,7 @@ const u8* InputFile::Load(u64 offset, u64 length) {
   return window_.get();
 }
 
-const u8* InputFile::Look(u64 offset, u64 length) {
+const u8* InputFile::Look(u64 offset) {
   if (pages_ == nullptr) pages_ = std::make_unique<std::array<Page, kPages>>();
   const u64 number = offset / kPage;
   Page& page = (*pages_)[number % kPages];
@@ -45,7 +45,6 @@ const u8* InputFile::Look(u64 offset, u64 length) {
                       static_cast<std::size_t>(std::min<u64>(page.bytes.size(), size_ - from)));
     page.number = number;
   }
-  static_cast<void>(length);
   return page.bytes.data() + (offset - number * kPage);
 }
 

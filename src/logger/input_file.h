@@ -29,7 +29,7 @@ class InputFile {
   u64 Ready(u64 offset) const { return end_ - offset; }
   // The same for a look at bytes elsewhere: what At gave stays good. REQUIRES: length <= kLongestLook.
   const u8* Far(u64 offset, u64 length) {
-    return Holds(offset, length) ? window_.get() + (offset - from_) : Look(offset, length);
+    return Holds(offset, length) ? window_.get() + (offset - from_) : Look(offset);
   }
   static constexpr u64 kLongestLook = 2048;
 
@@ -40,7 +40,7 @@ class InputFile {
 
   bool Holds(u64 offset, u64 length) const { return offset >= from_ && offset + length <= end_; }
   const u8* Load(u64 offset, u64 length);
-  const u8* Look(u64 offset, u64 length);
+  const u8* Look(u64 offset);
 
   platform::File file_;
   u64 size_ = 0;
