@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include "legacy/wmp_parser.h"
 #include "logger/logger_parser.h"
 #include "text.h"
 
@@ -19,6 +20,16 @@ std::optional<Damage> damage_of(const IRkParser& reader) {
     if (missing != 0) damage.missing_samples[to_utf8(parsed->GetNome())] += missing;
   }
   return damage;
+}
+
+std::map<std::string, u64> shortened_channels_of(const IRkParser& reader) {
+  std::map<std::string, u64> missing;
+  if (const auto* const older = dynamic_cast<const CParserWMP*>(&reader)) {
+    for (const CParserWMP::ShortenedChannel& channel : older->shortened_channels()) {
+      missing[to_utf8(channel.name)] += channel.missing;
+    }
+  }
+  return missing;
 }
 
 Json to_json(const Damage& damage) {

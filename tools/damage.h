@@ -21,6 +21,10 @@ struct Damage {
   bool is_none() const { return losses.bytes == 0 && losses.frames() == 0 && missing_samples.empty(); }
 };
 
+// Derived channels of an older session that end early since they ask for more than is believed: how many samples each
+// lacks, by its name in UTF-8.
+std::map<std::string, u64> shortened_channels_of(const IRkParser& reader);
+
 // Nothing for a reader that keeps no account. Behind ParsaFile.
 std::optional<Damage> damage_of(const IRkParser& reader);
 

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // traguardo info: who, where, when, and how much there is.
+#include <fmt/format.h>
+
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -44,6 +47,7 @@ void show_info(const InfoOptions& options) {
   const std::size_t gps_channels = session.gps_channel_count();
   const std::size_t gps_raw_samples = session.gps_solution_count();
   const std::optional<Damage> damage = damage_of(*inside_of(session).reader);
+  const std::map<std::string, u64> shortened = shortened_channels_of(*inside_of(session).reader);
 
   if (options.json) {
     Json json;
@@ -60,6 +64,7 @@ void show_info(const InfoOptions& options) {
     json["gps_channels"] = gps_channels;
     json["gps_raw_samples"] = gps_raw_samples;
     if (damage) json["damage"] = to_json(*damage);
+    for (const auto& [name, missing] : shortened) json["shortened_channels"][name] = missing;
     if (options.verbose) json["derived_channels"] = derived_channels_of(session);
     print_out(to_document(json));
     return;
@@ -78,6 +83,9 @@ void show_info(const InfoOptions& options) {
                                                          {"GPS solutions", std::to_string(gps_raw_samples)}};
   if (damage) {
     for (auto& pair : to_pairs(*damage, options.recover)) pairs.push_back(std::move(pair));
+  }
+  for (const auto& [name, missing] : shortened) {
+    pairs.emplace_back("Shortened", fmt::format("{} lacks {} samples beyond what is believed", name, missing));
   }
   if (options.verbose) pairs.emplace_back("Derived channels", listed(derived_channels_of(session)));
   print_out(pairs_to_text(pairs));

@@ -20,6 +20,7 @@
 #include "failure.h"
 #include "input_file.h"
 #include "inputs.h"
+#include "model/parser.h"
 #include "output_file.h"
 #include "progress.h"
 #include "session.h"
@@ -155,6 +156,17 @@ bool print_report_file(const std::string& path) {
 std::string expansion_of(const std::string& path) {
   const std::unique_ptr<IRkParser> reader = CreaParser(platform::path_from_host_bytes(path), kKindQlc, nullptr, false);
   if (reader == nullptr) throw Failure(fmt::format("cannot open {}: it has no reader", path));
+  // An older expansion that stands there is not what was asked for.
+  switch (dynamic_cast<const CParser&>(*reader).failure()) {
+    case ParseFailure::kContent:
+      break;
+    case ParseFailure::kReading:
+      throw Failure(fmt::format("cannot read {}", path));
+    case ParseFailure::kStore:
+      throw Failure(fmt::format("cannot expand {}: no room or place for its expansion", path));
+    case ParseFailure::kMemory:
+      throw Failure(fmt::format("cannot expand {}: not enough memory", path));
+  }
   return platform::host_bytes_from_path(reader->GetNomeFile());
 }
 

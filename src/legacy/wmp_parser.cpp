@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <exception>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "legacy/file/jts_parser.h"
@@ -80,8 +81,10 @@ bool CParserWMP::ParsaFile(IProgress* progress) {
   bool parsed = false;
   try {
     parsed = parse(progress);
+  } catch (const std::bad_alloc&) {
+    set_failure(ParseFailure::kMemory);
   } catch (const std::exception&) {
-    parsed = false;
+    set_failure(ParseFailure::kReading);
   }
   // Never fewer channels without a word: what a failed parse made goes, its stores with it.
   if (!parsed) channels_.clear();

@@ -6,6 +6,7 @@
 #include "legacy/derived/regulation_view.h"
 #include "legacy/texts/wmp_measure.h"
 #include "regulation/calculator.h"
+#include "support/platform/platform.h"
 #include "units/user_units_manager.h"
 
 namespace traguardo {
@@ -45,7 +46,7 @@ void WmpSession::clear_tables() {
 
 void WmpSession::take_path(const std::wstring& path) {
   file_path = path;
-  file_name = path.substr(path.find_last_of(L"/\\") + 1);
+  file_name = path.substr(platform::folder_of(path).size());
 }
 
 void WmpSession::rebuild_measures() {

@@ -186,12 +186,7 @@ std::unique_ptr<CCanaleQLT> ChannelTable::PacketObject(const ChannelRecord& reco
 }
 
 bool ChannelTable::GiveChannel(CCanaleQLT* object, const std::string& name) {
-  std::unique_ptr<CParsedChannel> channel(
-      new (std::nothrow) CParsedChannel(name, session_.GetFileStore(), session_.GetMantieniCostanti()));
-  if (channel == nullptr) {
-    TRAGUARDO_LOG(kGeneraMappe, "%s [%d] ERROR = Can't alloc memory\n");
-    return false;
-  }
+  auto channel = std::make_unique<CParsedChannel>(name, session_.GetFileStore(), session_.GetMantieniCostanti());
   if (!channel->IsStoreValido()) {
     TRAGUARDO_LOG(kGeneraMappe, "%s [%d] ERROR = Can't alloc memory in channel\n");
     return false;

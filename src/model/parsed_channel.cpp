@@ -63,9 +63,8 @@ struct Sample {
   float value;
 };
 
-// (t - P.time) * (C.value - P.value) / (C.time - P.time) + P.value in doubles. Differences of times are taken modulo
-// 2^64 and read as unsigned: before the first of two records they are huge, which cannot occur, as both then are the
-// first.
+// (t - P.time) * (C.value - P.value) / (C.time - P.time) + P.value in doubles. Differences of times keep their
+// sign: where a channel's times don't ascend, t and C may lie before P.
 double interpolated(const Sample& p, const Sample& c, u64 t) {
   if (c.time == p.time) return static_cast<double>(p.value);
   const double elapsed = t >= p.time ? static_cast<double>(t - p.time) : -static_cast<double>(p.time - t);

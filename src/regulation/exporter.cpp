@@ -6,6 +6,7 @@
 #include "regulation/config_file.h"
 #include "regulation/number_text.h"
 #include "support/platform/platform.h"
+#include "support/platform/unfinished_files.h"
 
 namespace traguardo {
 
@@ -45,11 +46,10 @@ std::string headings_of(const SessionView& session, const std::vector<Column>& c
 }
 
 // In pieces, since hours at a high rate make a text of gigabytes. False if the disk doesn't take it.
-bool write_table(platform::File* file, std::string text, const SessionRun& run, const std::vector<Column>& columns,
+bool write_table(platform::PartFile* file, std::string text, const SessionRun& run, const std::vector<Column>& columns,
                  u32 period_ms) {
   constexpr std::size_t kPieceSize = std::size_t{1} << 16;
   const u64 rows = run.duration_ms / period_ms;
-  u64 written = 0;
   for (u64 row = 0; row < rows; ++row) {
     const u64 time_ms = run.start_ms + row * period_ms;
     for (const Column& column : columns) {
@@ -58,11 +58,10 @@ bool write_table(platform::File* file, std::string text, const SessionRun& run, 
     }
     text += '\n';
     if (text.size() < kPieceSize) continue;
-    if (!file->write_at(written, text.data(), text.size())) return false;
-    written += text.size();
+    if (!file->write(text.data(), text.size())) return false;
     text.clear();
   }
-  return file->write_at(written, text.data(), text.size());
+  return file->write(text.data(), text.size());
 }
 
 }  // namespace
@@ -99,14 +98,11 @@ bool export_run(const SessionView& session, const SessionRun& run) {
         output, "No valid channel name" + where + "\nPlease notice that channels names are case sensitive");
     return false;
   }
-  platform::File file = platform::File::open(output, platform::Access::kReadWrite, platform::Share::kRead,
-                                             platform::Creation::kCreateOrTruncate);
-  if (!file) return true;
+  // An earlier export stays until this one is whole.
+  platform::PartFile file;
+  if (!file.begin(output)) return true;
   const u32 period_ms = export_period_ms(configuration.text());
-  if (!write_table(&file, headings_of(session, columns), run, columns, period_ms)) {
-    file.close();
-    platform::delete_file(output);  // half a table would pass for a whole one
-  }
+  if (write_table(&file, headings_of(session, columns), run, columns, period_ms) && file.finish()) file.take_place();
   return true;
 }
 

@@ -51,7 +51,8 @@ std::wstring executable_at_home() {
   std::wstring executable = platform::executable_path();
   const std::wstring home = platform::path_from_environment("TRAGUARDO_HOME");
   if (home.empty()) return executable;
-  return platform::path_in_folder(home, std::wstring_view(executable).substr(platform::folder_of(executable).size()));
+  // The name joined as it is, whatever it begins with.
+  return platform::path_in_folder(home, L"").append(executable, platform::folder_of(executable).size());
 }
 
 }  // namespace

@@ -68,7 +68,8 @@ TEST_F(ExporterSession, WithoutItsFileOrARunNothingHappens) {
   EXPECT_TRUE(temp_.names().empty());
   session_.run_list.clear();
   EXPECT_TRUE(run("ch=Speed\n"));
-  EXPECT_EQ(temp_.names(), std::vector<std::string>{"Exporter.txt"});
+  EXPECT_EQ(output(), earlier);
+  EXPECT_EQ(temp_.names(), names);
 }
 
 TEST_F(ExporterSession, AFileThatCannotBeOpenedIsASuccess) {
@@ -98,7 +99,11 @@ TEST_F(ExporterSession, AnHourHasAllItsRows) {
   EXPECT_TRUE(text.ends_with("\n7, 7, 7, 7, 7, \n"));
 }
 
-TEST_F(ExporterSession, AFullDiskLeavesNoHalfTable) {
+TEST_F(ExporterSession, AFullDiskLeavesAnEarlierTableAndNoHalfOne) {
+  session_.run_list = {{1, 0, 100}};
+  EXPECT_TRUE(run("frq=500\nch=Speed\n"));
+  const std::string earlier = output();
+  const std::vector<std::string> names = temp_.names();
   platform::let_disk_take(100000);
   session_.run_list = {{1, 0, 60000}};
   EXPECT_TRUE(run("frq=500\nch=Speed\n"));

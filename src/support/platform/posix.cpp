@@ -60,7 +60,8 @@ std::wstring absolute_path(const std::wstring& path) {
     if (errno != ERANGE) return path;
     folder.resize(folder.size() * 2);
   }
-  return path_in_folder(widen_bytes(folder.c_str()), path);
+  // Joined as it is: a backslash in front is a character of the name.
+  return widen_bytes(folder.c_str()).append(L"/").append(path);
 }
 
 std::wstring executable_path() {
