@@ -20,6 +20,8 @@
 #include "failure.h"
 #include "input_file.h"
 #include "inputs.h"
+#include "inside.h"
+#include "legacy/wmp_parser.h"
 #include "model/parser.h"
 #include "output_file.h"
 #include "progress.h"
@@ -170,6 +172,22 @@ std::string expansion_of(const std::string& path) {
   return platform::host_bytes_from_path(reader->GetNomeFile());
 }
 
+// A session of the older family has no frames to report on. What its reader may leave out are samples of derived
+// channels that the file asks for beyond what is believed.
+void print_shortened_channels(const std::string& path) {
+  const Session session(path);
+  const auto* const reader = dynamic_cast<const CParserWMP*>(inside_of(session).reader.get());
+  if (reader == nullptr || reader->shortened_channels().empty()) {
+    print_out("Every channel is whole.\n");
+    return;
+  }
+  Table table({{"Shortened channel"}, {"Samples", Align::right}, {"Missing", Align::right}});
+  for (const CParserWMP::ShortenedChannel& channel : reader->shortened_channels()) {
+    table.add_row({to_utf8(channel.name), std::to_string(channel.samples), std::to_string(channel.missing)});
+  }
+  print_out(table.to_text());
+}
+
 // The name of the session that the reader makes of a file, with what it adds.
 void refuse_bad_outputs(const std::string& file, const std::vector<std::string>& suffixes) {
   const std::string session = session_of(file);
@@ -204,7 +222,9 @@ void print_report(const ReportOptions& options) {
   refuse_bad_outputs(options.file, suffixes);
   require_readable(options.file);
   if (kind != kKindQlt && kind != kKindQlc) {
-    throw Failure(fmt::format("cannot report on {}: only logger files (.qlt, .qlc) have a report", options.file));
+    if (!tags.empty()) throw Failure(fmt::format("cannot report on {}: only logger files have tags", options.file));
+    print_shortened_channels(options.file);
+    return;
   }
 
   refuse_printing_onto(options.file);

@@ -129,14 +129,16 @@ bool CParserWMP::load_trace(IProgress* progress) {
 bool CParserWMP::copy_channels(const WmpSession& session) {
   for (const std::unique_ptr<CWMPMisura>& measure : session.measures) {
     const std::span<const float> values = measure->values();
-    if (measure->hidden() || values.empty() || measure->period_ms() == 0) continue;
+    if (measure->hidden() || measure->period_ms() == 0) continue;
+    // Also of one that nothing is left of.
+    if (const u32 missing = missing_samples(session.tables, measure->index()); missing > 0) {
+      shortened_channels_.push_back({measure->name(), static_cast<u32>(values.size()), missing});
+    }
+    if (values.empty()) continue;
     auto channel = std::make_unique<CParsedChannel>(measure->name(), GetFileStore(), GetMantieniCostanti());
     if (!channel->IsStoreValido()) return false;
     channel->SetUnita(std::wstring_view(measure->unit_text()));
     if (session.tables.is_derived(measure->index())) channel->mark_derived();
-    if (const u32 missing = missing_samples(session.tables, measure->index()); missing > 0) {
-      shortened_channels_.push_back({measure->name(), static_cast<u32>(values.size()), missing});
-    }
     CParsedChannel* store = channel.get();
     channels_.push_back(std::move(channel));
     const u64 step = measure->period_ms() * kMicrosecondsPerMs;

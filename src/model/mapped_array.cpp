@@ -43,7 +43,9 @@ int MemoryMappedArray::MakeRoomAndAdd(u8** record) {
   if (closed_ || !valid_) return 0;
   const u64 number = Numero();
   const int new_window = number != 0 && number % kRecordsPerWindow == 0 ? 1 : 0;
-  if (number == most_records_ || (Buffered() == capacity_ && !MakeRoom())) {
+  const bool is_full = number == most_records_;
+  if (is_full) file_->Fail();
+  if (is_full || (Buffered() == capacity_ && !MakeRoom())) {
     valid_ = false;
     limit_ = next_;
     return new_window;

@@ -17,6 +17,8 @@ class StoreFile {
   explicit StoreFile(const std::wstring& session_path);
 
   bool IsValido() const { return static_cast<bool>(file_); }
+  // For a record behind the last that a store takes.
+  void Fail() { has_failed_ = true; }
   // It could not be made, or something could not be written.
   bool HasFailed() const { return has_failed_ || !file_; }
   // Puts bytes behind all others and gives their place. False if they can't be written, as on a full disk.

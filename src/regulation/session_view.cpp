@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "support/event_log.h"
 #include "support/platform/platform.h"
 
 namespace traguardo {
@@ -41,7 +42,12 @@ std::vector<SessionRun> believed_runs(const SessionView& session) {
     // What stands behind a run's own start comes first, so that a damaged one leaves the others their time.
     constexpr u64 kSlackMs = 60000;
     const u64 behind_ms = (covered_ms > run.start_ms ? covered_ms - run.start_ms : 0) + kSlackMs;
-    run.duration_ms = static_cast<u32>(std::min({u64{run.duration_ms}, behind_ms, left_ms}));
+    const u32 claimed_ms = run.duration_ms;
+    run.duration_ms = static_cast<u32>(std::min({u64{claimed_ms}, behind_ms, left_ms}));
+    if (run.duration_ms < claimed_ms) {
+      TRAGUARDO_LOG("believed_runs", "%s [%d] WARNING = Run %u claims %u ms, %u ms are believed\n", run.number,
+                    claimed_ms, run.duration_ms);
+    }
     left_ms -= run.duration_ms;
   }
   return runs;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <span>
 
+#include "legacy/wmp_parser.h"
 #include "opened_session.h"
 
 namespace traguardo::test {
@@ -109,6 +110,14 @@ TEST(HostileClaims, DerivedChannelsAreBoundedTogether) {
     EXPECT_EQ(opened.values(channel).size(), 2000000U - missing);
   }
   EXPECT_NE(log.text().find("WARNING = Channel Fast ends 1592000 samples early\n"), std::string::npos);
+  // A host is told of those, too, that nothing is left of.
+  CParserWMP parser(opened.folder().wide("session.wmp"));
+  opened.folder().write("session.jts", wmp::build_jts(5));
+  ASSERT_TRUE(parser.ParsaFile(nullptr));
+  const auto& shortened = parser.shortened_channels();
+  ASSERT_EQ(shortened.size(), 100 - kWhole);
+  EXPECT_EQ(shortened[1].samples, 0U);
+  EXPECT_EQ(shortened[1].missing, 2000000U);
 }
 
 TEST(HostileClaims, WhatTheReaderAddsIsNoClaim) {

@@ -17,6 +17,7 @@ TEST(Paths, AreTheirBytesWhereABackslashSeparatesNothing) {
   EXPECT_EQ(CExePathName(L"/a\\b/host", false).GetCartellaSlashW(), L"/a\\b/");
   // The other way round: behind a folder, such a name means one in that folder.
   EXPECT_EQ(platform::path_in_folder(L"/a", L"\\b"), L"/a/b");
+  EXPECT_EQ(platform::path_in_folder(L"/a", L"\\\\b"), L"/a/\\b");
 }
 
 TEST(Paths, TheExecutablesFolderIsWhereTheEnvironmentSays) {

@@ -570,7 +570,9 @@ class CliTest(unittest.TestCase):
         done = run_for_bytes("report", empty)
         self.assertEqual((done.returncode, done.stdout), (1, b""))
         self.fails("report", self.path("missing.qlt"), saying="No such file")
-        self.fails("report", self.write("older_report.wmp", "x"), saying="only logger files")
+        # The older family has no report, and says so by what it would hold.
+        self.fails("report", self.write("older_report.wmp", "x"), saying="trace file is missing")
+        self.assertEqual(self.ok("report", self.simulate("older_report.wmp", "--laps", 2)), "Every channel is whole.\n")
 
     # --- Unpack -----------------------------------------------------------------------------------------------------
 

@@ -196,6 +196,7 @@ class Outputs(unittest.TestCase):
         self.assertEqual(os.listdir(temporary), [])
         self.environment["TRAGUARDO_STORE_FOLDER"] = os.path.join(temporary, "missing")
         self.fails("info", "s.qlt", saying="no room or no place")
+        self.fails("report", "c.qlc", saying="no room or place for its expansion")
 
     def test_why_a_session_is_not_opened(self):
         self.write("notes.txt", "no session\n")

@@ -47,7 +47,7 @@ std::string host_bytes_from_path(std::wstring_view path) {
 }
 
 std::wstring path_in_folder(std::wstring_view folder, std::wstring_view name) {
-  while (!name.empty() && (name.front() == L'\\' || name.front() == L'/')) name.remove_prefix(1);
+  if (name.starts_with(L'\\') || name.starts_with(L'/')) name.remove_prefix(1);
   std::wstring path(folder);
   if (!path.empty() && path.back() != L'/') path.push_back(L'/');
   return path.append(name);
