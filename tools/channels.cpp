@@ -5,8 +5,9 @@
 #include <cmath>
 #include <cstddef>
 
-#include "commands.h"
+#include "command.h"
 #include "json_output.h"
+#include "print_out.h"
 #include "session.h"
 #include "table.h"
 #include "text.h"
@@ -14,6 +15,12 @@
 namespace traguardo::tool {
 
 namespace {
+
+struct ChannelsOptions {
+  std::string file;
+  bool recover = false;
+  bool json = false;
+};
 
 struct Figures {
   std::size_t samples = 0;
@@ -35,8 +42,6 @@ Figures figures_of(const Samples& samples) {
   if (span_s > 0) figures.rate_hz = static_cast<double>(samples.times_s.size() - 1) / span_s;
   return figures;
 }
-
-}  // namespace
 
 void show_channels(const ChannelsOptions& options) {
   const Session session(options.file, options.recover);
@@ -69,6 +74,12 @@ void show_channels(const ChannelsOptions& options) {
     }
   }
   print_out(options.json ? to_document(json) : table.to_text());
+}
+
+}  // namespace
+
+void add_channels_command(CLI::App& app, int& /*status*/) {
+  add_plain_command<ChannelsOptions>(app, "channels", "Show the logged channels with rates and bounds", show_channels);
 }
 
 }  // namespace traguardo::tool

@@ -18,11 +18,12 @@
 #include <system_error>
 #include <utility>
 
-#include "commands.h"
+#include "command.h"
 #include "failure.h"
 #include "input_file.h"
 #include "inputs.h"
 #include "merged_session.h"
+#include "print_out.h"
 #include "regulation/boost_limit.h"
 #include "regulation/config_file.h"
 #include "regulation/limiter.h"
@@ -35,6 +36,13 @@ namespace traguardo::tool {
 namespace fs = std::filesystem;
 
 namespace {
+
+struct CheckOptions {
+  std::string file;
+  // One of them: the configuration file of the boost limit, or of the limiter.
+  std::string fia;
+  std::string fmi;
+};
 
 constexpr int kWithinLimits = 0;
 constexpr int kOverLimits = 3;
@@ -255,10 +263,23 @@ int check_limiter(const CheckOptions& options) {
                   "the engine kept to its limit", place);
 }
 
-}  // namespace
-
 int check_session(const CheckOptions& options) {
   return options.fia.empty() ? check_limiter(options) : check_boost_limit(options);
+}
+
+}  // namespace
+
+void add_check_command(CLI::App& app, int& status) {
+  Command command(app, "check", "Check a session against a regulation; exit status 3 if it broke the rule");
+  const auto options = std::make_shared<CheckOptions>();
+  command.add_file(options->file);
+  const Option fia = command.add("--fia", options->fia, "FIA.txt, the configuration of the boost limit");
+  const Option fmi =
+      command.add("--fmi", options->fmi, "FMI-limiter.txt, the configuration of the limiter").excludes(fia);
+  command.calls([options, fia, fmi, &status] {
+    if (!fia.is_given() && !fmi.is_given()) complain_of_missing("--fia or --fmi");
+    status = check_session(*options);
+  });
 }
 
 }  // namespace traguardo::tool

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdlib>
 #include <iterator>
 #include <map>
 #include <span>
@@ -12,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "commands.h"
+#include "command.h"
 #include "failure.h"
 #include "inputs.h"
 #include "inside.h"
@@ -21,12 +22,21 @@
 #include "math/math_tables.h"
 #include "near_names.h"
 #include "output_file.h"
+#include "print_out.h"
 #include "text.h"
 #include "units/user_units_manager.h"
 
 namespace traguardo::tool {
 
 namespace {
+
+struct EvalOptions {
+  std::string formula;
+  std::string file;
+  double rate_hz = 0;  // 0: the highest one among the channels
+  bool json = false;
+  std::string output;  // empty: standard output
+};
 
 constexpr double kRateOfRatelessFiles = 100;
 constexpr std::size_t kFlushAt = 1 << 16;
@@ -162,8 +172,6 @@ void write_table(OutputFile& out, const FormulaSession& session) {
   });
 }
 
-}  // namespace
-
 int evaluate_formula(const EvalOptions& options) {
   // As a terminal shows the names, so they can be typed.
   const std::string formula = to_utf8(options.formula);
@@ -192,6 +200,23 @@ int evaluate_formula(const EvalOptions& options) {
   }
   out.keep();
   return 0;
+}
+
+}  // namespace
+
+void add_eval_command(CLI::App& app, int& status) {
+  Command command(app, "eval", "Compute a formula over the channels of a session");
+  const auto options = std::make_shared<EvalOptions>();
+  command.add("FORMULA", options->formula, "Formula, with channels by their names").required();
+  command.add_file(options->file);
+  command.add("--rate", options->rate_hz, "Samples a second (default: as the fastest channel, or 100)")
+      .between(0.001, 1e6)
+      // Not-a-number lies in no range, and out of none.
+      .check(
+          [](const std::string& text) { return std::isnan(std::strtod(text.c_str(), nullptr)) ? "not a number" : ""; });
+  command.add_json(options->json);
+  command.add("-o,--output", options->output, "File to write as CSV, - for standard output");
+  command.calls([options, &status] { status = evaluate_formula(*options); });
 }
 
 }  // namespace traguardo::tool

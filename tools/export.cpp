@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "commands.h"
+#include "command.h"
 #include "error_line.h"
 #include "failure.h"
 #include "inputs.h"
@@ -23,6 +23,17 @@
 namespace traguardo::tool {
 
 namespace {
+
+enum class ExportFormat { csv, gpx, geojson };
+struct ExportOptions {
+  std::string file;
+  bool recover = false;
+  std::string output;
+  std::vector<std::string> channels;  // empty: all logged and all derived GPS channels
+  bool one_lap = false;
+  int lap = 0;
+  ExportFormat format = ExportFormat::csv;
+};
 
 constexpr std::size_t kFlushAt = 1 << 16;
 
@@ -94,8 +105,6 @@ std::string title_of(const Session& session, const ExportOptions& options) {
   return title;
 }
 
-}  // namespace
-
 void export_session(const ExportOptions& options) {
   Inputs inputs;
   inputs.add_session(options.file);
@@ -122,6 +131,29 @@ void export_session(const ExportOptions& options) {
     write_geojson(out, title, track);
   }
   out.keep();
+}
+
+}  // namespace
+
+void add_export_command(CLI::App& app, int& /*status*/) {
+  Command command(app, "export", "Write samples as CSV, one a line, or the GPS track for a map program");
+  const auto options = std::make_shared<ExportOptions>();
+  command.add_file(options->file);
+  command.add("-o,--output", options->output, "File to write, - for standard output").required();
+  const Option channels =
+      command.add("--channel", options->channels,
+                  "Only this channel; may be repeated (default: all logged and all derived GPS channels)");
+  const Option lap = command.add_lap(options->lap);
+  const Option gpx = command.add_flag("--gpx", "Write the GPS track as GPX 1.1").excludes(channels);
+  const Option geojson =
+      command.add_flag("--geojson", "Write the GPS track as GeoJSON").excludes(channels).excludes(gpx);
+  command.add_recover(options->recover);
+  command.calls([options, lap, gpx, geojson] {
+    options->one_lap = lap.is_given();
+    if (gpx.is_given()) options->format = ExportFormat::gpx;
+    if (geojson.is_given()) options->format = ExportFormat::geojson;
+    export_session(*options);
+  });
 }
 
 }  // namespace traguardo::tool

@@ -9,9 +9,10 @@
 #include <optional>
 #include <vector>
 
-#include "commands.h"
+#include "command.h"
 #include "failure.h"
 #include "json_output.h"
+#include "print_out.h"
 #include "session.h"
 #include "table.h"
 #include "text.h"
@@ -20,6 +21,11 @@
 namespace traguardo::tool {
 
 namespace {
+
+struct GpsOptions {
+  std::string file;
+  bool json = false;
+};
 
 // The mean of a derived channel over the moments of the solutions, read off its grid between the two neighbours while
 // that goes by.
@@ -86,8 +92,6 @@ double quality_cm(Session& session, const std::vector<TrackPoint>& track) {
   return std::nan("");
 }
 
-}  // namespace
-
 void show_gps(const GpsOptions& options) {
   Session session(options.file);
   const std::vector<TrackPoint> track = read_track(session, std::nullopt);
@@ -124,6 +128,12 @@ void show_gps(const GpsOptions& options) {
        {"Longitude", fmt::format("{:.7f} to {:.7f} deg", box.low.longitude_deg, box.high.longitude_deg)},
        {"Altitude", fmt::format("{:.2f} to {:.2f} m", box.low.altitude_m, box.high.altitude_m)},
        {"Samples per channel", std::to_string(samples)}}));
+}
+
+}  // namespace
+
+void add_gps_command(CLI::App& app, int& /*status*/) {
+  add_plain_command<GpsOptions>(app, "gps", "Show quality, distance and bounds of the GPS track", show_gps);
 }
 
 }  // namespace traguardo::tool

@@ -9,10 +9,11 @@
 #include <utility>
 #include <vector>
 
-#include "commands.h"
+#include "command.h"
 #include "damage.h"
 #include "inside.h"
 #include "json_output.h"
+#include "print_out.h"
 #include "session.h"
 #include "table.h"
 #include "text.h"
@@ -20,6 +21,13 @@
 namespace traguardo::tool {
 
 namespace {
+
+struct InfoOptions {
+  std::string file;
+  bool recover = false;  // take back a clock that all behind it contradict
+  bool json = false;
+  bool verbose = false;  // name the derived channels as such
+};
 
 // What was not logged but computed from logged channels while the file was read.
 std::vector<std::string> derived_channels_of(const Session& session) {
@@ -36,8 +44,6 @@ std::string listed(const std::vector<std::string>& names) {
   for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
   return text.empty() ? "none" : text;
 }
-
-}  // namespace
 
 void show_info(const InfoOptions& options) {
   const Session session(options.file, options.recover);
@@ -89,6 +95,18 @@ void show_info(const InfoOptions& options) {
   }
   if (options.verbose) pairs.emplace_back("Derived channels", listed(derived_channels_of(session)));
   print_out(pairs_to_text(pairs));
+}
+
+}  // namespace
+
+void add_info_command(CLI::App& app, int& /*status*/) {
+  Command command(app, "info", "Show texts, date, duration and counts of a session");
+  const auto options = std::make_shared<InfoOptions>();
+  command.add_file(options->file);
+  command.add_json(options->json);
+  command.add_flag("--verbose", options->verbose, "Name also the channels that were computed, not logged");
+  command.add_recover(options->recover);
+  command.calls([options] { show_info(*options); });
 }
 
 }  // namespace traguardo::tool

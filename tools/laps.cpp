@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "commands.h"
+#include "command.h"
 #include "json_output.h"
+#include "print_out.h"
 #include "session.h"
 #include "table.h"
 #include "text.h"
@@ -16,6 +17,12 @@
 namespace traguardo::tool {
 
 namespace {
+
+struct LapsOptions {
+  std::string file;
+  bool recover = false;
+  bool json = false;
+};
 
 // The shortest duration above zero of a lap that was driven to its end; nothing if there is none.
 std::optional<double> best_duration(const std::vector<Lap>& laps) {
@@ -31,8 +38,6 @@ std::optional<double> gap_of(const Lap& lap, std::optional<double> best_s) {
   if (!lap.finished || !best_s) return std::nullopt;
   return lap.duration_s - *best_s;
 }
-
-}  // namespace
 
 void show_laps(const LapsOptions& options) {
   const Session session(options.file, options.recover);
@@ -62,6 +67,12 @@ void show_laps(const LapsOptions& options) {
     table.add_row({std::to_string(lap.number), fmt::format("{:.3f}", lap.start_s), lap_clock(lap.duration_s), gap});
   }
   print_out(table.to_text());
+}
+
+}  // namespace
+
+void add_laps_command(CLI::App& app, int& /*status*/) {
+  add_plain_command<LapsOptions>(app, "laps", "Show the laps with their times and gaps", show_laps);
 }
 
 }  // namespace traguardo::tool

@@ -12,9 +12,10 @@
 #include <system_error>
 #include <vector>
 
-#include "commands.h"
+#include "command.h"
 #include "failure.h"
 #include "merged_session.h"
+#include "print_out.h"
 #include "regulation/calibrated_run.h"
 #include "regulation/elapsed_time.h"
 #include "regulation/prediction.h"
@@ -29,6 +30,14 @@ namespace traguardo::tool {
 namespace fs = std::filesystem;
 
 namespace {
+
+struct PredictOptions {
+  std::string file;
+  u32 length_ft = 660;
+  int run = 0;          // by its number; 0: the first one
+  std::string channel;  // empty: the speed of the session
+  std::string tables;   // folder above user/et_prediction/; empty: the user's
+};
 
 constexpr const char* kGpsSpeed = "GPS Speed";
 constexpr u32 kGpsPeriodMs = 10;
@@ -146,8 +155,6 @@ const StripRow& strip_of(u32 length_ft) {
   return strips().back();
 }
 
-}  // namespace
-
 void predict_run(const PredictOptions& options) {
   Session session(options.file);
   const Channel channel = options.channel.empty() ? speed_channel(session) : session.find_channel(options.channel);
@@ -192,6 +199,22 @@ void predict_run(const PredictOptions& options) {
                            {"Strip", fmt::format("{} ft", options.length_ft)},
                            {"Timed", fmt::format("{} to {} ft", strip.timed_from, strip.timed_to)},
                            {"Predicted", fmt::format("{:.3f} s", static_cast<double>(*elapsed_ms) / 1000.0)}}));
+}
+
+}  // namespace
+
+void add_predict_command(CLI::App& app, int& /*status*/) {
+  Command command(app, "predict", "Predict the elapsed time of a run on a strip");
+  const auto options = std::make_shared<PredictOptions>();
+  command.add_file(options->file);
+  command.add("--length", options->length_ft, "Length of the strip in feet")
+      .one_of({330, 500, 660, 1320})
+      .shows_default();
+  command.add("--run", options->run, "Number of the run (default: the first one)").between(1, 1'000'000);
+  command.add("--channel", options->channel, "Speed to use (default: the first one of the session)");
+  command.add("--tables", options->tables,
+              "Folder above user/et_prediction/ (default: the user's configuration folder)");
+  command.calls([options] { predict_run(*options); });
 }
 
 }  // namespace traguardo::tool

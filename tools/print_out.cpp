@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "commands.h"
+#include "print_out.h"
+
 #include "output_file.h"
 
 namespace traguardo::tool {

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "api/reader_factory.h"
-#include "commands.h"
+#include "command.h"
 #include "damage.h"
 #include "failure.h"
 #include "input_file.h"
@@ -24,6 +24,7 @@
 #include "legacy/wmp_parser.h"
 #include "model/parser.h"
 #include "output_file.h"
+#include "print_out.h"
 #include "progress.h"
 #include "session.h"
 #include "support/platform/platform.h"
@@ -37,6 +38,17 @@ namespace traguardo::tool {
 namespace fs = std::filesystem;
 
 namespace {
+
+struct ReportOptions {
+  std::string file;
+  bool recover = false;
+  // Parts of the report; none set: all.
+  bool channels = false;
+  bool laps = false;
+  bool gps = false;
+  bool gps_samples = false;
+  std::vector<std::string> tags;  // NAME=SUFFIX
+};
 
 constexpr const char* kReportSuffix = ".tw3.log";
 constexpr std::size_t kLongestTagName = 3;  // behind its plus sign
@@ -201,8 +213,6 @@ void refuse_bad_outputs(const std::string& file, const std::vector<std::string>&
   refuse_equal_outputs(outputs);
 }
 
-}  // namespace
-
 std::string reason_not_a_tag_request(const std::string& text) {
   const TagRequest request = request_of(text);
   const bool has_name = !request.name.empty() && request.name.size() <= kLongestTagName;
@@ -253,6 +263,24 @@ void print_report(const ReportOptions& options) {
   }
   if (!readable) throw Failure(fmt::format("cannot read {}: no session can be read from it", options.file));
   if (!reported) throw Failure(fmt::format("cannot report on {}: the reader left nothing", options.file));
+}
+
+}  // namespace
+
+void add_report_command(CLI::App& app, int& /*status*/) {
+  Command command(app, "report", "Report what the reader saw in a logger file, all of it without options");
+  const auto options = std::make_shared<ReportOptions>();
+  command.add("FILE", options->file, "Logger file (.qlt or .qlc)").required();
+  command.add_flag("--channels", options->channels, "Rates, counters and errors of the channels");
+  command.add_flag("--laps", options->laps, "Lap marks");
+  command.add_flag("--gps", options->gps, "Counters and errors of the GPS");
+  command.add_flag("--gps-samples", options->gps_samples, "Every GPS solution");
+  command
+      .add("--tag", options->tags,
+           "NAME=SUFFIX: write the payloads of this tag to FILE with SUFFIX added; may be repeated")
+      .check(reason_not_a_tag_request);
+  command.add_recover(options->recover);
+  command.calls([options] { print_report(*options); });
 }
 
 }  // namespace traguardo::tool

@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include "commands.h"
+#include "command.h"
 #include "json_output.h"
 #include "output_file.h"
 #include "session.h"
@@ -19,6 +19,17 @@
 namespace traguardo::tool {
 
 namespace {
+
+struct SamplesOptions {
+  std::string file;
+  bool recover = false;
+  std::string channel;
+  bool one_lap = false;
+  int lap = 0;
+  bool head_only = false;
+  int head = 0;
+  bool json = false;
+};
 
 constexpr std::size_t kFlushAt = 1 << 16;
 
@@ -75,8 +86,6 @@ void write_table(OutputFile& out, const Channel& channel, const ChosenSamples& s
   out.write(text.data(), text.size());
 }
 
-}  // namespace
-
 void show_samples(const SamplesOptions& options) {
   Session session(options.file, options.recover);
   const Channel channel = session.find_channel(options.channel);
@@ -88,6 +97,24 @@ void show_samples(const SamplesOptions& options) {
     write_table(out, channel, samples);
   }
   out.keep();
+}
+
+}  // namespace
+
+void add_samples_command(CLI::App& app, int& /*status*/) {
+  Command command(app, "samples", "Show the samples of a channel");
+  const auto options = std::make_shared<SamplesOptions>();
+  command.add_file(options->file);
+  command.add("CHANNEL", options->channel, "Name of the channel").required();
+  const Option lap = command.add_lap(options->lap);
+  const Option head = command.add("--head", options->head, "Only the first samples").at_least(0);
+  command.add_json(options->json);
+  command.add_recover(options->recover);
+  command.calls([options, lap, head] {
+    options->one_lap = lap.is_given();
+    options->head_only = head.is_given();
+    show_samples(*options);
+  });
 }
 
 }  // namespace traguardo::tool

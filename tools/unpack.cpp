@@ -9,11 +9,12 @@
 #include <string>
 #include <system_error>
 
-#include "commands.h"
+#include "command.h"
 #include "failure.h"
 #include "input_file.h"
 #include "logger/lz77.h"
 #include "output_file.h"
+#include "print_out.h"
 #include "same_file.h"
 #include "support/platform/platform.h"
 
@@ -22,6 +23,11 @@ namespace traguardo::tool {
 namespace fs = std::filesystem;
 
 namespace {
+
+struct UnpackOptions {
+  std::string file;
+  std::string output;  // empty: the file's name, ending in .qlt
+};
 
 std::string target_of(const UnpackOptions& options) {
   if (!options.output.empty()) return options.output;
@@ -35,8 +41,6 @@ bool is_worth_keeping(const std::string& target, std::uintmax_t size) {
   const std::uintmax_t present = fs::file_size(target, problem);
   return problem || size > present;
 }
-
-}  // namespace
 
 void unpack_session(const UnpackOptions& options) {
   const std::string target = target_of(options);
@@ -70,6 +74,16 @@ void unpack_session(const UnpackOptions& options) {
   }
   out.keep();
   if (target != "-") print_out(fmt::format("{}: {} bytes\n", target, size));
+}
+
+}  // namespace
+
+void add_unpack_command(CLI::App& app, int& /*status*/) {
+  Command command(app, "unpack", "Expand a compressed logger file");
+  const auto options = std::make_shared<UnpackOptions>();
+  command.add("FILE", options->file, "Compressed logger file (.qlc)").required();
+  command.add("-o,--output", options->output, "File to write, - for standard output (default: FILE, ending in .qlt)");
+  command.calls([options] { unpack_session(*options); });
 }
 
 }  // namespace traguardo::tool

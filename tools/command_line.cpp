@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#include "command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <utility>
+
+namespace traguardo::tool {
+
+Option Option::required() {
+  option_->required();
+  return *this;
+}
+
+Option Option::excludes(Option other) {
+  option_->excludes(other.option_);
+  return *this;
+}
+
+Option Option::shows_default() {
+  option_->capture_default_str();
+  return *this;
+}
+
+Option Option::one_of(std::initializer_list<int> values) {
+  option_->check(CLI::IsMember(values));
+  return *this;
+}
+
+Option Option::one_of(std::initializer_list<const char*> values) {
+  option_->check(CLI::IsMember(std::vector<std::string>(values.begin(), values.end())));
+  return *this;
+}
+
+Option Option::between(int lowest, int highest) {
+  option_->check(CLI::Range(lowest, highest));
+  return *this;
+}
+
+Option Option::between(double lowest, double highest) {
+  option_->check(CLI::Range(lowest, highest));
+  return *this;
+}
+
+Option Option::check(const std::function<std::string(const std::string& text)>& reason) {
+  option_->check(reason);
+  return *this;
+}
+
+bool Option::is_given() const {
+  return option_ != nullptr && option_->count() > 0;
+}
+
+Command::Command(CLI::App& app, const char* name, const char* help) : command_(app.add_subcommand(name, help)) {}
+
+Option Command::add(const char* names, std::string& value, const std::string& help) {
+  return Option(command_->add_option(names, value, help));
+}
+
+Option Command::add(const char* names, int& value, const std::string& help) {
+  return Option(command_->add_option(names, value, help));
+}
+
+Option Command::add(const char* names, std::uint32_t& value, const std::string& help) {
+  return Option(command_->add_option(names, value, help));
+}
+
+Option Command::add(const char* names, std::uint64_t& value, const std::string& help) {
+  return Option(command_->add_option(names, value, help));
+}
+
+Option Command::add(const char* names, double& value, const std::string& help) {
+  return Option(command_->add_option(names, value, help));
+}
+
+Option Command::add(const char* names, std::vector<std::string>& values, const std::string& help) {
+  return Option(command_->add_option(names, values, help)->allow_extra_args(false));
+}
+
+Option Command::add_flag(const char* names, bool& value, const std::string& help) {
+  return Option(command_->add_flag(names, value, help));
+}
+
+Option Command::add_flag(const char* names, const std::string& help) {
+  return Option(command_->add_flag(names)->description(help));
+}
+
+Option Command::add_file(std::string& value) {
+  return add("FILE", value, "Session file (.qlt, .qlc or .wmp)").required();
+}
+
+Option Command::add_lap(int& value) {
+  return add("--lap", value, "Only this lap, by its number in `traguardo laps`");
+}
+
+Option Command::add_json(bool& value) {
+  return add_flag("--json", value, "Print JSON");
+}
+
+Option Command::add_recover(bool& value) {
+  return add_flag("--recover", value, "Drop a frame whose wrong clock would cost what is behind it");
+}
+
+void Command::calls(std::function<void()> work) {
+  command_->callback(std::move(work));
+}
+
+void complain_of_missing(const char* option) {
+  throw CLI::RequiredError(option);
+}
+
+}  // namespace traguardo::tool
