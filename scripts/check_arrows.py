@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Holds the arrows between the rooms of src/: who may include whom, and that no file includes itself in a ring.
+"""Holds the arrows between the rooms of src/: who may include whom, and that no file includes itself in a ring; and that
+the writer of wire/ includes nothing of src/.
 
 Prints every include that runs against an arrow; exit status 1 if there is one."""
 import re
@@ -36,6 +37,12 @@ def main():
             if re.search(r"^\s*#\s*if(def|ndef)?\b.*(_WIN32|__linux__|__unix__)", text, re.M):
                 bad.append(f"{name} asks which platform it runs on: only the platform layer may")
 
+    writer = sorted((ROOT / "wire").glob("*.[ch]*"))
+    for path in writer:
+        for target in re.findall(r'^\s*#\s*include\s+"([^"]+)"', path.read_text(encoding="utf-8"), re.M):
+            if not target.startswith("wire/"):
+                bad.append(f"wire/{path.name} includes {target}: the writer stands alone")
+
     state = {}
 
     def visit(name, trail):
@@ -51,7 +58,7 @@ def main():
 
     for name in graph:
         visit(name, [])
-    print("\n".join(bad) if bad else f"{len(graph)} files keep the arrows")
+    print("\n".join(bad) if bad else f"{len(graph) + len(writer)} files keep the arrows")
     return 1 if bad else 0
 
 

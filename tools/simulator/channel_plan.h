@@ -10,9 +10,11 @@
 #include "simulator/car.h"
 #include "simulator/random.h"
 #include "simulator/simulator.h"
-#include "simulator/wire.h"
+#include "wire/samples.h"
 
 namespace traguardo::simulator {
+
+using wire::Format;
 
 // What a channel measures.
 enum class Signal {

@@ -23,7 +23,7 @@ GpsReceiver::GpsReceiver(const SimulationOptions& options)
       ground_(options.latitude_deg, options.longitude_deg, options.altitude_m),
       random_(options.seed ^ 0x6B5u) {}
 
-Bytes GpsReceiver::solution(const CarState& car, std::uint64_t tick, std::uint32_t clock_ms) {
+wire::GpsSolution GpsReceiver::solution(const CarState& car, std::uint64_t tick, std::uint32_t clock_ms) {
   const bool has_fix = exact_ || tick >= kColdStartMs;
   // The position wanders by some decimetres, the velocity trembles by some centimetres per second.
   const double wander = exact_ ? 0 : 0.3;
@@ -40,26 +40,30 @@ Bytes GpsReceiver::solution(const CarState& car, std::uint64_t tick, std::uint32
                         car.speed_mps * car.place.slope + up_error);
   const std::uint64_t gps_ms = kGpsTimeOfWeekMs + tick;
 
-  Bytes record(kRecordSize, 0);
-  Byte* const at = record.data();
-  put_u32(at, clock_ms);
-  put_u32(at + 4, static_cast<std::uint32_t>(gps_ms % kWeekMs));
-  put_u16(at + 12, kGpsWeek + static_cast<std::uint32_t>(gps_ms / kWeekMs));
-  put_u8(at + 14, has_fix ? 3u : 0u);
-  put_u8(at + 15, has_fix ? 0x0Du : 0u);
-  if (has_fix) {
-    put_i32(at + 16, in_hundredths(position.x));
-    put_i32(at + 20, in_hundredths(position.y));
-    put_i32(at + 24, in_hundredths(position.z));
-    put_u32(at + 28, static_cast<std::uint32_t>(120 + 30 * car.waves[1]));
-    put_i32(at + 32, in_hundredths(velocity.x));
-    put_i32(at + 36, in_hundredths(velocity.y));
-    put_i32(at + 40, in_hundredths(velocity.z));
-    put_u32(at + 44, static_cast<std::uint32_t>(20 + 5 * car.waves[2]));
-    put_u16(at + 48, static_cast<std::uint32_t>(150 + 20 * car.waves[0]));
+  wire::GpsSolution solution;
+  solution.time_ms = clock_ms;
+  solution.time_of_week_ms = static_cast<std::uint32_t>(gps_ms % kWeekMs);
+  solution.week = static_cast<std::int16_t>(kGpsWeek + gps_ms / kWeekMs);
+  if (!has_fix) {
+    solution.fix = 0;
+    solution.x_cm = solution.y_cm = solution.z_cm = 0;
+    solution.position_accuracy_cm = solution.speed_accuracy_cm_s = 0;
+    solution.dop = 0;
+    solution.satellites = 2;
+    return solution;
   }
-  put_u8(at + 51, has_fix ? static_cast<std::uint32_t>(11 + 2 * car.waves[0]) : 2u);
-  return record;
+  solution.flags = 0x0D;
+  solution.x_cm = in_hundredths(position.x);
+  solution.y_cm = in_hundredths(position.y);
+  solution.z_cm = in_hundredths(position.z);
+  solution.position_accuracy_cm = static_cast<std::uint32_t>(120 + 30 * car.waves[1]);
+  solution.vx_cm_s = in_hundredths(velocity.x);
+  solution.vy_cm_s = in_hundredths(velocity.y);
+  solution.vz_cm_s = in_hundredths(velocity.z);
+  solution.speed_accuracy_cm_s = static_cast<std::uint32_t>(20 + 5 * car.waves[2]);
+  solution.dop = static_cast<std::uint16_t>(150 + 20 * car.waves[0]);
+  solution.satellites = static_cast<std::uint8_t>(11 + 2 * car.waves[0]);
+  return solution;
 }
 
 }  // namespace traguardo::simulator

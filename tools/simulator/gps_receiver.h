@@ -2,26 +2,24 @@
 // The GPS receiver of a simulated car: a navigation solution ten times a second.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "simulator/car.h"
 #include "simulator/place_on_earth.h"
 #include "simulator/random.h"
 #include "simulator/simulator.h"
-#include "simulator/wire.h"
+#include "wire/qlt.h"
 
 namespace traguardo::simulator {
 
 class GpsReceiver {
  public:
   static constexpr std::uint64_t kPeriodMs = 100;
-  static constexpr std::size_t kRecordSize = 56;
 
   explicit GpsReceiver(const SimulationOptions& options);
 
-  // The solution `tick` milliseconds into the session, with the logger's clock in front: kRecordSize bytes.
-  Bytes solution(const CarState& car, std::uint64_t tick, std::uint32_t clock_ms);
+  // The solution `tick` milliseconds into the session.
+  wire::GpsSolution solution(const CarState& car, std::uint64_t tick, std::uint32_t clock_ms);
 
  private:
   bool exact_;

@@ -9,7 +9,7 @@
 
 #include "simulator/channel_plan.h"
 #include "simulator/simulator.h"
-#include "simulator/wire.h"
+#include "wire/bytes.h"
 
 namespace traguardo::simulator {
 
@@ -32,9 +32,9 @@ struct SessionTexts {
 // Who drives what where.
 SessionTexts session_texts(std::uint64_t seed);
 
-Bytes session_tags(const SimulationOptions& options);
+wire::Bytes session_tags(const SimulationOptions& options);
 // Channel number i of the plan has the index i + 1.
-Bytes channel_table(const std::vector<PlannedChannel>& channels);
+wire::Bytes channel_table(const std::vector<PlannedChannel>& channels);
 
 // The first moment of the session in the time of the GPS.
 inline constexpr std::uint32_t kGpsWeek = 2314;

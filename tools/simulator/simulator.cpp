@@ -21,8 +21,9 @@
 #include "simulator/random.h"
 #include "simulator/session_header.h"
 #include "simulator/stream_writer.h"
-#include "simulator/wire.h"
 #include "simulator/wmp_writer.h"
+#include "wire/qlt.h"
+#include "wire/samples.h"
 
 namespace traguardo::simulator {
 
@@ -34,8 +35,6 @@ constexpr std::uint64_t kLongestMs = 3600000000u;  // the clock has 32 bits
 constexpr std::uint64_t kOdometerPeriodMs = 5000;
 constexpr std::size_t kLargestSample = 32;
 constexpr std::size_t kChunkSize = 8;
-constexpr std::size_t kLapRecordV2Size = 32;
-constexpr std::size_t kLapRecordV3Size = 20;
 // What the second type byte of a lap mark says.
 constexpr Byte kOrdinaryLap = 0;
 constexpr Byte kFirstLapOfRun = 1;
@@ -104,7 +103,6 @@ class SessionWriter {
   std::vector<Beat> beats_;
   std::deque<Bytes> chunks_;
   std::uint64_t packets_ = 0;
-  Bytes scratch_;
   std::uint64_t data_offset_ = 0;
   std::uint64_t end_tick_ = 0;  // 0: not known yet
   std::uint32_t lap_start_ms_ = kFirstClockMs;
@@ -119,7 +117,7 @@ SessionWriter::SessionWriter(const SimulationOptions& options, const Circuit& ci
   for (PlannedChannel& plan : plan_channels(options)) {
     RunningChannel channel;
     channel.index = static_cast<std::uint16_t>(channels_.size() + 1);
-    channel.size = sample_size(plan.format);
+    channel.size = wire::sample_size(plan.format);
     channel.noise = Random(options.seed * 1000003u + channel.index);
     // A block of a tenth of a second to a few seconds, so that no sample waits long.
     channel.block_capacity = static_cast<std::size_t>(std::clamp(plan.rate_hz / 10, 4, 100));
@@ -185,9 +183,7 @@ void SessionWriter::write() {
   for (RunningChannel& channel : channels_) write_block(channel);
   while (!chunks_.empty()) write_chunk();
   // The last bytes of a file are no place for data: a reader that looks for a whole tag stops in front of them.
-  Bytes ending;
-  append_text_tag(ending, "EVT", "stop");
-  stream_.put(ending);
+  stream_.put(wire::tag("EVT", "stop"));
   summary_.duration_s = static_cast<double>(tick) * 0.001;
 }
 
@@ -214,20 +210,16 @@ void SessionWriter::write_beat(const Beat& beat, std::uint32_t clock_ms) {
 }
 
 Byte* SessionWriter::frame_head(std::size_t room, char kind, std::uint32_t clock_ms, std::uint32_t index) {
-  Byte* at = stream_.room(room);
-  at = put_u8(at, '(');
-  at = put_u8(at, static_cast<Byte>(kind));
-  at = put_u32(at, clock_ms);
-  return put_u16(at, index);
+  return wire::put_frame_head(stream_.room(room), kind, clock_ms, index);
 }
 
 void SessionWriter::close_frame(Byte* end) {
-  stream_.wrote_up_to(put_u8(end, ')'));
+  stream_.wrote_up_to(wire::put_u8(end, ')'));
   ++summary_.frames;
 }
 
 Byte* SessionWriter::sample_into(RunningChannel& channel, Byte* at) {
-  encode_sample(channel.plan.format, measure(channel.plan, channel.index, *state_, channel.noise), at);
+  wire::encode_sample(channel.plan.format, measure(channel.plan, channel.index, *state_, channel.noise), at);
   ++channel.samples;
   return at + channel.size;
 }
@@ -247,7 +239,7 @@ void SessionWriter::write_block(RunningChannel& channel) {
   if (channel.block_count == 0) return;
   const std::size_t bytes = channel.block_count * channel.size;
   Byte* at = frame_head(bytes + 11, 'M', channel.block_clock_ms, channel.index);
-  at = put_u16(at, static_cast<std::uint32_t>(channel.block_count));
+  at = wire::put_u16(at, static_cast<std::uint32_t>(channel.block_count));
   std::memcpy(at, channel.block.data(), bytes);
   close_frame(at + bytes);
   channel.block_count = 0;
@@ -264,22 +256,19 @@ void SessionWriter::write_set(char kind, std::uint16_t set, const std::vector<st
 // bytes allow: such a piece ends at its first ')'.
 void SessionWriter::queue_chunks(RunningChannel& channel, std::uint32_t clock_ms) {
   Bytes packet(4 + channel.size);
-  sample_into(channel, put_u32(packet.data(), clock_ms));
+  sample_into(channel, wire::put_u32(packet.data(), clock_ms));
   const bool has_parenthesis = std::find(packet.begin(), packet.end(), Byte{')'}) != packet.end();
   const bool plain = packets_++ % 2 == 1 && !has_parenthesis;
   const std::size_t pieces = (packet.size() + kChunkSize - 1) / kChunkSize;
   for (std::size_t piece = 0; piece < pieces; ++piece) {
     const std::size_t start = piece * kChunkSize;
     const std::size_t length = std::min(kChunkSize, packet.size() - start);
-    const std::uint32_t last = piece + 1 == pieces ? 1u << 10 : 0u;
-    Bytes frame(plain ? length + 7 : length + 8);
-    Byte* at = put_u8(frame.data(), '(');
-    at = put_u8(at, plain ? 'C' : 'c');
-    at = put_u32(at, static_cast<std::uint32_t>(piece) | last | std::uint32_t{channel.index} << 11);
-    if (!plain) at = put_u8(at, static_cast<std::uint32_t>(length));
-    std::memcpy(at, packet.data() + start, length);
-    put_u8(at + length, ')');
-    chunks_.push_back(std::move(frame));
+    wire::Chunk chunk;
+    chunk.index = channel.index;
+    chunk.number = static_cast<std::uint32_t>(piece);
+    chunk.last = piece + 1 == pieces;
+    chunk.with_length = !plain;
+    chunks_.push_back(chunk.frame(Bytes(&packet[start], &packet[start] + length)));
   }
 }
 
@@ -292,15 +281,13 @@ void SessionWriter::write_chunk() {
 void SessionWriter::write_odometer(std::uint32_t clock_ms) {
   constexpr Format kFormat = Format::total_odometer;
   const std::uint32_t index = static_cast<std::uint32_t>(channels_.size() + 1);
-  Byte* const at = frame_head(sample_size(kFormat) + 9, 'S', clock_ms, index);
-  encode_sample(kFormat, 1234567.0 + state_->distance_m, at);
-  close_frame(at + sample_size(kFormat));
+  Byte* const at = frame_head(wire::sample_size(kFormat) + 9, 'S', clock_ms, index);
+  wire::encode_sample(kFormat, 1234567.0 + state_->distance_m, at);
+  close_frame(at + wire::sample_size(kFormat));
 }
 
 void SessionWriter::write_gps(std::uint64_t tick, std::uint32_t clock_ms) {
-  Bytes tag;
-  append_tag(tag, "GPS", 1, receiver_.solution(*state_, tick, clock_ms));
-  stream_.put(tag);
+  stream_.put(receiver_.solution(*state_, tick, clock_ms).tagged());
   ++summary_.gps_records;
 }
 
@@ -320,19 +307,15 @@ void SessionWriter::write_passage(const Passage& passage, std::uint64_t tick) {
     if (next_is_cut) kind = kLastCompleteLap;
   }
   const bool newer_form = passage.laps_completed % 2 == 0;
-  scratch_.assign(newer_form ? kLapRecordV3Size : kLapRecordV2Size, 0);
-  Byte* const at = scratch_.data();
-  put_u8(at, 1);  // session
-  put_u8(at + 1, static_cast<std::uint32_t>(passage.split));
-  put_u16(at + 2, static_cast<std::uint32_t>(passage.laps_completed));
-  put_u32(at + 4, since_start_ms);
-  put_u32(at + 8, since_start_ms);
-  put_u8(at + (newer_form ? 13 : 25), kind);
-  put_u32(at + (newer_form ? 16 : 28), clock_ms);
-
-  Bytes tag;
-  append_tag(tag, "LAP", static_cast<std::uint8_t>(newer_form ? 3 : 2), scratch_);
-  stream_.put(tag);
+  wire::Lap lap;
+  lap.session = 1;
+  lap.split = static_cast<std::uint8_t>(passage.split);
+  lap.lap = static_cast<std::uint16_t>(passage.laps_completed);
+  lap.lap_time_ms = static_cast<std::int32_t>(since_start_ms);
+  lap.split_time_ms = since_start_ms;
+  lap.time_ms = clock_ms;
+  lap.kind1 = kind;
+  stream_.put(lap.tagged(newer_form ? 3 : 2));
   if (!closes_lap) return;
   summary_.lap_times_ms.push_back(since_start_ms);
   lap_start_ms_ = clock_ms;

@@ -8,13 +8,16 @@
 #include <memory>
 #include <vector>
 
-#include "simulator/wire.h"
+#include "wire/bytes.h"
 
 namespace traguardo::tool {
 class OutputFile;
 }
 
 namespace traguardo::simulator {
+
+using wire::Byte;
+using wire::Bytes;
 
 struct Damage {
   enum class Kind { change, lose, add };

@@ -2,8 +2,8 @@
 #include "simulator/wmp_channels.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
-#include <cstring>
 #include <iterator>
 
 #include "failure.h"
@@ -178,7 +178,6 @@ constexpr int kOldRates[] = {2, 10, 20, 50, 100, 200};
 // What the gear barrel's potentiometer shows in each position, from neutral up.
 constexpr double kFirstThreshold = 320;
 constexpr double kThresholdStep = 496;
-constexpr int kThresholds = 10;
 
 constexpr double kVoltsPerCount = 5.0 / 4096;
 constexpr double kCountsPerG = 437;
@@ -394,32 +393,38 @@ std::uint16_t raw_word(const WmpChannel& channel, double value) {
 
 // --- Fields of a channel record
 
-void put_unit_field(const WmpUnit& unit, Byte* at) {
-  std::memset(at, 0, kUnitFieldSize);
+std::string unit_field(const WmpUnit& unit) {
+  const auto digit = [](std::uint32_t value) { return static_cast<char>('0' + value % 10); };
+  std::string field;
   switch (unit.form) {
     case UnitForm::text:
-      std::memcpy(at, unit.text, std::min(std::strlen(unit.text), kUnitFieldSize - 1));
-      return;
-    case UnitForm::digits: {
-      at = put_u8(at, 9);
-      for (const std::uint32_t place : {1000u, 100u, 10u, 1u}) at = put_u8(at, '0' + unit.id / place % 10);
-      put_u8(at, '0' + unit.decimals);
-      return;
+      return unit.text;
+    case UnitForm::digits:
+      field = '\t';
+      for (const std::uint32_t place : {1000u, 100u, 10u, 1u}) field += digit(unit.id / place);
+      return field + digit(unit.decimals);
+    case UnitForm::packed: {
+      const std::uint32_t word = unit.id | unit.decimals << 12;
+      field = '\v';
+      field += static_cast<char>(word & 0xFFu);
+      return field + static_cast<char>(word >> 8);
     }
-    case UnitForm::packed:
-      put_u16(put_u8(at, 11), unit.id | unit.decimals << 12);
-      return;
   }
+  return field;
 }
 
-void put_parameters(const WmpChannel& channel, Byte* at) {
-  if (channel.sensor != kGearBarrel) {
-    for (const double parameter : channel.parameters) at = put_f32(at, parameter);
-    return;
+std::array<float, 5> stored_parameters(const WmpChannel& channel) {
+  std::array<float, 5> stored{};
+  for (std::size_t i = 0; i < stored.size(); ++i) {
+    stored[i] = static_cast<float>(channel.parameters[i]);
+    if (channel.sensor != kGearBarrel) continue;
+    // Two thresholds in the place of each parameter.
+    const auto threshold = [](std::size_t n) {
+      return static_cast<std::uint32_t>(kFirstThreshold + kThresholdStep * static_cast<double>(n));
+    };
+    stored[i] = std::bit_cast<float>(threshold(2 * i) | threshold(2 * i + 1) << 16);
   }
-  for (int i = 0; i < kThresholds; ++i) {
-    at = put_u16(at, static_cast<std::uint32_t>(kFirstThreshold + kThresholdStep * i));
-  }
+  return stored;
 }
 
 std::uint32_t rate_index(int rate_hz) {

@@ -14,7 +14,6 @@
 #include "simulator/channel_plan.h"
 #include "simulator/random.h"
 #include "simulator/simulator.h"
-#include "simulator/wire.h"
 
 namespace traguardo::simulator {
 
@@ -77,10 +76,8 @@ std::uint16_t raw_word(const WmpChannel& channel, double value);
 
 // --- Fields of a channel record
 
-inline constexpr std::size_t kUnitFieldSize = 10;
-inline constexpr std::size_t kParametersSize = 20;
-void put_unit_field(const WmpUnit& unit, Byte* at);
-void put_parameters(const WmpChannel& channel, Byte* at);
+std::string unit_field(const WmpUnit& unit);
+std::array<float, 5> stored_parameters(const WmpChannel& channel);
 std::uint32_t rate_index(int rate_hz);
 // 0 where nothing is known of what the channel measures.
 std::uint32_t function_id(const WmpChannel& channel);

@@ -6,14 +6,14 @@
 #include <cstddef>
 #include <span>
 
-#include "simulator/wire.h"
 #include "simulator/wmp_channels.h"
 #include "simulator/wmp_recording.h"
+#include "wire/bytes.h"
 
 namespace traguardo::simulator {
 
 struct WmpDump {
-  Bytes bytes;
+  wire::Bytes bytes;
   std::size_t stream_begin = 0;
   std::size_t stream_end = 0;  // behind it the memory is erased
 };
@@ -23,6 +23,6 @@ struct WmpDump {
 WmpDump memory_dump(const WmpForm& form, std::span<const WmpChannel> logged, const WmpRecording& recording);
 
 // A dump without a stream.
-Bytes set_up_area(const WmpForm& form, std::span<const WmpChannel> logged, const WmpRecording& recording);
+wire::Bytes set_up_area(const WmpForm& form, std::span<const WmpChannel> logged, const WmpRecording& recording);
 
 }  // namespace traguardo::simulator

@@ -92,7 +92,7 @@ WmpRecording Recorder::record() {
       if (tick % beat.period_ms == 0) sample(beat, car);
     }
     if (tick % GpsReceiver::kPeriodMs == 0) {
-      const Bytes solution = receiver_.solution(car, tick, static_cast<std::uint32_t>(tick));
+      const wire::Bytes solution = receiver_.solution(car, tick, static_cast<std::uint32_t>(tick)).record();
       recording_.solutions.insert(recording_.solutions.end(), solution.begin(), solution.end());
     }
   }

@@ -9,8 +9,8 @@
 
 #include "simulator/circuit.h"
 #include "simulator/simulator.h"
-#include "simulator/wire.h"
 #include "simulator/wmp_channels.h"
+#include "wire/bytes.h"
 
 namespace traguardo::simulator {
 
@@ -29,7 +29,7 @@ struct WmpRecording {
   // Of each logged channel: duration times rate, the first at 0. In the unit of its file.
   std::vector<std::vector<float>> samples;
   std::vector<WmpLap> laps;  // at least one
-  Bytes solutions;           // of the receiver, GpsReceiver::kRecordSize bytes each
+  wire::Bytes solutions;     // of the receiver, GpsSolution::kSize bytes each
 
   std::size_t seconds() const { return duration_ms / 1000; }
 };

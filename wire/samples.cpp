@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "simulator/wire.h"
+#include "wire/samples.h"
 
 #include <algorithm>
 #include <bit>
@@ -8,7 +8,7 @@
 #include <cstring>
 #include <limits>
 
-namespace traguardo::simulator {
+namespace traguardo::wire {
 
 namespace {
 
@@ -118,7 +118,7 @@ void encode_sample(Format format, double value, Byte* at) {
       put_double_word(at, nearest<std::uint32_t>(value));
       return;
     case Format::float_32:
-      put_u32(at, std::bit_cast<std::uint32_t>(static_cast<float>(value)));
+      put_f32(at, static_cast<float>(value));
       return;
     case Format::float_16:
       put_u16(at, half_bits(static_cast<float>(value)));
@@ -140,24 +140,4 @@ void encode_sample(Format format, double value, Byte* at) {
   }
 }
 
-void append_tag(Bytes& out, std::string_view name, std::uint8_t version, const Bytes& payload) {
-  Byte padded[4] = {0, 0, 0, 0};
-  std::memcpy(padded, name.data(), std::min<std::size_t>(name.size(), 4));
-  std::uint32_t sum = 0;
-  for (const Byte byte : payload) sum += byte;
-
-  Byte opening[12] = {'<', 'h', padded[0], padded[1], padded[2], padded[3], 0, 0, 0, 0, version, '>'};
-  put_u32(opening + 6, static_cast<std::uint32_t>(payload.size()));
-  Byte closing[8] = {'<', padded[0], padded[1], padded[2], padded[3], 0, 0, '>'};
-  put_u16(closing + 5, sum & 0xFFFFu);
-
-  out.insert(out.end(), opening, opening + sizeof opening);
-  out.insert(out.end(), payload.begin(), payload.end());
-  out.insert(out.end(), closing, closing + sizeof closing);
-}
-
-void append_text_tag(Bytes& out, std::string_view name, std::string_view text) {
-  append_tag(out, name, 1, Bytes(text.begin(), text.end()));
-}
-
-}  // namespace traguardo::simulator
+}  // namespace traguardo::wire
