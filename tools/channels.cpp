@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
-// traguardo channels: what was logged, how fast, and between which bounds.
+// traguardo channels: what was logged or derived from the GPS, how fast, and between which bounds.
 #include <fmt/format.h>
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 #include "command.h"
 #include "json_output.h"
@@ -23,28 +26,30 @@ struct ChannelsOptions {
 };
 
 struct Figures {
-  std::size_t samples = 0;
-  double rate_hz = 0;
+  std::uint64_t samples = 0;
+  double first_s = 0;
+  double last_s = 0;
   double min = std::nan("");  // over the samples that are numbers
   double max = std::nan("");
+
+  void take(const Samples& piece) {
+    if (piece.values.empty()) return;
+    if (samples == 0) first_s = piece.times_s.front();
+    last_s = piece.times_s.back();
+    samples += piece.values.size();
+    for (const double value : piece.values) {
+      if (std::isnan(value)) continue;
+      if (!(min <= value)) min = value;
+      if (!(max >= value)) max = value;
+    }
+  }
+  double rate_hz() const {
+    return samples > 1 && last_s > first_s ? static_cast<double>(samples - 1) / (last_s - first_s) : 0;
+  }
 };
 
-Figures figures_of(const Samples& samples) {
-  Figures figures;
-  figures.samples = samples.values.size();
-  for (const double value : samples.values) {
-    if (std::isnan(value)) continue;
-    if (!(figures.min <= value)) figures.min = value;
-    if (!(figures.max >= value)) figures.max = value;
-  }
-  if (samples.times_s.size() < 2) return figures;
-  const double span_s = samples.times_s.back() - samples.times_s.front();
-  if (span_s > 0) figures.rate_hz = static_cast<double>(samples.times_s.size() - 1) / span_s;
-  return figures;
-}
-
 void show_channels(const ChannelsOptions& options) {
-  const Session session(options.file, options.recover);
+  Session session(options.file, options.recover);
   Json json = Json::array();
   Table table({{"Index", Align::right},
                {"Name", Align::left},
@@ -53,33 +58,39 @@ void show_channels(const ChannelsOptions& options) {
                {"Rate (Hz)", Align::right},
                {"Minimum", Align::right},
                {"Maximum", Align::right}});
-  Samples samples;
-  for (const Channel& channel : session.logged_channels()) {
-    session.read(channel, std::nullopt, samples);
-    const Figures figures = figures_of(samples);
+  std::size_t index = 0;
+  for (const Channel& channel : session.channels()) {
+    Figures figures;
+    session.read_in_pieces(channel, {}, [&figures](const Samples& piece) {
+      figures.take(piece);
+      return true;
+    });
+    const bool has_bounds = figures.samples > 0;
     if (options.json) {
       Json row;
-      row["index"] = channel.index;
+      row["index"] = index;
       row["name"] = json_text(channel.name);
       row["unit"] = json_text(channel.unit);
       row["samples"] = figures.samples;
-      row["rate_hz"] = json_number(figures.rate_hz);
-      row["min"] = figures.samples == 0 ? Json() : json_number(figures.min);
-      row["max"] = figures.samples == 0 ? Json() : json_number(figures.max);
+      row["rate_hz"] = json_number(figures.rate_hz());
+      row["min"] = has_bounds ? json_number(figures.min) : Json();
+      row["max"] = has_bounds ? json_number(figures.max) : Json();
+      row["derived_from_gps"] = channel.kind == ChannelKind::gps;
       json.push_back(row);
     } else {
-      table.add_row({std::to_string(channel.index), channel.name, channel.unit, std::to_string(figures.samples),
-                     fmt::format("{:.4g}", figures.rate_hz), figures.samples == 0 ? "-" : shortest_f32(figures.min),
-                     figures.samples == 0 ? "-" : shortest_f32(figures.max)});
+      table.add_row({std::to_string(index), channel.name, channel.unit, std::to_string(figures.samples),
+                     fmt::format("{:.4g}", figures.rate_hz()), has_bounds ? shortest_f32(figures.min) : "-",
+                     has_bounds ? shortest_f32(figures.max) : "-"});
     }
+    ++index;
   }
-  print_out(options.json ? to_document(json) : table.to_text());
+  print_shown(options.json ? to_document(json) : table.to_text());
 }
 
 }  // namespace
 
 void add_channels_command(CLI::App& app, int& /*status*/) {
-  add_plain_command<ChannelsOptions>(app, "channels", "Show the logged channels with rates and bounds", show_channels);
+  add_plain_command<ChannelsOptions>(app, "channels", "Show the channels with rates and bounds", show_channels);
 }
 
 }  // namespace traguardo::tool

@@ -2,7 +2,11 @@
 #include "command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <cmath>
+#include <cstdlib>
 #include <utility>
+
+#include "lap_choice.h"
 
 namespace traguardo::tool {
 
@@ -13,6 +17,11 @@ Option Option::required() {
 
 Option Option::excludes(Option other) {
   option_->excludes(other.option_);
+  return *this;
+}
+
+Option Option::needs(Option other) {
+  option_->needs(other.option_);
   return *this;
 }
 
@@ -38,7 +47,9 @@ Option Option::between(int lowest, int highest) {
 
 Option Option::between(double lowest, double highest) {
   option_->check(CLI::Range(lowest, highest));
-  return *this;
+  // Not-a-number lies in no range, and out of none.
+  return check(
+      [](const std::string& text) { return std::isnan(std::strtod(text.c_str(), nullptr)) ? "not a number" : ""; });
 }
 
 Option Option::check(const std::function<std::string(const std::string& text)>& reason) {
@@ -88,8 +99,23 @@ Option Command::add_file(std::string& value) {
   return add("FILE", value, "Session file (.qlt, .qlc or .wmp)").required();
 }
 
-Option Command::add_lap(int& value) {
-  return add("--lap", value, "Only this lap, by its number in `traguardo laps`");
+Option Command::add_files(std::vector<std::string>& values) {
+  return Option(command_->add_option("FILE", values, "Session files, or patterns for them")).required();
+}
+
+Option Command::add_lap(std::string& value) {
+  return add("--lap", value, "Only these laps: a number of `traguardo laps`, a range such as 3-7, or best")
+      .check(reason_not_a_lap_choice);
+}
+
+Option Command::add_channels(std::vector<std::string>& values) {
+  return add("--channel", values,
+             "Only these: a name, a part of one, a pattern (*, ?) or #INDEX; NAME=UNIT for another unit; may be "
+             "repeated (default: all logged and all derived GPS channels)");
+}
+
+Option Command::add_speed(std::string& value) {
+  return add("--speed", value, "Speed whose way is the distance (default: the speed of the session)");
 }
 
 Option Command::add_json(bool& value) {

@@ -24,6 +24,7 @@ class Option {
 
   Option required();
   Option excludes(Option other);
+  Option needs(Option other);
   Option shows_default();
   Option one_of(std::initializer_list<int> values);
   Option one_of(std::initializer_list<const char*> values);
@@ -56,7 +57,13 @@ class Command {
 
   // Arguments that many commands take.
   Option add_file(std::string& value);
-  Option add_lap(int& value);
+  Option add_files(std::vector<std::string>& values);
+  // For chosen_laps().
+  Option add_lap(std::string& value);
+  // For find_all_channels().
+  Option add_channels(std::vector<std::string>& values);
+  // For speed_channel().
+  Option add_speed(std::string& value);
   Option add_json(bool& value);
   Option add_recover(bool& value);
 

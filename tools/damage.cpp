@@ -46,26 +46,27 @@ Json to_json(const Damage& damage) {
   return json;
 }
 
-std::vector<std::pair<std::string, std::string>> to_pairs(const Damage& damage, bool recovered) {
+std::vector<Pair> to_pairs(const Damage& damage, bool recovered) {
   const Losses& losses = damage.losses;
-  std::vector<std::pair<std::string, std::string>> pairs;
-  pairs.emplace_back("Lost bytes", fmt::format("{} in no frame or tag", losses.bytes));
+  const auto tone = [](u64 lost) { return lost == 0 ? Tone::plain : Tone::bad; };
+  std::vector<Pair> pairs;
+  pairs.push_back({"Lost bytes", fmt::format("{} in no frame or tag", losses.bytes), tone(losses.bytes)});
   std::string refused = std::to_string(losses.frames());
   if (losses.frames() != 0) {
     refused += fmt::format(" (broken {}, unknown {}, clock {}, packet {})", losses.broken_frames, losses.unknown_frames,
                            losses.clocks, losses.packets);
   }
-  pairs.emplace_back("Refused frames", refused);
+  pairs.push_back({"Refused frames", refused, tone(losses.frames())});
   if (losses.clocks != 0 && !recovered) {
-    pairs.emplace_back("Refused clocks",
-                       fmt::format("{}; one wrong clock can cause many: try --recover", losses.clocks));
+    pairs.push_back({"Refused clocks",
+                     fmt::format("{}; one wrong clock can cause many: try --recover", losses.clocks), Tone::bad});
   }
   u64 missing = 0;
   for (const auto& [name, count] : damage.missing_samples) missing += count;
   const std::size_t channels = damage.missing_samples.size();
   std::string samples = "0";
   if (missing != 0) samples = fmt::format("about {} in {} channel{}", missing, channels, channels == 1 ? "" : "s");
-  pairs.emplace_back("Missing samples", samples);
+  pairs.push_back({"Missing samples", samples, tone(missing)});
   return pairs;
 }
 

@@ -5,12 +5,12 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "json_output.h"
 #include "logger/losses.h"
 #include "model/rk_parser.h"
+#include "table.h"
 
 namespace traguardo::tool {
 
@@ -30,6 +30,6 @@ std::optional<Damage> damage_of(const IRkParser& reader);
 
 Json to_json(const Damage& damage);
 // Labels and values for people; recovered: wrong clocks were taken back already.
-std::vector<std::pair<std::string, std::string>> to_pairs(const Damage& damage, bool recovered);
+std::vector<Pair> to_pairs(const Damage& damage, bool recovered);
 
 }  // namespace traguardo::tool

@@ -1,72 +1,52 @@
 // SPDX-License-Identifier: MIT
-// traguardo export: samples as comma-separated values, one a line, or the driven track for a map.
+// traguardo export: samples as comma-separated values, one a line or side by side, or the driven track for a map.
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "command.h"
+#include "csv.h"
 #include "error_line.h"
 #include "failure.h"
 #include "inputs.h"
+#include "lap_choice.h"
 #include "output_file.h"
 #include "session.h"
+#include "support/table_rows.h"
 #include "text.h"
 #include "track.h"
 #include "track_file.h"
+#include "wide_table.h"
 
 namespace traguardo::tool {
 
 namespace {
 
-enum class ExportFormat { csv, gpx, geojson };
+enum class ExportFormat { csv, wide, gpx, geojson };
 struct ExportOptions {
   std::string file;
   bool recover = false;
   std::string output;
-  std::vector<std::string> channels;  // empty: all logged and all derived GPS channels
-  bool one_lap = false;
-  int lap = 0;
+  std::vector<std::string> channels;  // names or patterns; empty: all logged and all derived GPS channels
+  std::string lap;                    // as people name laps; empty: the whole file
   ExportFormat format = ExportFormat::csv;
+  WideGrid grid;
 };
 
-constexpr std::size_t kFlushAt = 1 << 16;
-
-// A field with separators, quotes or line ends goes in quotes, its own quotes doubled.
-std::string csv_field(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string field = "\"";
-  for (const char c : text) {
-    if (c == '"') field += '"';
-    field += c;
-  }
-  return field + '"';
-}
-
-std::vector<Channel> chosen_channels(Session& session, const std::vector<std::string>& names) {
-  std::vector<Channel> channels;
-  if (names.empty()) {
-    channels = session.logged_channels();
-    const std::vector<Channel>& gps = session.gps_channels();
-    channels.insert(channels.end(), gps.begin(), gps.end());
-  }
-  for (const std::string& name : names) channels.push_back(session.find_channel(name));
-  return channels;
-}
-
 // Nobody expects more points than a day of them; then a clock went wild, and a person may want to stop.
-void announce_many_points(const Session& session, const std::vector<Channel>& channels, std::optional<int> lap) {
+void announce_many_points(const Session& session, const std::vector<Channel>& channels, const std::vector<Lap>& laps) {
   constexpr std::uint64_t kDayOfPoints = 8'640'000;
   std::uint64_t points = 0;
   std::uint64_t most = 0;
   for (const Channel& channel : channels) {
     if (channel.kind != ChannelKind::gps) continue;
-    const std::uint64_t count = session.sample_count(channel, lap);
+    std::uint64_t count = laps.empty() ? session.sample_count(channel, std::nullopt) : 0;
+    for (const Lap& lap : laps) count += session.sample_count(channel, lap.index());
     points += count;
     most = std::max(most, count);
   }
@@ -76,23 +56,25 @@ void announce_many_points(const Session& session, const std::vector<Channel>& ch
                   points, static_cast<double>(most) / 100));
 }
 
-void write_csv(OutputFile& out, const Session& session, const std::vector<Channel>& channels, std::optional<int> lap) {
-  fmt::memory_buffer text;
-  const auto at_end = [&text] { return std::back_inserter(text); };
-  fmt::format_to(at_end(), "channel,unit,time,value\n");
+void write_csv(OutputFile& out, const Session& session, const std::vector<Channel>& channels,
+               const std::vector<Lap>& laps) {
+  RowPieces rows([&out](std::string_view piece) {
+    out.write(piece);
+    return true;
+  });
+  rows.text() = "channel,unit,time,value\n";
   for (const Channel& channel : channels) {
     const std::string name = csv_field(out.in_place(channel.name)) + ',' + csv_field(out.in_place(channel.unit)) + ',';
-    session.read_in_pieces(channel, lap, [&](const Samples& samples) {
+    session.read_in_pieces(channel, laps, [&](const Samples& samples) {
       for (std::size_t i = 0; i < samples.values.size(); ++i) {
-        fmt::format_to(at_end(), "{}{},{}\n", name, shortest(samples.times_s[i]), shortest(samples.values[i]));
-        if (text.size() < kFlushAt) continue;
-        out.write(text.data(), text.size());
-        text.clear();
+        rows.text().append(name).append(shortest(samples.times_s[i])) += ',';
+        rows.text().append(shortest(samples.values[i])) += '\n';
+        rows.end_row();
       }
       return true;
     });
   }
-  out.write(text.data(), text.size());
+  rows.finish();
 }
 
 std::string title_of(const Session& session, const ExportOptions& options) {
@@ -101,7 +83,7 @@ std::string title_of(const Session& session, const ExportOptions& options) {
   if (!title.empty() && !vehicle.empty()) title += ", ";
   title += vehicle;
   if (title.empty()) title = to_utf8(session.path());
-  if (options.one_lap) title += fmt::format(", lap {}", options.lap);
+  if (!options.lap.empty()) title += ", lap " + options.lap;
   return title;
 }
 
@@ -110,18 +92,22 @@ void export_session(const ExportOptions& options) {
   inputs.add_session(options.file);
   inputs.refuse(options.output);
   Session session(options.file, options.recover);
-  std::optional<int> lap;
-  if (options.one_lap) lap = session.lap_index(options.lap);
+  std::vector<Lap> laps;
+  if (!options.lap.empty()) laps = chosen_laps(session, options.lap);
 
-  if (options.format == ExportFormat::csv) {
-    const std::vector<Channel> channels = chosen_channels(session, options.channels);
-    announce_many_points(session, channels, lap);
+  if (options.format == ExportFormat::csv || options.format == ExportFormat::wide) {
+    const std::vector<Channel> channels = find_all_channels(session, options.channels);
+    announce_many_points(session, channels, laps);
     OutputFile out(options.output);
-    write_csv(out, session, channels, lap);
+    if (options.format == ExportFormat::csv) {
+      write_csv(out, session, channels, laps);
+    } else {
+      write_wide(out, session, channels, laps, options.grid);
+    }
     out.keep();
     return;
   }
-  const std::vector<TrackPoint> track = read_track(session, lap);
+  const std::vector<TrackPoint> track = read_track(session, laps);
   if (track.size() < 2) throw Failure(fmt::format("no GPS track in {}", session.path()));
   const TrackTitle title{title_of(session, options), session.date()};
   OutputFile out(options.output);
@@ -136,20 +122,30 @@ void export_session(const ExportOptions& options) {
 }  // namespace
 
 void add_export_command(CLI::App& app, int& /*status*/) {
-  Command command(app, "export", "Write samples as CSV, one a line, or the GPS track for a map program");
+  Command command(app, "export", "Write samples as CSV, one a line or side by side, or the GPS track for a map program");
   const auto options = std::make_shared<ExportOptions>();
   command.add_file(options->file);
   command.add("-o,--output", options->output, "File to write, - for standard output").required();
-  const Option channels =
-      command.add("--channel", options->channels,
-                  "Only this channel; may be repeated (default: all logged and all derived GPS channels)");
-  const Option lap = command.add_lap(options->lap);
+  const Option channels = command.add_channels(options->channels);
+  command.add_lap(options->lap);
   const Option gpx = command.add_flag("--gpx", "Write the GPS track as GPX 1.1").excludes(channels);
   const Option geojson =
       command.add_flag("--geojson", "Write the GPS track as GeoJSON").excludes(channels).excludes(gpx);
+  const Option wide = command.add_flag("--wide", "One row per moment or place, with a column per channel")
+                          .excludes(gpx)
+                          .excludes(geojson);
+  const Option rate =
+      command.add("--rate", options->grid.rate_hz, "Rows of --wide a second (default: as the fastest of the channels)")
+          .between(0.001, 1e6)
+          .needs(wide);
+  command.add("--by-distance", options->grid.step_m, "A row of --wide every so many metres, instead of moments")
+      .between(0.001, 1e6)
+      .needs(wide)
+      .excludes(rate);
+  command.add_speed(options->grid.speed);
   command.add_recover(options->recover);
-  command.calls([options, lap, gpx, geojson] {
-    options->one_lap = lap.is_given();
+  command.calls([options, wide, gpx, geojson] {
+    if (wide.is_given()) options->format = ExportFormat::wide;
     if (gpx.is_given()) options->format = ExportFormat::gpx;
     if (geojson.is_given()) options->format = ExportFormat::geojson;
     export_session(*options);

@@ -83,7 +83,7 @@ double quality_cm(Session& session, const std::vector<TrackPoint>& track) {
   for (const Channel& channel : session.gps_channels()) {
     if (channel.name != "GPS PosAccuracy") continue;
     MeanAtSolutions accuracy_m(track);
-    session.read_in_pieces(channel, std::nullopt, [&accuracy_m](const Samples& piece) {
+    session.read_in_pieces(channel, {}, [&accuracy_m](const Samples& piece) {
       for (std::size_t i = 0; i < piece.values.size(); ++i) accuracy_m.pass(piece.times_s[i], piece.values[i]);
       return true;
     });
@@ -94,7 +94,7 @@ double quality_cm(Session& session, const std::vector<TrackPoint>& track) {
 
 void show_gps(const GpsOptions& options) {
   Session session(options.file);
-  const std::vector<TrackPoint> track = read_track(session, std::nullopt);
+  const std::vector<TrackPoint> track = read_track(session, {});
   if (track.empty()) throw Failure(fmt::format("no GPS track in {}", session.path()));
   const double quality = quality_cm(session, track);
   const double distance_m = length_of(track);

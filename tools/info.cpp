@@ -75,7 +75,7 @@ void show_info(const InfoOptions& options) {
     print_out(to_document(json));
     return;
   }
-  std::vector<std::pair<std::string, std::string>> pairs{{"File", to_utf8(session.path())},
+  std::vector<Pair> pairs{{"File", to_utf8(session.path())},
                                                          {"Vehicle", to_utf8(session.vehicle())},
                                                          {"Track", to_utf8(session.track())},
                                                          {"Racer", to_utf8(session.racer())},
@@ -88,13 +88,13 @@ void show_info(const InfoOptions& options) {
                                                          {"GPS channels", std::to_string(gps_channels)},
                                                          {"GPS solutions", std::to_string(gps_raw_samples)}};
   if (damage) {
-    for (auto& pair : to_pairs(*damage, options.recover)) pairs.push_back(std::move(pair));
+    for (Pair& pair : to_pairs(*damage, options.recover)) pairs.push_back(std::move(pair));
   }
   for (const auto& [name, missing] : shortened) {
-    pairs.emplace_back("Shortened", fmt::format("{} lacks {} samples beyond what is believed", name, missing));
+    pairs.push_back({"Shortened", fmt::format("{} lacks {} samples beyond what is believed", name, missing), Tone::bad});
   }
-  if (options.verbose) pairs.emplace_back("Derived channels", listed(derived_channels_of(session)));
-  print_out(pairs_to_text(pairs));
+  if (options.verbose) pairs.push_back({"Derived channels", listed(derived_channels_of(session))});
+  print_shown(pairs_to_text(pairs));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include "failure.h"
 #include "support/platform/platform.h"
+#include "text.h"
 
 namespace traguardo::tool {
 
@@ -32,6 +33,19 @@ bool was_lap_finished(const Session& session, int lap) {
   const SRkLap* found = nullptr;
   if (find_lap(inside_of(session), lap, &found) != LapLookup::kFound) return false;
   return found->lap_number != 0;
+}
+
+bool is_held(const Session& session, const Channel& channel) {
+  const CParsedChannel* const parsed = parsed_channel_of(session, channel);
+  return parsed != nullptr && parsed->GetTieniUltimoValore();
+}
+
+const CParsedChannel* parsed_channel_of(const Session& session, const Channel& channel) {
+  if (channel.kind != ChannelKind::logged) return nullptr;
+  for (const auto& known : inside_of(session).reader->GetCanali()) {
+    if (to_utf8(known->GetNome()) == channel.name) return dynamic_cast<const CParsedChannel*>(known.get());
+  }
+  return nullptr;
 }
 
 std::vector<const SGpsRecord*> gps_solutions_of(const SFileQLT& file) {

@@ -18,6 +18,12 @@ SFileQLT& inside_of(const Session& session);
 // of which only splits were driven.
 bool was_lap_finished(const Session& session, int lap);
 
+// The reader's own channel behind one of the session's; null for those of the GPS.
+const CParsedChannel* parsed_channel_of(const Session& session, const Channel& channel);
+
+// Whether a logged channel keeps a value until its next sample, as its record says; others change in a straight line.
+bool is_held(const Session& session, const Channel& channel);
+
 // The good solutions of the trace that the GPS functions use, borrowed from the file; empty without one.
 std::vector<const SGpsRecord*> gps_solutions_of(const SFileQLT& file);
 

@@ -25,6 +25,8 @@ class OutputFile {
   // feeds, in a form that shows them.
   void write(const void* bytes, std::size_t count);
   void write(std::string_view text) { write(text.data(), text.size()); }
+  // The same for a text that shows its controls already, and whose colours stay.
+  void write_shown(std::string_view text) { put(text.data(), text.size()); }
   // A text that takes one place in a line, as this output should get it: with all its controls shown on a terminal.
   std::string in_place(std::string_view text) const;
   // Everything is on the disk; only the name is missing. Throws Failure.

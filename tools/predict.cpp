@@ -19,6 +19,7 @@
 #include "regulation/calibrated_run.h"
 #include "regulation/elapsed_time.h"
 #include "regulation/prediction.h"
+#include "speed.h"
 #include "support/platform/platform.h"
 #include "support/platform/process.h"
 #include "support/platform/unfinished_files.h"
@@ -39,46 +40,15 @@ struct PredictOptions {
   std::string tables;   // folder above user/et_prediction/; empty: the user's
 };
 
-constexpr const char* kGpsSpeed = "GPS Speed";
 constexpr u32 kGpsPeriodMs = 10;
 constexpr std::uint64_t kMostGpsPoints = 10'000'000;  // more than a day of them
-
-// --- The speed -------------------------------------------------------------------------------------------------------
-
-// Miles per hour in a unit of speed; nothing for other units.
-std::optional<float> mph_per(const std::string& unit) {
-  constexpr float kKilometresPerMile = 1.609344F;
-  if (unit == "mph") return 1.0F;
-  if (unit == "km/h") return 1.0F / kKilometresPerMile;
-  if (unit == "m/s") return 3.6F / kKilometresPerMile;
-  return std::nullopt;
-}
-
-// The first channel that the reader knows for a speed, else the first one in a unit of speed, else the receiver's.
-Channel speed_channel(Session& session) {
-  const std::vector<Channel> logged = session.logged_channels();
-  for (const auto& known : inside_of(session).reader->GetCanali()) {
-    if (!known->IsVelocita() || !mph_per(known->GetUnita())) continue;
-    const auto found = std::find_if(logged.begin(), logged.end(), [&known](const Channel& channel) {
-      return channel.name == to_utf8(known->GetNome());
-    });
-    if (found != logged.end()) return *found;
-  }
-  for (const Channel& channel : logged) {
-    if (mph_per(channel.unit)) return channel;
-  }
-  for (const Channel& channel : session.gps_channels()) {
-    if (channel.name == kGpsSpeed) return channel;
-  }
-  throw Failure(fmt::format("no speed in {}: name a channel with --channel", session.path()));
-}
 
 // A derived GPS channel stands on an even grid already.
 SessionChannel gps_samples(const Session& session, const Channel& channel, std::vector<float>* values) {
   if (session.sample_count(channel, std::nullopt) > kMostGpsPoints) {
     throw Failure(fmt::format("the GPS solutions of {} lie too far apart for a run", session.path()));
   }
-  session.read_in_pieces(channel, std::nullopt, [values](const Samples& piece) {
+  session.read_in_pieces(channel, {}, [values](const Samples& piece) {
     if (values->empty()) {
       const double first = piece.times_s.front() * 1000.0 / kGpsPeriodMs;
       values->assign(static_cast<std::size_t>(std::lround(std::clamp(first, 0.0, 1e6))), 0.0F);
@@ -157,12 +127,11 @@ const StripRow& strip_of(u32 length_ft) {
 
 void predict_run(const PredictOptions& options) {
   Session session(options.file);
-  const Channel channel = options.channel.empty() ? speed_channel(session) : session.find_channel(options.channel);
-  const std::optional<float> to_mph = mph_per(channel.unit);
-  if (!to_mph || channel.kind == ChannelKind::gps_raw) {
-    throw Failure(fmt::format("channel \"{}\" is no speed in km/h, mph or m/s", to_utf8(channel.name)));
-  }
+  const Channel channel = speed_channel(session, options.channel, "--channel");
   const bool is_logged = channel.kind == ChannelKind::logged;
+  // A logged channel's samples come in the unit of the file.
+  const float to_mph = static_cast<float>(metres_per_second(channel.unit) / metres_per_second("mph") *
+                                          (is_logged ? channel.scale : 1));
   const MergedSession view(session, std::wstring(),
                            [&](const std::string& name) { return is_logged && to_utf8(name) == channel.name; });
   std::vector<float> gps_values;
@@ -171,7 +140,7 @@ void predict_run(const PredictOptions& options) {
   const SessionRun run = chosen_run(view, options);
 
   std::vector<float> speeds_mph;
-  for (const float value : samples_in(speed, run)) speeds_mph.push_back(value * *to_mph);
+  for (const float value : samples_in(speed, run)) speeds_mph.push_back(value * to_mph);
   std::vector<float> distances_ft(speeds_mph.size(), 0.0F);
   integrate_distance(speeds_mph, speed.period_ms, 1.0F, kFeetPerSecond, 0, distances_ft);
 

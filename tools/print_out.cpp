@@ -11,4 +11,10 @@ void print_out(std::string_view text) {
   out.keep();
 }
 
+void print_shown(std::string_view text) {
+  OutputFile out("-");
+  out.write_shown(text);
+  out.keep();
+}
+
 }  // namespace traguardo::tool

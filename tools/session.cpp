@@ -12,15 +12,17 @@
 
 #include "api/exports.h"
 #include "api/open_failure.h"
+#include "channel_names.h"
 #include "failure.h"
 #include "input_file.h"
 #include "inputs.h"
 #include "inside.h"
-#include "near_names.h"
 #include "progress.h"
 #include "support/platform/process.h"
 #include "support/platform/unfinished_files.h"
 #include "text.h"
+#include "unit_choice.h"
+#include "wildcard.h"
 
 namespace traguardo::tool {
 
@@ -93,10 +95,18 @@ Channel channel_of(ChannelKind kind, int index, const char* name, const char* un
   return {kind, index, to_utf8(owned(name)), readable_unit(owned(unit))};
 }
 
-const Channel* find_by_name(const std::vector<Channel>& channels, const std::string& name) {
-  const auto found =
-      std::find_if(channels.begin(), channels.end(), [&name](const Channel& channel) { return channel.name == name; });
-  return found == channels.end() ? nullptr : &*found;
+std::vector<std::string> names_of(const std::vector<Channel>& channels) {
+  std::vector<std::string> names;
+  for (const Channel& channel : channels) names.push_back(channel.name);
+  return names;
+}
+
+// Into the channel's unit, in the 32 bits that values have.
+void convert(const Channel& channel, std::vector<double>& values) {
+  if (channel.scale == 1 && channel.offset == 0) return;
+  for (double& value : values) {
+    value = static_cast<double>(static_cast<float>(value * channel.scale + channel.offset));
+  }
 }
 
 // What the reader of the older family makes while it opens a session. It leaves a copy beside the session, as programs
@@ -197,13 +207,6 @@ std::vector<Lap> Session::laps() const {
   return laps;
 }
 
-int Session::lap_index(int number) const {
-  const int count = std::max(0, get_laps_count(handle_));
-  const int index = number - kFirstLapNumber;
-  if (index < 0 || index >= count) throw Failure(fmt::format("no lap {} in {}, which has {}", number, path_, count));
-  return index;
-}
-
 std::vector<Channel> Session::logged_channels() const {
   std::vector<Channel> channels;
   const int count = get_channels_count(handle_);
@@ -240,20 +243,65 @@ const std::vector<Channel>& Session::gps_raw_channels() {
   return *gps_raw_;
 }
 
-Channel Session::find_channel(const std::string& name) {
+std::vector<Channel> Session::channels() {
+  std::vector<Channel> channels = logged_channels();
+  const std::vector<Channel>& gps = gps_channels();
+  channels.insert(channels.end(), gps.begin(), gps.end());
+  return channels;
+}
+
+std::vector<Channel> Session::channels_by_name(const std::string& wanted) {
+  // What a logged channel is called exactly needs no GPS.
+  const std::vector<Channel> logged = logged_channels();
+  for (const Channel& channel : logged) {
+    if (channel.name == wanted) return {channel};
+  }
+  std::vector<Channel> found;
+  for (const std::vector<Channel>& list : {channels(), gps_raw_channels()}) {
+    for (const std::size_t place : named(wanted, names_of(list), path_)) found.push_back(list[place]);
+    if (!found.empty()) break;
+  }
+  return found;
+}
+
+std::vector<Channel> Session::find_channels(const std::string& name) {
   // What a terminal shows can be typed, also where the file has other bytes.
   const std::string wanted = to_utf8(name);
-  const std::vector<Channel> logged = logged_channels();
-  const Channel* found = find_by_name(logged, wanted);
-  if (found == nullptr) found = find_by_name(gps_channels(), wanted);
-  if (found == nullptr) found = find_by_name(gps_raw_channels(), wanted);
-  if (found != nullptr) return *found;
-
-  std::vector<std::string> names;
-  for (const std::vector<Channel>* list : {&logged, &gps_channels(), &gps_raw_channels()}) {
-    for (const Channel& channel : *list) names.push_back(channel.name);
+  std::vector<Channel> found = channels_by_name(wanted);
+  const std::size_t sign = wanted.rfind('=');
+  if (found.empty() && sign != std::string::npos) {
+    found = channels_by_name(wanted.substr(0, sign));
+    for (Channel& channel : found) {
+      const CParsedChannel* const parsed = parsed_channel_of(*this, channel);
+      const UnitChange change = change_of_unit(parsed == nullptr ? 0 : parsed->GetFid(), channel.unit,
+                                               wanted.substr(sign + 1), channel.name);
+      channel.unit = change.unit;
+      channel.scale = change.scale;
+      channel.offset = change.offset;
+    }
   }
-  throw Failure(fmt::format("no channel \"{}\" in {}{}", wanted, path_, question_about_names(wanted, names)));
+  if (!found.empty()) return found;
+  const std::string bare = wanted.substr(0, sign);
+  const bool is_pattern = has_wildcard(bare) || bare.starts_with('#');
+  throw Failure(fmt::format("no channel \"{}\" in {}{}", bare, path_,
+                            is_pattern ? "" : question_about_names(bare, names_of(channels()))));
+}
+
+Channel Session::find_channel(const std::string& wanted) {
+  const std::vector<Channel> found = find_channels(wanted);
+  if (found.size() > 1) refuse_several(to_utf8(wanted), names_of(found), path_);
+  return found.front();
+}
+
+std::vector<Channel> find_all_channels(Session& session, const std::vector<std::string>& names) {
+  std::vector<Channel> channels;
+  if (names.empty()) channels = session.channels();
+  for (const std::string& name : names) {
+    const std::vector<Channel> found = session.find_channels(name);
+    channels.insert(channels.end(), found.begin(), found.end());
+  }
+  if (channels.empty()) throw Failure(fmt::format("no channels in {}", session.path()));
+  return channels;
 }
 
 double Session::duration_s() const {
@@ -289,20 +337,26 @@ void Session::read(const Channel& channel, std::optional<int> lap, Samples& samp
   if (count > 0) written = fill_from(handle_, channel, lap, samples.times_s.data(), samples.values.data(), count);
   samples.times_s.resize(std::min(samples.times_s.size(), size_of(written)));
   samples.values.resize(samples.times_s.size());
+  convert(channel, samples.values);
 }
 
-void Session::read_in_pieces(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const {
-  if (channel.kind == ChannelKind::gps) {
-    read_grid(channel, lap, take);
-    return;
+void Session::read_in_pieces(const Channel& channel, const std::vector<Lap>& laps, const TakeSamples& take) const {
+  if (laps.empty()) read_pieces_of(channel, std::nullopt, take);
+  for (const Lap& lap : laps) {
+    if (!read_pieces_of(channel, lap.index(), take)) return;
   }
+}
+
+// False if `take` had enough.
+bool Session::read_pieces_of(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const {
+  if (channel.kind == ChannelKind::gps) return read_grid(channel, lap, take);
   // As many as the file has bytes for.
   Samples samples;
   read(channel, lap, samples);
-  take(samples);
+  return take(samples);
 }
 
-void Session::read_grid(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const {
+bool Session::read_grid(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const {
   constexpr std::uint64_t kPiece = 1 << 16;
   const SFileQLT& file = inside_of(*this);
   const LapSlice slice = grid_slice_of(file, lap);
@@ -315,13 +369,15 @@ void Session::read_grid(const Channel& channel, std::optional<int> lap, const Ta
     piece.values.resize(static_cast<std::size_t>(count));
     const std::uint64_t written = file.gps.grid().fill(static_cast<u32>(channel.index), slice.first + done, count, unit,
                                                        piece.times_s.data(), piece.values.data());
-    if (written != count) return;
+    if (written != count) return true;
     if (unit == GpsTimeUnit::kMilliseconds) {
       for (double& time : piece.times_s) time /= 1000;
     }
-    if (!take(piece)) return;
+    convert(channel, piece.values);
+    if (!take(piece)) return false;
     done += count;
   }
+  return true;
 }
 
 std::string iso_date(const std::tm& date) {

@@ -26,10 +26,14 @@ struct Channel {
   int index = 0;     // in the C interface, within its kind
   std::string name;  // UTF-8
   std::string unit;  // UTF-8
+  // From the unit of the file to this one.
+  double scale = 1;
+  double offset = 0;
 };
 
 struct Lap {
   int number = 0;
+  int index() const { return number - kFirstLapNumber; }  // in the C interface
   double start_s = 0;
   double duration_s = 0;
   bool finished = true;  // no mark closed it otherwise: it ends where the recording does
@@ -63,15 +67,17 @@ class Session {
   std::tm date() const;
 
   std::vector<Lap> laps() const;
-  // The index of a lap by the number that laps() shows. Throws Failure.
-  int lap_index(int number) const;
-
   std::vector<Channel> logged_channels() const;
   // Both are empty for a file without GPS.
   const std::vector<Channel>& gps_channels();
   const std::vector<Channel>& gps_raw_channels();
-  // By its exact name: a logged channel, else a derived GPS channel, else a raw one. Throws Failure.
-  Channel find_channel(const std::string& name);
+  // The logged channels, then the derived GPS channels: the places by which people may name them.
+  std::vector<Channel> channels();
+  // The channels that somebody means by a name or a pattern, see channel_names.h, in the unit behind its last "=" if it
+  // has one. Raw GPS channels are meant where no other one is. Throws Failure where nothing is meant.
+  std::vector<Channel> find_channels(const std::string& wanted);
+  // The same for a name that must mean one channel.
+  Channel find_channel(const std::string& wanted);
 
   // The time of the last logged sample, or of the last GPS solution where nothing else was logged. A file starts at 0.
   double duration_s() const;
@@ -84,18 +90,25 @@ class Session {
   std::uint64_t sample_count(const Channel& channel, std::optional<int> lap) const;
   // All of them, with times in seconds; `samples` is overwritten. Not for derived GPS channels, see read_in_pieces.
   void read(const Channel& channel, std::optional<int> lap, Samples& samples) const;
-  // The same in pieces of bounded size where the file doesn't bound the number, for as long as `take` gives true.
+  // Those of these laps, one behind the other, or without laps all of them; in pieces of bounded size where the file
+  // doesn't bound the number, for as long as `take` gives true.
   using TakeSamples = std::function<bool(const Samples& piece)>;
-  void read_in_pieces(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const;
+  void read_in_pieces(const Channel& channel, const std::vector<Lap>& laps, const TakeSamples& take) const;
 
  private:
-  void read_grid(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const;
+  std::vector<Channel> channels_by_name(const std::string& wanted);
+  bool read_pieces_of(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const;
+  bool read_grid(const Channel& channel, std::optional<int> lap, const TakeSamples& take) const;
 
   std::string path_;
   int handle_ = 0;
   std::optional<std::vector<Channel>> gps_;
   std::optional<std::vector<Channel>> gps_raw_;
 };
+
+// The channels that somebody means by each of the names, one behind the other, or without names those of channels().
+// Throws Failure as find_channels does, and for a session without any.
+std::vector<Channel> find_all_channels(Session& session, const std::vector<std::string>& names);
 
 // Throws Failure where standard output is the session file itself, as for a shell that was told to append to it.
 void refuse_printing_onto(const std::string& session);

@@ -59,6 +59,11 @@ std::string for_stream(std::FILE* stream, std::string_view utf8, LineFeeds line_
   return platform::is_terminal(stream) ? with_visible_controls(utf8, line_feeds) : std::string(utf8);
 }
 
+bool terminal_has_colours() {
+  return platform::environment("NO_COLOR").empty() && platform::environment("TERM") != "dumb" &&
+         platform::show_colours(stdout);
+}
+
 std::string cell(std::string_view utf8) {
   static const bool is_terminal = platform::is_terminal(stdout);
   return is_terminal ? with_visible_controls(utf8, LineFeeds::shown) : std::string(utf8);

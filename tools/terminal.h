@@ -16,6 +16,9 @@ std::string with_visible_controls(std::string_view utf8, LineFeeds line_feeds);
 // The text as this stream should get it: as it is, unless the stream is a terminal.
 std::string for_stream(std::FILE* stream, std::string_view utf8, LineFeeds line_feeds);
 
+// Whether standard output is a terminal whose user wants colours: NO_COLOR, where it is set, says no.
+bool terminal_has_colours();
+
 // A text that takes one place in a line of standard output.
 std::string cell(std::string_view utf8);
 

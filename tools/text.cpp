@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "text.h"
 
+#include <fmt/compile.h>
 #include <fmt/format.h>
 
 #include <cmath>
@@ -82,6 +83,15 @@ std::string shortest(double value) {
 
 std::string shortest_f32(double value) {
   return std::isfinite(value) ? fmt::format("{}", static_cast<float>(value)) : special_value(value);
+}
+
+void append_shortest_f32(std::string* text, float value) {
+  char buffer[32];
+  if (std::isfinite(value)) {
+    text->append(buffer, fmt::format_to(buffer, FMT_COMPILE("{}"), value));
+  } else {
+    text->append(special_value(static_cast<double>(value)));
+  }
 }
 
 std::string lap_clock(double seconds) {

@@ -22,6 +22,8 @@ std::size_t display_width(std::string_view utf8);
 std::string shortest(double value);
 // The same for a value that the library widened from 32 bits: shortest among those that read back to the same 32 bits.
 std::string shortest_f32(double value);
+// The same at the end of a text, for tables of millions of values.
+void append_shortest_f32(std::string* text, float value);
 
 // Minutes, seconds and milliseconds, as in "1:23.456".
 std::string lap_clock(double seconds);

@@ -21,6 +21,23 @@ double cube(double value) {
   return value * value * value;
 }
 
+void append_track(Session& session, std::optional<int> lap, std::vector<TrackPoint>* track) {
+  const std::vector<Channel>& channels = session.gps_raw_channels();
+  if (channels.size() < 3) return;
+  Samples x;
+  Samples y;
+  Samples z;
+  session.read(channels[0], lap, x);
+  session.read(channels[1], lap, y);
+  session.read(channels[2], lap, z);
+  const std::size_t count = std::min({x.values.size(), y.values.size(), z.values.size()});
+  track->reserve(track->size() + count);
+  for (std::size_t i = 0; i < count; ++i) {
+    track->push_back(
+        {x.times_s[i], x.values[i], y.values[i], z.values[i], place_of(x.values[i], y.values[i], z.values[i])});
+  }
+}
+
 }  // namespace
 
 // By way of the parametric latitude: exact to well under a millimetre near the ground.
@@ -36,22 +53,10 @@ Place place_of(double x_m, double y_m, double z_m) {
   return {latitude * kDegreesPerRadian, std::atan2(y_m, x_m) * kDegreesPerRadian, altitude};
 }
 
-std::vector<TrackPoint> read_track(Session& session, std::optional<int> lap) {
-  const std::vector<Channel>& channels = session.gps_raw_channels();
+std::vector<TrackPoint> read_track(Session& session, const std::vector<Lap>& laps) {
   std::vector<TrackPoint> track;
-  if (channels.size() < 3) return track;
-  Samples x;
-  Samples y;
-  Samples z;
-  session.read(channels[0], lap, x);
-  session.read(channels[1], lap, y);
-  session.read(channels[2], lap, z);
-  const std::size_t count = std::min({x.values.size(), y.values.size(), z.values.size()});
-  track.reserve(count);
-  for (std::size_t i = 0; i < count; ++i) {
-    track.push_back(
-        {x.times_s[i], x.values[i], y.values[i], z.values[i], place_of(x.values[i], y.values[i], z.values[i])});
-  }
+  if (laps.empty()) append_track(session, std::nullopt, &track);
+  for (const Lap& lap : laps) append_track(session, lap.index(), &track);
   return track;
 }
 

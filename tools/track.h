@@ -3,7 +3,6 @@
 // longitude and height in double precision. (The derived channels have 32 bits, which is half a metre in degrees.)
 #pragma once
 
-#include <optional>
 #include <vector>
 
 #include "session.h"
@@ -26,8 +25,8 @@ struct TrackPoint {
 
 Place place_of(double x_m, double y_m, double z_m);
 
-// The solutions of the whole file or of one lap (an index, from 0); empty without GPS.
-std::vector<TrackPoint> read_track(Session& session, std::optional<int> lap);
+// The solutions of these laps, or without laps of the whole file; empty without GPS.
+std::vector<TrackPoint> read_track(Session& session, const std::vector<Lap>& laps);
 
 // Along the chords from each solution to the next, in metres.
 double length_of(const std::vector<TrackPoint>& track);

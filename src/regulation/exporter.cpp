@@ -7,6 +7,7 @@
 #include "regulation/number_text.h"
 #include "support/platform/platform.h"
 #include "support/platform/unfinished_files.h"
+#include "support/table_rows.h"
 
 namespace traguardo {
 
@@ -45,23 +46,22 @@ std::string headings_of(const SessionView& session, const std::vector<Column>& c
   return text;
 }
 
-// In pieces, since hours at a high rate make a text of gigabytes. False if the disk doesn't take it.
-bool write_table(platform::PartFile* file, std::string text, const SessionRun& run, const std::vector<Column>& columns,
-                 u32 period_ms) {
-  constexpr std::size_t kPieceSize = std::size_t{1} << 16;
+// False if the disk doesn't take it.
+bool write_table(platform::PartFile* file, const std::string& headings, const SessionRun& run,
+                 const std::vector<Column>& columns, u32 period_ms) {
+  RowPieces table([file](std::string_view piece) { return file->write(piece.data(), piece.size()); });
+  table.text() = headings;
   const u64 rows = run.duration_ms / period_ms;
   for (u64 row = 0; row < rows; ++row) {
     const u64 time_ms = run.start_ms + row * period_ms;
     for (const Column& column : columns) {
-      append_number(&text, value_at(column.samples, column.period_ms, time_ms));
-      text.append(kCellEnd);
+      append_number(&table.text(), value_at(column.samples, column.period_ms, time_ms));
+      table.text().append(kCellEnd);
     }
-    text += '\n';
-    if (text.size() < kPieceSize) continue;
-    if (!file->write(text.data(), text.size())) return false;
-    text.clear();
+    table.text() += '\n';
+    if (!table.end_row()) return false;
   }
-  return file->write(text.data(), text.size());
+  return table.finish();
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "support/event_log.h"
 #include "support/platform/platform.h"
+#include "support/table_rows.h"
 
 namespace traguardo {
 
@@ -24,7 +25,7 @@ float value_at(std::span<const float> samples, u32 period_ms, u64 time_ms) {
   const u64 last = samples.size() - 1;
   const float from = samples[static_cast<std::size_t>(std::min(before, last))];
   const float to = samples[static_cast<std::size_t>(std::min(before + 1, last))];
-  return from + (to - from) * static_cast<float>(time_ms % period_ms) / static_cast<float>(period_ms);
+  return on_line(from, to, static_cast<float>(time_ms % period_ms), static_cast<float>(period_ms));
 }
 
 std::vector<SessionRun> believed_runs(const SessionView& session) {

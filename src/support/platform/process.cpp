@@ -30,6 +30,13 @@ bool is_terminal(std::FILE* stream) {
   return ::_isatty(::_fileno(stream)) != 0;
 }
 
+bool show_colours(std::FILE* stream) {
+  const HANDLE console = reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(stream)));
+  DWORD mode = 0;
+  return ::GetConsoleMode(console, &mode) != 0 &&
+         ::SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
 void set_environment_if_unset(const char* name, const std::string& value) {
   if (environment(name).empty()) ::_putenv_s(name, value.c_str());
 }
@@ -58,6 +65,10 @@ void occupy_standard_streams() {
 
 bool is_terminal(std::FILE* stream) {
   return ::isatty(::fileno(stream)) != 0;
+}
+
+bool show_colours(std::FILE* stream) {
+  return is_terminal(stream);
 }
 
 void set_environment_if_unset(const char* name, const std::string& value) {

@@ -12,6 +12,8 @@ namespace traguardo::platform {
 void occupy_standard_streams();
 
 bool is_terminal(std::FILE* stream);
+// Whether the stream is a terminal that takes escape sequences for colours; a console is told to.
+bool show_colours(std::FILE* stream);
 
 // Empty where the variable isn't set.
 std::string environment(const char* name);
