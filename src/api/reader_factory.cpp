@@ -8,6 +8,7 @@
 #include "legacy/wmp_parser.h"
 #include "logger/logger_parser.h"
 #include "logger/lz77.h"
+#include "support/host_folders.h"
 #include "support/platform/platform.h"
 
 namespace traguardo {
@@ -69,10 +70,10 @@ platform::File open_to_read(const std::wstring& path) {
 // stands there has to show.
 ParseFailure expand_session(const std::wstring& source_path, const std::wstring& target_path, platform::File* unnamed) {
   Expansion result = CLz77::expand_to(source_path, target_path);
-  const std::wstring store_folder = platform::path_from_environment("TRAGUARDO_STORE_FOLDER");
-  if (result == Expansion::kNoPlace && !store_folder.empty() && !platform::file_exists(target_path)) {
+  const std::wstring folder = store_folder();
+  if (result == Expansion::kNoPlace && !folder.empty() && !platform::file_exists(target_path)) {
     const platform::File source = open_to_read(source_path);
-    *unnamed = platform::File::create_unnamed(store_folder);
+    *unnamed = platform::File::create_unnamed(folder);
     if (!*unnamed) return ParseFailure::kStore;
     u64 written = 0;
     result = expand(source, [&](const u8* bytes, std::size_t count) {

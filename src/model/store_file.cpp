@@ -2,11 +2,12 @@
 #include "model/store_file.h"
 
 #include "support/event_log.h"
+#include "support/host_folders.h"
 
 namespace traguardo {
 
 StoreFile::StoreFile(const std::wstring& session_path) {
-  std::wstring folder = platform::path_from_environment("TRAGUARDO_STORE_FOLDER");
+  std::wstring folder = store_folder();
   if (folder.empty()) folder = platform::folder_of(session_path);
   file_ = platform::File::create_unnamed(folder);
   if (!file_) {

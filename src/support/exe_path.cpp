@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "support/event_log.h"
+#include "support/host_folders.h"
 #include "support/platform/platform.h"
 
 namespace traguardo {
@@ -49,7 +50,7 @@ namespace {
 // Where TRAGUARDO_HOME names a folder, that one stands for the executable's own.
 std::wstring executable_at_home() {
   std::wstring executable = platform::executable_path();
-  const std::wstring home = platform::path_from_environment("TRAGUARDO_HOME");
+  const std::wstring home = home_folder();
   if (home.empty()) return executable;
   // The name joined as it is, whatever it begins with.
   return platform::path_in_folder(home, L"").append(executable, platform::folder_of(executable).size());
