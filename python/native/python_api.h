@@ -48,8 +48,12 @@ TRAGUARDO_PYTHON_API void tg_close(int handle);
 
 /* Whether a mark closed the lap: 1, 0. */
 TRAGUARDO_PYTHON_API int tg_lap_finished(int handle, int lap);
-/* Rate in Hz (0 where none is told), whether a value holds until the next one, whether it is a speed. 1, or 0. */
-TRAGUARDO_PYTHON_API int tg_channel_record(int handle, int channel, double* rate_hz, int* is_held, int* is_speed);
+/*
+ * Rate in Hz (0 where none is told), the time of the last sample, whether a value holds until the next one, whether it is a
+ * speed. 1, or 0.
+ */
+TRAGUARDO_PYTHON_API int tg_channel_record(int handle, int channel, double* rate_hz, double* end_s, int* is_held,
+                                           int* is_speed);
 
 /*
  * The values at `count` times that never fall, of samples whose times never fall: the last sample's at or before each time

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Opening and closing for Python, and what the records of laps and channels say.
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <limits>
 #include <list>
@@ -58,16 +57,20 @@ int number_of(OpenFailure failure) {
   return TG_OPEN_NOT_READABLE;
 }
 
-// The channel as its reader has it; of equal names, the first. Null if there is none.
-const CParsedChannel* record_of(const SFileQLT& file, int channel) {
+// `take` gets every channel of the reader that the view shows under this index: those of one name. How many they are.
+template <typename Take>
+int each_record(const SFileQLT& file, int channel, Take&& take) {
   const auto& shown = file.view->GetCanali();
-  if (channel < 0 || static_cast<std::size_t>(channel) >= shown.size()) return nullptr;
+  if (channel < 0 || static_cast<std::size_t>(channel) >= shown.size()) return 0;
   const std::string& name = shown[static_cast<std::size_t>(channel)]->GetNome();
+  int found = 0;
   for (const auto& read : file.reader->GetCanali()) {
-    const auto* parsed = dynamic_cast<const CParsedChannel*>(read.get());
-    if (parsed != nullptr && parsed->GetNome() == name) return parsed;
+    const auto* const record = dynamic_cast<const CParsedChannel*>(read.get());
+    if (record == nullptr || record->GetNome() != name) continue;
+    take(*record, found == 0);
+    ++found;
   }
-  return nullptr;
+  return found;
 }
 
 }  // namespace
@@ -135,16 +138,19 @@ int tg_lap_finished(int handle, int lap) {
   return static_cast<int>(finished == 1);
 }
 
-int tg_channel_record(int handle, int channel, double* rate_hz, int* is_held, int* is_speed) {
+int tg_channel_record(int handle, int channel, double* rate_hz, double* end_s, int* is_held, int* is_speed) {
+  *rate_hz = 0;
+  *end_s = 0;
   const int found = traguardo::with_file(handle, [&](const SFileQLT& file) {
-    const CParsedChannel* const record = record_of(file, channel);
-    if (record == nullptr) return 0;
-    *rate_hz = static_cast<double>(record->GetFrequenza());
-    *is_held = static_cast<int>(record->GetTieniUltimoValore());
-    *is_speed = static_cast<int>(record->IsVelocita());
-    return 1;
+    return each_record(file, channel, [&](const CParsedChannel& record, bool is_first) {
+      *rate_hz = std::max(*rate_hz, static_cast<double>(record.GetFrequenza()));
+      *end_s = std::max(*end_s, static_cast<double>(record.GetUltimoTempo()) * 1e-6);
+      if (!is_first) return;
+      *is_held = static_cast<int>(record.GetTieniUltimoValore());
+      *is_speed = static_cast<int>(record.IsVelocita());
+    });
   });
-  return static_cast<int>(found == 1);
+  return static_cast<int>(found > 0);
 }
 
 int tg_values_at(const double* times, const double* values, int64_t samples, int is_held, const double* at,

@@ -21,7 +21,7 @@ _EARTH_RADIUS_M = 6_371_008.8
 def values_at(samples: Samples, at: Numbers, out: Numbers | None = None) -> Numbers:
     """The values at times that never fall, in seconds: held or on the line between two samples, as the channel's record
     says. A channel of which times fall somewhere (two of one name) is taken in the order of its times."""
-    times, values = samples.times, samples.values
+    times, values = samples._both or samples.read() if isinstance(samples, Channel) else samples.read()
     is_held = isinstance(samples, Channel) and samples.held
     if out is None:
         out = np.empty(len(at))
@@ -58,7 +58,7 @@ def time_grid(session: Session, channels: Sequence[Samples], rate: float | None,
     if lap is not None:
         start, end = session._lap_span(lap)
         return grid(start, end, step, with_end=False), start
-    end = max((float(channel.times.max()) for channel in channels if len(channel)), default=-1.0)
+    end = max((channel._end() for channel in channels if len(channel)), default=-1.0)
     return grid(0.0, end, step, with_end=True), 0.0
 
 
@@ -103,7 +103,7 @@ def speed(session: Session) -> tuple[Numbers, Numbers]:
         channel = session.gps["GPS Speed"]
         return channel.times, channel.values
     logged = list(session.channels.values())
-    for channel in [c for c in logged if c._record()[2]] + [c for c in logged if c.name.casefold() == "speed"]:
+    for channel in [c for c in logged if c._record().speed] + [c for c in logged if c.name.casefold() == "speed"]:
         factor = _TO_METRES_PER_SECOND.get(channel.unit.strip().casefold())
         if factor and len(channel):
             return channel.times, channel.values * factor
@@ -131,9 +131,9 @@ def _line(session: Session, times: Numbers) -> tuple[Numbers, Numbers] | None:
     """Latitude and longitude in radians at these times; none without GPS."""
     if not {"GPS Latitude", "GPS Longitude"} <= set(session.gps._names):
         return None
-    found = [np.radians(np.interp(times, session.gps[name].times, session.gps[name].values))
-             for name in ("GPS Latitude", "GPS Longitude")]
-    return found[0], found[1]
+    latitude, longitude = session.gps["GPS Latitude"], session.gps["GPS Longitude"]
+    return (np.radians(np.interp(times, latitude.times, latitude.values)),
+            np.radians(np.interp(times, longitude.times, longitude.values)))
 
 
 def nearest_places(reference: Numbers, line: Numbers, guess: Numbers, other: Numbers, reach: int) -> Numbers:

@@ -41,7 +41,7 @@ def _declared() -> ctypes.CDLL:
         ("tg_keep", None, [_INT]),
         ("tg_close", None, [_INT]),
         ("tg_lap_finished", _INT, [_INT, _INT]),
-        ("tg_channel_record", _INT, [_INT, _INT, _DOUBLE_OUT, _INT_OUT, _INT_OUT]),
+        ("tg_channel_record", _INT, [_INT, _INT, _DOUBLE_OUT, _DOUBLE_OUT, _INT_OUT, _INT_OUT]),
         ("tg_values_at", _INT, [_PLACE, _PLACE, _INT64, _INT, _PLACE, _INT64, _PLACE]),
         ("tg_formula_points", _INT64, [_INT, _DOUBLE]),
         ("tg_formula", _INT, [_INT, _TEXT, _DOUBLE, _PLACE, _INT64, _INT_OUT, _TEXT, _INT]),

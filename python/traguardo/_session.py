@@ -10,7 +10,7 @@ import threading
 import warnings
 import weakref
 from dataclasses import dataclass
-from typing import TYPE_CHECKING, Any, Iterator, Mapping, Sequence, Union, ValuesView, ItemsView
+from typing import TYPE_CHECKING, Any, ItemsView, Iterator, Mapping, NamedTuple, Sequence, Union, ValuesView
 
 import numpy as np
 import numpy.typing as npt
@@ -54,6 +54,13 @@ class Samples:
         """In `unit`; shape (samples,). What the logger meant is a 32-bit float, widened."""
         return self._values
 
+    def read(self) -> tuple[Numbers, Numbers]:
+        """Times and values."""
+        return self.times, self.values
+
+    def _end(self) -> float:
+        return float(self.times.max())
+
     def __len__(self) -> int:
         return len(self.times)
 
@@ -71,6 +78,13 @@ class Samples:
     def __arrow_c_array__(self, requested_schema: object = None) -> tuple[object, object]:
         """A struct array of "time" (s) and "value", 64-bit floats without nulls."""
         return _arrow.samples_as_array(self.times, self.values, self.name, self.unit)
+
+
+class _Record(NamedTuple):
+    rate: float
+    end: float
+    held: bool
+    speed: bool
 
 
 class Channel(Samples):
@@ -123,7 +137,7 @@ class Channel(Samples):
         """Samples a second, in Hz: what the channel's record says, else their mean distance; 0 for fewer than two."""
         if self.kind == GPS:
             return 100.0
-        recorded = self._record()[0]
+        recorded = self._record().rate
         if recorded > 0 or len(self) < 2:
             return recorded
         span = float(self.times[-1] - self.times[0])
@@ -133,7 +147,7 @@ class Channel(Samples):
     def held(self) -> bool:
         """Whether a value holds until the next one, as a gear does; else values between samples lie on a line."""
         if self.kind == LOGGED:
-            return self._record()[1]
+            return self._record().held
         # A count has nothing in between, and a heading goes from 360 to 0.
         return self.unit == "#" or self.name == "GPS Heading"
 
@@ -142,11 +156,17 @@ class Channel(Samples):
             return len(self._both[0])
         return max(0, self._checked(FUNCTIONS[self.kind].samples_count(self.session._handle(), self.index)))
 
-    def _record(self) -> tuple[float, bool, bool]:
-        rate, held, speed = ctypes.c_double(), ctypes.c_int(), ctypes.c_int()
+    def _record(self) -> "_Record":
+        rate, end, held, speed = ctypes.c_double(), ctypes.c_double(), ctypes.c_int(), ctypes.c_int()
         if self.kind == LOGGED:
-            lib.tg_channel_record(self.session._handle(), self.index, rate, held, speed)
-        return rate.value, bool(held.value), bool(speed.value)
+            lib.tg_channel_record(self.session._handle(), self.index, rate, end, held, speed)
+        return _Record(rate.value, end.value, bool(held.value), bool(speed.value))
+
+    def _end(self) -> float:
+        """The time of the last sample, without reading them where that can be told."""
+        if self.kind == LOGGED and self._both is None:
+            return self._record().end
+        return (len(self) - 1) / 100 if self.kind == GPS else float(self.times.max())
 
     def _kept(self) -> tuple[Numbers, Numbers]:
         if self._both is None:
@@ -449,7 +469,7 @@ class Session:
                   ^
         """
         if rate is None:
-            rate = max((channel._record()[0] for channel in self.channels.values()), default=0.0) or 100.0
+            rate = max((channel._record().rate for channel in self.channels.values()), default=0.0) or 100.0
         count = lib.tg_formula_points(self._handle(), rate)
         if count < 0:
             raise ValueError(f"{rate} Hz over {self.path} are more points than a formula can have, or none")
