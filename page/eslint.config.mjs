@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+import js from "@eslint/js";
+import { defineConfig } from "eslint/config";
+import ts from "typescript-eslint";
+
+export default defineConfig(
+  { ignores: ["node_modules/", "out/"] },
+  js.configs.recommended,
+  {
+    files: ["src/**/*.ts"],
+    extends: [ts.configs.recommendedTypeChecked, ts.configs.stylisticTypeChecked],
+    languageOptions: { parserOptions: { projectService: true, tsconfigRootDir: import.meta.dirname } },
+    rules: {
+      eqeqeq: "error",
+      "no-restricted-properties": [
+        "error",
+        // Texts out of a file are never HTML.
+        { property: "innerHTML" },
+        { property: "outerHTML" },
+        { property: "insertAdjacentHTML" },
+      ],
+    },
+  },
+  {
+    files: ["*.mjs", "test/**/*.mjs"],
+    languageOptions: { globals: { console: "readonly", process: "readonly", Buffer: "readonly", URL: "readonly" } },
+  },
+);
