@@ -3,6 +3,7 @@
 // channels.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "gps/gps_grid.h"
 #include "gps/gps_samples.h"
 #include "gps/lap_search.h"
+#include "wire/qlt.h"
 
 namespace traguardo {
 namespace {
@@ -21,16 +23,19 @@ constexpr u64 kStep = 10000;
 SGpsRecord record_of_drive(u32 index) {
   const double angle = 0.2 * 0.04 * index;
   const auto cm = [](double value) { return static_cast<i32>(std::lround(value * 100.0)); };
+  wire::GpsSolution solution;
+  solution.time_ms = index * 40;
+  solution.week = 0;
+  solution.x_cm = 637813700;
+  solution.y_cm = cm(100.0 * std::cos(angle));
+  solution.z_cm = cm(100.0 * std::sin(angle));
+  solution.position_accuracy_cm = solution.speed_accuracy_cm_s = 0;
+  solution.dop = 0;
+  solution.vy_cm_s = cm(-20.0 * std::sin(angle));
+  solution.vz_cm_s = cm(20.0 * std::cos(angle));
   SGpsRecord record;
-  u8* bytes = record.bytes.data();
-  store_u32(bytes, index * 40);
-  bytes[14] = 3;
-  store_i32(bytes + 16, 637813700);
-  store_i32(bytes + 20, cm(100.0 * std::cos(angle)));
-  store_i32(bytes + 24, cm(100.0 * std::sin(angle)));
-  store_i32(bytes + 36, cm(-20.0 * std::sin(angle)));
-  store_i32(bytes + 40, cm(20.0 * std::cos(angle)));
-  bytes[51] = 9;
+  const wire::Bytes bytes = solution.record();
+  std::copy(bytes.begin(), bytes.end(), record.bytes.begin());
   return record;
 }
 

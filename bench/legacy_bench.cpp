@@ -14,6 +14,7 @@
 #include "legacy/sensors/sensor_database.h"
 #include "legacy/sensors/sensors.h"
 #include "units/user_units_manager.h"
+#include "wire/dump.h"
 
 namespace traguardo {
 namespace {
@@ -134,33 +135,20 @@ void flat_runs(benchmark::State& state) {
 
 // Sixteen channels in turn, a block mark with its checksum behind every 250 words, and the logger's own sum over all.
 std::vector<u8> memory_dump() {
-  constexpr std::size_t kSetUpSize = 65536;
-  constexpr std::size_t kFormatAt = 193;
-  constexpr std::size_t kScheduleAt = 200;
-  constexpr std::size_t kScheduleRoom = 5000;
   constexpr std::size_t kDumpSize = 32U << 20;
-  std::vector<u8> dump(kSetUpSize);
-  dump[0] = 1;
-  dump[kFormatAt] = 1;
-  dump[kFormatAt + 1] = 3;
-  for (std::size_t i = 0; i < kScheduleRoom; ++i) dump[kScheduleAt + i] = static_cast<u8>(i % 16 + 1);
-  dump.reserve(kDumpSize);
-  u8 sum = 0;
-  const auto put = [&](u16 word) {
-    dump.push_back(static_cast<u8>(word));
-    dump.push_back(static_cast<u8>(word >> 8));
-    sum = static_cast<u8>(sum + (word & 0xFF) + (word >> 8));
-  };
+  wire::Bytes schedule(wire::Dump::kScheduleRoom);
+  for (std::size_t i = 0; i < schedule.size(); ++i) schedule[i] = static_cast<u8>(i % 16 + 1);
+  wire::Dump dump(schedule);
+  dump.set_byte(0, 1);
   const std::vector<u16> words = noisy_words();
-  for (std::size_t i = 0; dump.size() + 1024 < kDumpSize; ++i) {
-    put(static_cast<u16>(words[i % kWords] & 0x0FFF));
-    if (i % 250 != 249) continue;
-    put(0x9000);
-    put(static_cast<u16>(0xD000 | sum));
-    sum = 0;
+  const std::size_t room = (kDumpSize - dump.set_up_size() - 1024) / 2 / 252 * 250;
+  for (std::size_t i = 0; i < room; ++i) {
+    dump.word(words[i % kWords] & 0x0FFFU);
+    if (i % 250 == 249) dump.mark().checksum();
   }
-  dump.resize(kDumpSize, 0xFF);
-  return dump;
+  std::vector<u8> bytes = dump.bytes();
+  bytes.resize(kDumpSize, 0xFF);
+  return bytes;
 }
 
 void rebuild_dump(benchmark::State& state) {

@@ -13,7 +13,6 @@
 
 #include <array>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -21,6 +20,7 @@
 #include "logger/logger_parser.h"
 #include "logger/lz77.h"
 #include "support/platform/platform.h"
+#include "wire/qlt.h"
 
 namespace traguardo {
 namespace {
@@ -37,48 +37,24 @@ struct Session {
   std::vector<u8> bytes;
 };
 
-void put(std::vector<u8>* out, u64 value, int width) {
-  for (int i = 0; i < width; ++i) out->push_back(static_cast<u8>(value >> (8 * i)));
-}
-
-void put_tag(std::vector<u8>* out, const char* name, const std::vector<u8>& payload) {
-  char padded[4] = {};
-  std::memcpy(padded, name, std::strlen(name));
-  u32 sum = 0;
-  for (const u8 byte : payload) sum += byte;
-  out->insert(out->end(), {'<', 'h'});
-  out->insert(out->end(), padded, padded + 4);
-  put(out, payload.size(), 4);
-  out->insert(out->end(), {1, '>'});
-  out->insert(out->end(), payload.begin(), payload.end());
-  out->push_back('<');
-  out->insert(out->end(), padded, padded + 4);
-  put(out, sum & 0xFFFF, 2);
-  out->push_back('>');
+void append(std::vector<u8>* out, const wire::Bytes& more) {
+  out->insert(out->end(), more.begin(), more.end());
 }
 
 std::vector<u8> channel_table(u32 channels) {
-  std::vector<u8> inner;
+  std::vector<wire::Channel> rows(channels);
   for (u32 i = 0; i < channels; ++i) {
-    std::vector<u8> record(112);
-    store_u16(&record[0], static_cast<u16>(i));
-    store_u32(&record[12], 0x10);
-    store_u32(&record[16], 1);
-    store_u32(&record[20], 4);
-    const std::string name = "channel " + std::to_string(i);
-    std::memcpy(&record[32], name.data(), name.size());
-    store_u32(&record[64], 1000);
-    store_u32(&record[72], 2);
-    put_tag(&inner, "CHS", record);
+    rows[i].index = static_cast<u16>(i);
+    rows[i].name = "channel " + std::to_string(i);
+    rows[i].period_us = 1000;
   }
+  wire::Bytes groups;
   for (u32 group = 0; group < channels / kGroupSize; ++group) {
-    std::vector<u8> list;
-    put(&list, group, 2);
-    put(&list, kGroupSize, 2);
-    for (u32 i = 0; i < kGroupSize; ++i) put(&list, group * kGroupSize + i, 2);
-    put_tag(&inner, "GRP", list);
+    std::vector<u16> members;
+    for (u32 i = 0; i < kGroupSize; ++i) members.push_back(static_cast<u16>(group * kGroupSize + i));
+    append(&groups, wire::grp(static_cast<u16>(group), members));
   }
-  return inner;
+  return wire::cnf(rows, groups);
 }
 
 // Time goes up by a millisecond for each round over all channels, so every channel's times rise strictly.
@@ -86,35 +62,24 @@ Session make_session(Kind kind, u32 channels) {
   Session session;
   std::vector<u8>& out = session.bytes;
   out.reserve(kSamples * 12);
-  put_tag(&out, "CNF", channel_table(channels));
+  append(&out, channel_table(channels));
   session.stream_begin = out.size();
   const u64 rounds = kSamples / channels;
-  const auto head = [&](char letter, u64 time, u32 index) {
-    out.insert(out.end(), {'(', static_cast<u8>(letter)});
-    put(&out, time, 4);
-    put(&out, index, 2);
+  // Each value in two bytes, a channel or a sample further on than the one before.
+  const auto frame = [&](char letter, u64 time, u32 index, u32 values) {
     ++session.frames;
+    const std::size_t begin = out.size();
+    out.resize(begin + wire::kFrameHeadSize + (letter == 'M' ? 2 : 0) + 2 * values + 1);
+    u8* at = wire::put_frame_head(&out[begin], letter, static_cast<u32>(time), index);
+    if (letter == 'M') at = wire::put_u16(at, values);
+    for (u32 i = 0; i < values; ++i) at = wire::put_u16(at, static_cast<u32>((time + i) & 0x7FFF));
+    wire::put_u8(at, ')');
   };
   const auto round = [&](Kind one, u64 r) {
-    if (one == kSingle) {
-      for (u32 c = 0; c < channels; ++c) {
-        head('S', r, c);
-        put(&out, r & 0x7FFF, 2);
-        out.push_back(')');
-      }
-    } else if (one == kGroup) {
-      for (u32 g = 0; g < channels / kGroupSize; ++g) {
-        head('G', r, g);
-        for (u32 i = 0; i < kGroupSize; ++i) put(&out, (r + i) & 0x7FFF, 2);
-        out.push_back(')');
-      }
+    if (one == kGroup) {
+      for (u32 g = 0; g < channels / kGroupSize; ++g) frame('G', r, g, kGroupSize);
     } else {
-      for (u32 c = 0; c < channels; ++c) {
-        head('M', r, c);
-        put(&out, kPerMultiple, 2);
-        for (u32 i = 0; i < kPerMultiple; ++i) put(&out, (r + i) & 0x7FFF, 2);
-        out.push_back(')');
-      }
+      for (u32 c = 0; c < channels; ++c) frame(one == kSingle ? 'S' : 'M', r, c, one == kSingle ? 1 : kPerMultiple);
     }
   };
   for (u64 r = 0; r < rounds;) {
@@ -122,7 +87,7 @@ Session make_session(Kind kind, u32 channels) {
     round(one, r);
     r += one == kMultiple ? kPerMultiple : 1;
   }
-  put_tag(&out, "EVT", std::vector<u8>(32));
+  append(&out, wire::tail());
   session.path = std::filesystem::temp_directory_path() /
                  ("traguardo-bench-" + platform::unique_token() + "-" + std::to_string(kind) + ".qlt");
   std::ofstream(session.path, std::ios::binary)

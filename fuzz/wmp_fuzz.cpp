@@ -7,6 +7,7 @@
 #include <string>
 
 #include "read_everything.h"
+#include "wire/jts.h"
 
 namespace {
 
@@ -16,17 +17,9 @@ const std::filesystem::path& folder() {
     const std::filesystem::path path =
         std::filesystem::temp_directory_path() / ("traguardo-fuzz-wmp-" + std::to_string(std::rand()));
     std::filesystem::create_directories(path);
-    std::string trace = "HEAD" + std::string(12, '\0') + "HEAD" + std::string(10, '\0');
-    trace += std::string("\5\0\0\0", 4) + std::string(14, '\0') + "NSOL" + std::string(12, '\0');
-    for (char i = 0; i < 5; ++i) {
-      std::string record(64, '\0');
-      record.replace(0, 4, "NSOL");
-      record[5] = i;
-      record[4 + 14] = 3;
-      record[4 + 19] = 20;
-      trace += record;
-    }
-    std::ofstream(path / "a.jts", std::ios::binary) << trace;
+    const traguardo::wire::Bytes trace = traguardo::wire::plain_jts(5);
+    std::ofstream(path / "a.jts", std::ios::binary)
+        .write(reinterpret_cast<const char*>(trace.data()), static_cast<std::streamsize>(trace.size()));
     return path;
   }();
   return made;

@@ -36,6 +36,14 @@ inline Byte* put_f32(Byte* at, float value) {
   return put_u32(at, std::bit_cast<std::uint32_t>(value));
 }
 
+// Over what stands there.
+inline void set_u16(Bytes* bytes, std::size_t at, std::uint32_t value) {
+  put_u16(&bytes->at(at), value);
+}
+inline void set_u32(Bytes* bytes, std::size_t at, std::uint32_t value) {
+  put_u32(&bytes->at(at), value);
+}
+
 inline Bytes operator+(Bytes a, const Bytes& b) {
   a.insert(a.end(), b.begin(), b.end());
   return a;

@@ -63,7 +63,7 @@ struct Run {
   std::int32_t second_teeth = 0;
   float wheel_mm = 0;
   std::string name;
-  std::string comment;
+  std::string comment = {};
 };
 
 struct BestLap {

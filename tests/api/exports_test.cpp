@@ -10,7 +10,7 @@
 
 #include "api/reader_factory.h"
 #include "helpers/parsed_session.h"
-#include "helpers/wmp_builder.h"
+#include "helpers/wire.h"
 #include "legacy/wmp_parser.h"
 
 namespace traguardo {
@@ -222,7 +222,7 @@ TEST(OpenFile, ReadsTheOlderFamilyLikeAnyOther) {
   const TempFolder folder;
   const std::string path = folder.write("s.WMP", test::wmp::build(small_older_session()));
   EXPECT_EQ(open_file(path.c_str()), 0) << "there is no trace beside it";
-  folder.write("s.jts", test::wmp::build_jts(5));
+  folder.write("s.jts", test::plain_jts(5));
   const int handle = open_file(path.c_str());
   ASSERT_GT(handle, 0);
   EXPECT_STREQ(get_racer_name(handle), "racer");

@@ -3,50 +3,21 @@
 // of the ellipsoid, with nothing of the code under test in the numbers.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
 #include "gps/gps_record.h"
-#include "support/bytes.h"
+#include "wire/qlt.h"
 
 namespace traguardo::test {
 
-struct GpsFields {
-  u32 time_ms = 0;
-  u32 time_of_week_ms = 0;
-  i32 fractional_ns = 0;
-  i16 week = 2000;
-  u8 fix = 3;
-  i32 x_cm = 444913261;  // 45 N, 10 E, 250 m
-  i32 y_cm = 78450212;
-  i32 z_cm = 448752519;
-  u32 position_accuracy_cm = 150;
-  i32 vx_cm_s = 0;
-  i32 vy_cm_s = 0;
-  i32 vz_cm_s = 0;
-  u32 speed_accuracy_cm_s = 20;
-  u16 dop = 180;
-  u8 satellites = 9;
-};
+using GpsFields = wire::GpsSolution;
 
 inline SGpsRecord gps_record(const GpsFields& fields) {
   SGpsRecord record;
-  u8* bytes = record.bytes.data();
-  store_u32(bytes, fields.time_ms);
-  store_u32(bytes + 4, fields.time_of_week_ms);
-  store_i32(bytes + 8, fields.fractional_ns);
-  store_i16(bytes + 12, fields.week);
-  bytes[14] = fields.fix;
-  store_i32(bytes + 16, fields.x_cm);
-  store_i32(bytes + 20, fields.y_cm);
-  store_i32(bytes + 24, fields.z_cm);
-  store_u32(bytes + 28, fields.position_accuracy_cm);
-  store_i32(bytes + 32, fields.vx_cm_s);
-  store_i32(bytes + 36, fields.vy_cm_s);
-  store_i32(bytes + 40, fields.vz_cm_s);
-  store_u32(bytes + 44, fields.speed_accuracy_cm_s);
-  store_u16(bytes + 48, fields.dop);
-  bytes[51] = fields.satellites;
+  const wire::Bytes bytes = fields.record();
+  std::copy(bytes.begin(), bytes.end(), record.bytes.begin());
   return record;
 }
 

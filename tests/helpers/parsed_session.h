@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "helpers/qlt_builder.h"
 #include "helpers/temp_folder.h"
+#include "helpers/wire.h"
 #include "logger/logger_parser.h"
 #include "model/parsed_channel.h"
 

@@ -10,19 +10,22 @@
 #include <utility>
 #include <vector>
 
-#include "helpers/dump_builder.h"
+#include "helpers/wire.h"
 #include "opened_session.h"
 
 namespace traguardo::test {
 namespace {
 
-using dump::Bytes;
-using dump::Dump;
-using dump::Words;
-
 constexpr i32 kPlainFamily = 0;
 constexpr i32 kExtendedFamily = 7;
 constexpr u64 kNoLimit = u64{1} << 30;
+
+// Of a logger that uses its first channel, without which there is no dump.
+Dump dump_of(const Bytes& schedule) {
+  Dump dump(schedule);
+  dump.set_byte(0, 1);
+  return dump;
+}
 
 struct Rebuilt {
   bool succeeded = false;
@@ -63,7 +66,7 @@ TEST(DumpRebuild, SamplesGoRoundTheSchedule) {
       {"other families know no extended channels", 0, {40, 1, 249}, {1, 2}, {1, 2}},
   };
   for (const auto& [what, family, schedule, stream, wanted] : cases) {
-    EXPECT_EQ(words_of(Dump(schedule).words(stream), family), wanted) << what;
+    EXPECT_EQ(words_of(dump_of(schedule).words(stream), family), wanted) << what;
   }
 }
 
@@ -77,19 +80,19 @@ TEST(DumpRebuild, ScheduleLengthFollowsTheFamily) {
       {"the layout of device 37 has room for 2000", 0, 37, {0, 1999, 2000}, {1, 3, 2, 4}},
   };
   for (const auto& [what, family, device, places, wanted] : cases) {
-    Bytes schedule(dump::kScheduleRoom, 0xFF);
+    Bytes schedule(Dump::kScheduleRoom, 0xFF);
     for (std::size_t i = 0; i < places.size(); ++i) schedule[places[i]] = static_cast<u8>(i + 1);
-    Dump made(schedule);
+    Dump made = dump_of(schedule);
     made.set_device(device).words({1, 2, 3, 4});
     EXPECT_EQ(words_of(made, family), wanted) << what;
   }
 }
 
 TEST(DumpRebuild, TheFormatWordPlacesTheStream) {
-  EXPECT_EQ(words_of(Dump({1}).set_format(0x10300).words({1, 2})), (Words{1, 2}));
-  EXPECT_EQ(words_of(Dump({1}).set_format(0x102FF).words({1, 2})), (Words{1, 2}));
+  EXPECT_EQ(words_of(dump_of({1}).set_format(0x10300).words({1, 2})), (Words{1, 2}));
+  EXPECT_EQ(words_of(dump_of({1}).set_format(0x102FF).words({1, 2})), (Words{1, 2}));
   // A new stream read from the old place would begin in the set-up area.
-  Bytes crossed = Dump({1}).set_format(0x10300).words({1, 2}).bytes();
+  Bytes crossed = dump_of({1}).set_format(0x10300).words({1, 2}).bytes();
   crossed[193] = 0;
   EXPECT_EQ(rebuild(crossed).words.size(), (65536U - 24576U) / 2 + 2);
 }
@@ -101,7 +104,7 @@ TEST(DumpRebuild, RefusesADumpWithoutChannels) {
                                             {7696U + 63, kExtendedFamily, 0U},
                                             {7696U + 63, kPlainFamily, 1001U},
                                             {7696U + 64, kExtendedFamily, 1001U}}) {
-    const Rebuilt result = rebuild(Dump({1}).set_byte(0, 0).set_byte(flag, 9).words({1}).bytes(), family);
+    const Rebuilt result = rebuild(dump_of({1}).set_byte(0, 0).set_byte(flag, 9).words({1}).bytes(), family);
     EXPECT_EQ(result.succeeded, error == 0);
     EXPECT_EQ(result.error, error) << flag;
   }
@@ -113,59 +116,65 @@ TEST(DumpRebuild, StreamsByHand) {
   lost_run.front() = 5;
   lost_run.back() = 6;
   const std::tuple<const char*, Dump, Words> cases[] = {
-      {"a channel without samples has no place", Dump({1, 2, 3}).set_byte(2, 1).words({10, 20}), {10, 20}},
+      {"a channel without samples has no place", dump_of({1, 2, 3}).set_byte(2, 1).words({10, 20}), {10, 20}},
       {"a wrong sum",
-       Dump({1, 2}).words({1, 2}).checksum().words({3, 4, 5, 6}).checksum(1).words({7, 8}).checksum().words({9, 10}),
+       dump_of({1, 2}).words({1, 2}).checksum().words({3, 4, 5, 6}).checksum(1).words({7, 8}).checksum().words({9, 10}),
        {1, 0, 0, 7, 9, 2, 0, 0, 8, 10}},
       {"a block that ends within a round: the next one starts the schedule over",
-       Dump({1, 2}).words({1, 2, 3}).checksum().words({4, 5}).checksum(),
+       dump_of({1, 2}).words({1, 2, 3}).checksum().words({4, 5}).checksum(),
        {0, 0, 4, 0, 5}},
       {"the same at a mark, which doesn't start the sum over",
-       Dump({1, 2}).words({1, 2}).mark().words({3}).mark().words({4, 5}).checksum(),
+       dump_of({1, 2}).words({1, 2}).mark().words({3}).mark().words({4, 5}).checksum(),
        {1, 0, 4, 2, 5}},
       {"the last block ends without a word on it",
-       Dump({1, 2}).words({1, 2}).checksum(1).words({3, 4, 5}),
+       dump_of({1, 2}).words({1, 2}).checksum(1).words({3, 4, 5}),
        {0, 3, 5, 0, 4}},
       {"laps don't move the schedule",
-       Dump({1, 2}).words({1}).lap_end(3).words({2, 3}).lap_record(5, 12, 61000).words({4, 5, 6}).checksum(),
+       dump_of({1, 2}).words({1}).lap_end(3).words({2, 3}).lap_record(5, 12, 61000).words({4, 5, 6}).checksum(),
        {1, 3, 5, 2, 4, 6}},
       {"the sum of a lap record damages the block in front of it",
-       Dump({1, 2}).words({1}).lap_record(5, 12, 61000, 1).words({2, 3, 4}).checksum(),
+       dump_of({1, 2}).words({1}).lap_record(5, 12, 61000, 1).words({2, 3, 4}).checksum(),
        {0, 3, 2, 4}},
       {"words for others within a round, outside the sum",
-       Dump({1, 2}).words({1}).foreign({0x9000, 0xFFFF, 0xD000}, false).words({2}).checksum().words({3, 4}).checksum(),
+       dump_of({1, 2})
+           .words({1})
+           .foreign({0x9000, 0xFFFF, 0xD000}, false, 0xAA)
+           .words({2})
+           .checksum()
+           .words({3, 4})
+           .checksum(),
        {1, 3, 2, 4}},
-      {"and in the sum", Dump({1, 2}).foreign({0x9000, 0xFFFF, 0xD000}, true).words({1, 2}).checksum(), {1, 2}},
+      {"and in the sum", dump_of({1, 2}).foreign({0x9000, 0xFFFF, 0xD000}, true).words({1, 2}).checksum(), {1, 2}},
       {"erased words are lost samples",
-       Dump({1, 2}).words({5, 0xFFFF, 6, 0xFFFF, 0xFFFF, 7}).checksum().words({8, 9}).checksum(),
+       dump_of({1, 2}).words({5, 0xFFFF, 6, 0xFFFF, 0xFFFF, 7}).checksum().words({8, 9}).checksum(),
        {5, 6, 0, 8, 0, 0, 7, 9}},
-      {"up to 255", Dump({1}).words({5}).repeat(255, 0xFFFF).words({6}).checksum(), lost_run},
-      {"and 256 are the end", Dump({1}).words({5}).repeat(256, 0xFFFF).words({6, 7}), {5}},
-      {"others of high byte 0xFF are samples", Dump({1}).words({0xFF00, 0xFFFE}), {0xFF00, 0xFFFE}},
+      {"up to 255", dump_of({1}).words({5}).repeat(255, 0xFFFF).words({6}).checksum(), lost_run},
+      {"and 256 are the end", dump_of({1}).words({5}).repeat(256, 0xFFFF).words({6, 7}), {5}},
+      {"others of high byte 0xFF are samples", dump_of({1}).words({0xFF00, 0xFFFE}), {0xFF00, 0xFFFE}},
   };
   for (const auto& [what, made, wanted] : cases) EXPECT_EQ(words_of(made), wanted) << what;
 }
 
 TEST(DumpRebuild, ReadingStopsBehindAnErasedTail) {
   // The lap record eats five of the 256 erased words at the end of the first 64 KiB, so that the stream itself goes on.
-  Dump made({1});
+  Dump made = dump_of({1});
   made.repeat(32768 - 300, 1).word(0xD205).repeat(256, 0xFFFF).repeat(43, 1).repeat(100, 1);
   EXPECT_EQ(words_of(made).size(), 32768U - 300 + 251 + 43);
   // The same a little further on lies across two pieces, and neither holds enough of it.
-  Dump across({1});
+  Dump across = dump_of({1});
   across.repeat(32768 - 100, 1).word(0xD205).repeat(256, 0xFFFF).repeat(100, 1);
   EXPECT_EQ(words_of(across).size(), 32768U - 100 + 251 + 100);
 }
 
 TEST(DumpRebuild, OnlySoManyDamagedBlocksAndWordsAreKnown) {
   // One sample a block, all damaged: the list's last place goes to the last of them.
-  Dump made({1});
+  Dump made = dump_of({1});
   for (u16 i = 0; i < 2100; ++i) made.word(7).checksum(1);
   Words wanted(2100, 0);
   std::fill(wanted.begin() + 1999, wanted.end() - 1, u16{7});
   EXPECT_EQ(words_of(made), wanted);
   // No more words than the session has room for.
-  const Bytes bytes = Dump({1, 2}).words({1, 2, 3, 4, 5, 6}).bytes();
+  const Bytes bytes = dump_of({1, 2}).words({1, 2, 3, 4, 5, 6}).bytes();
   EXPECT_EQ(rebuild(bytes, kPlainFamily, 4).words, (Words{1, 3, 5, 2}));
   EXPECT_EQ(rebuild(bytes, kPlainFamily, 0).words, Words{});
 }
@@ -174,7 +183,7 @@ TEST(DumpRebuild, OnlySoManyDamagedBlocksAndWordsAreKnown) {
 
 TEST(DumpRebuild, TheChannelsOfASessionFile) {
   // Twice a round at 20 Hz, once at 10 Hz.
-  Dump made({4, 1, 4});
+  Dump made = dump_of({4, 1, 4});
   made.words({10, 1, 11, 12, 2, 13}).checksum().words({14, 3, 15}).checksum(1).words({16, 4, 17}).checksum();
   wmp::File file;
   file.version = 500;
@@ -189,13 +198,13 @@ TEST(DumpRebuild, TheChannelsOfASessionFile) {
 
   // What the dump lacks reads as zero.
   file.logged = {plain_channel("A", {5, 6, 0, 0})};
-  file.dump = Dump({1}).words({5, 6}).bytes();
+  file.dump = dump_of({1}).words({5, 6}).bytes();
   EXPECT_EQ(SoundSession(file).values(0), (std::vector<float>{5, 6, 0, 0}));
   // Without a dump that can be used there is no session.
-  wmp::Bytes beyond = wmp::build(file);
-  wmp::set_dword(&beyond, wmp::configuration_at(500), 0xFFFFFFF0);
+  Bytes beyond = wmp::build(file);
+  set_u32(&beyond, wmp::configuration_at(500), 0xFFFFFFF0);
   EXPECT_EQ(OpenedSession(beyond).error(), 1001U);
-  file.dump = Dump({1}).set_byte(0, 0).words({5, 6}).bytes();
+  file.dump = dump_of({1}).set_byte(0, 0).words({5, 6}).bytes();
   OpenedSession no_channels(wmp::build(file));
   EXPECT_FALSE(no_channels.opened());
   EXPECT_EQ(no_channels.error(), 1001U);

@@ -92,7 +92,7 @@ wmp::File rich_file(u16 version) {
   file.logged[1].sensor = 77;
   if (version >= 400) file.derived = {plain_channel("Formula", {}, 5)};
   if (version >= 400) file.derived[0].formula = "First * 2 + Second";
-  if (version == 500) file.dump = wmp::Bytes(90000, 0x11);
+  if (version == 500) file.dump = Bytes(90000, 0x11);
   return file;
 }
 
@@ -101,7 +101,7 @@ TEST(FailedAllocations, AreFailedOpens) {
   for (const u16 version : kVersions) {
     const TempFolder folder;
     folder.write("s.wmp", wmp::build(rich_file(version)));
-    folder.write("s.jts", wmp::build_jts(5));
+    folder.write("s.jts", plain_jts(5));
     std::string wanted;
     {
       CParserWMP reader(folder.wide("s.wmp"));
@@ -132,7 +132,7 @@ TEST(UnreadableFiles, AreFailedOpens) {
   for (const char* name : {"s.wmp", "s.jts"}) {
     const TempFolder folder;
     folder.write("s.wmp", wmp::build(small_file(600)));
-    folder.write("s.jts", wmp::build_jts(5));
+    folder.write("s.jts", plain_jts(5));
     std::filesystem::remove(folder.path() / name);
     std::filesystem::create_directory(folder.path() / name);
     EXPECT_FALSE(CParserWMP(folder.wide("s.wmp")).ParsaFile(nullptr)) << name;
@@ -145,7 +145,7 @@ TEST(TraceFile, IsFoundWhateverTheCaseOfItsEnding) {
   for (const auto& [session, trace] : kPairs) {
     const TempFolder folder;
     folder.write(session, wmp::build(small_file(600)));
-    folder.write(trace, wmp::build_jts(5));
+    folder.write(trace, plain_jts(5));
     EXPECT_TRUE(CParserWMP(folder.wide(session)).ParsaFile(nullptr)) << session << " and " << trace;
   }
   EXPECT_TRUE(CParserWMP::trace_path_of(L"nowhere/V.WMP").ends_with(L"V.JTS"));

@@ -12,8 +12,6 @@
 namespace traguardo::test {
 namespace {
 
-using wmp::Bytes;
-
 constexpr u16 kVersions[] = {100, 320, 400, 451, 500, 550, 600, 700};
 constexpr u16 kVersionsWithRecordsOf668[] = {400, 500, 550, 600};
 
@@ -61,12 +59,12 @@ void claim_everywhere(u16 version, std::size_t record, std::span<const std::size
       SCOPED_TRACE(testing::Message() << version << ", record at " << record << ", field " << at << ": " << claim);
       Bytes damaged = sound;
       if (width == 2) {
-        wmp::set_word(&damaged, record + at, static_cast<u16>(claim));
+        set_u16(&damaged, record + at, static_cast<u16>(claim));
       } else {
-        wmp::set_dword(&damaged, record + at, claim);
+        set_u32(&damaged, record + at, claim);
       }
       if (version >= 600) {
-        wmp::reseal_block_a(&damaged);
+        wmp::reseal_first_group(&damaged);
         for (std::size_t i = 0; i < 3; ++i) wmp::reseal_channel(&damaged, i);
       }
       expect_bounded(damaged);
@@ -143,7 +141,7 @@ TEST(HostileClaims, FilesThatEndAnywhere) {
       SCOPED_TRACE(testing::Message() << version << " cut at " << length);
       Bytes cut(sound.begin(), sound.begin() + static_cast<std::ptrdiff_t>(length));
       // Below 600 a length that agrees lets the reader find out by itself.
-      if (version < 600 && length > 100) wmp::set_dword(&cut, 84, static_cast<u32>(length));
+      if (version < 600 && length > 100) set_u32(&cut, 84, static_cast<u32>(length));
       expect_bounded(cut);
     }
   }

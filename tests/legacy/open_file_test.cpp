@@ -10,8 +10,6 @@
 namespace traguardo::test {
 namespace {
 
-using wmp::Bytes;
-
 TEST(OpenFile, EveryVersionYieldsTheSameSamples) {
   const std::vector<float> first = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
   const std::vector<float> second = {11, 12, 13, 14, 15};
@@ -37,7 +35,7 @@ TEST(OpenFile, EveryVersionYieldsTheSameSamples) {
   EXPECT_EQ(std::tuple(lap.run(), lap.number(), lap.true_time_ms()), std::tuple(u16{1}, i16{2}, 40U));
   // Their files have a raw size of zero, and those with sums may be longer than they say.
   Bytes old = wmp::build(small_file(100));
-  wmp::set_dword(&old, 121, 0);
+  set_u32(&old, 121, 0);
   EXPECT_TRUE(OpenedSession(old).opened());
   Bytes longer = wmp::build(small_file(600));
   longer.push_back(0);
@@ -53,20 +51,20 @@ struct Refusal {
 };
 
 const Refusal kRefusals[] = {
-    {"a version that nobody wrote", 600, kMsgUnknownVersion, [](Bytes* b) { wmp::set_word(b, 2, 601); }},
-    {"a signature of another file", 451, kMsgUnknownSignature, [](Bytes* b) { wmp::set_word(b, 0, 22348); }},
+    {"a version that nobody wrote", 600, kMsgUnknownVersion, [](Bytes* b) { set_u16(b, 2, 601); }},
+    {"a signature of another file", 451, kMsgUnknownSignature, [](Bytes* b) { set_u16(b, 0, 22348); }},
     {"one byte too many before 600", 451, kMsgWrongLength, [](Bytes* b) { b->push_back(0); }},
-    {"no lap", 451, kMsgNoLaps, [](Bytes* b) { wmp::set_word(b, 98, 0); }},
+    {"no lap", 451, kMsgNoLaps, [](Bytes* b) { set_u16(b, 98, 0); }},
     {"no run, and no channel either", 600, kMsgNoRun,
      [](Bytes* b) {
-       wmp::set_word(b, 32 + 96, 0);
-       wmp::set_word(b, 32 + 150 + 18, 0);
+       set_u16(b, 32 + 96, 0);
+       set_u16(b, 32 + 150 + 18, 0);
      }},
-    {"no physical values", 100, kMsgNoData, [](Bytes* b) { wmp::set_dword(b, 92, 0); }},
-    {"no raw samples", 451, kMsgNoData, [](Bytes* b) { wmp::set_dword(b, 121, 0); }},
+    {"no physical values", 100, kMsgNoData, [](Bytes* b) { set_u32(b, 92, 0); }},
+    {"no raw samples", 451, kMsgNoData, [](Bytes* b) { set_u32(b, 121, 0); }},
     {"a version 600 file cut within its blocks", 600, kMsgChecksum, [](Bytes* b) { b->resize(2000); }},
     {"a version 600 file cut within its laps", 600, kMsgChecksum, [](Bytes* b) { b->resize(2272 + 2 * 1056 + 100); }},
-    {"more channels than the file holds", 451, kMsgWrongLength, [](Bytes* b) { wmp::set_word(b, 96, 32767); }},
+    {"more channels than the file holds", 451, kMsgWrongLength, [](Bytes* b) { set_u16(b, 96, 32767); }},
 };
 
 TEST(OpenFile, RefusesWithTheCodeOfTheFirstCheckThatFails) {
@@ -74,7 +72,7 @@ TEST(OpenFile, RefusesWithTheCodeOfTheFirstCheckThatFails) {
     SCOPED_TRACE(refusal.what);
     Bytes bytes = wmp::build(small_file(refusal.version));
     refusal.damage(&bytes);
-    if (refusal.version >= 600) wmp::reseal_block_a(&bytes);
+    if (refusal.version >= 600) wmp::reseal_first_group(&bytes);
     OpenedSession opened(bytes);
     EXPECT_FALSE(opened.opened());
     EXPECT_EQ(opened.error(), refusal.error);

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "helpers/temp_folder.h"
-#include "helpers/wmp_builder.h"
+#include "helpers/wire.h"
 #include "legacy/channel_conversion.h"
 #include "legacy/derived/derived_channels.h"
 #include "legacy/derived/reference_speed.h"
@@ -30,9 +30,9 @@ enum class Load { kTablesOnly, kEverything };
 
 class OpenedSession {
  public:
-  explicit OpenedSession(const wmp::Bytes& bytes, Load load = Load::kEverything)
+  explicit OpenedSession(const Bytes& bytes, Load load = Load::kEverything)
       : OpenedSession(bytes, "session.wmp", load) {}
-  OpenedSession(const wmp::Bytes& bytes, const std::string& name, Load load) {
+  OpenedSession(const Bytes& bytes, const std::string& name, Load load) {
     folder_.write(name, bytes);
     open(name, load);
   }

@@ -310,7 +310,7 @@ TEST(FormulaChannels, AChannelOfStepsStaysOnItsEarlierSample) {
   wmp::File file;
   file.logged = {plain_channel("Steps", {0, 10, 20}, k10Hz), plain_channel("Long", std::vector<u16>(40, 1), k100Hz)};
   file.derived = {formula_channel("Held", "Steps + 0")};
-  wmp::Bytes bytes = wmp::build(file);
+  Bytes bytes = wmp::build(file);
   bytes[wmp::first_channel_at(600) + 668 + 110] = 1;
   wmp::reseal_channel(&bytes, 0);
   OpenedSession opened(bytes);

@@ -4,14 +4,12 @@
 #include <tuple>
 
 #include "helpers/temp_folder.h"
-#include "helpers/wmp_builder.h"
+#include "helpers/wire.h"
 #include "legacy/file/hnv_parser.h"
 #include "legacy/file/jts_parser.h"
 
 namespace traguardo::test {
 namespace {
-
-using wmp::Bytes;
 
 TEST(JtsFile, YieldsWhatStandsInFrontOfTheDamage) {
   struct Case {
@@ -23,8 +21,8 @@ TEST(JtsFile, YieldsWhatStandsInFrontOfTheDamage) {
   // Five records behind 64 bytes, and ten stated.
   const Case cases[] = {
       {"fewer than stated", true, 5, [](Bytes*) {}},
-      {"more than stated", true, 2, [](Bytes* b) { wmp::set_dword(b, 30, 2); }},
-      {"none stated", true, 0, [](Bytes* b) { wmp::set_dword(b, 30, 0); }},
+      {"more than stated", true, 2, [](Bytes* b) { set_u32(b, 30, 2); }},
+      {"none stated", true, 0, [](Bytes* b) { set_u32(b, 30, 0); }},
       {"a torn record", true, 3, [](Bytes* b) { b->resize(64 + 3 * 64 + 63); }},
       {"a strange tag", true, 2, [](Bytes* b) { (*b)[64 + 2 * 64 + 3] = 'M'; }},
       {"marks and headers say more than is read", true, 5,
@@ -40,7 +38,7 @@ TEST(JtsFile, YieldsWhatStandsInFrontOfTheDamage) {
   const TempFolder folder;
   for (const Case& one : cases) {
     SCOPED_TRACE(one.what);
-    Bytes bytes = wmp::build_jts(5, 10);
+    Bytes bytes = plain_jts(5, 10);
     one.damage(&bytes);
     folder.write("t.jts", bytes);
     std::vector<SGpsRecord> records;
@@ -57,13 +55,13 @@ TEST(JtsFile, YieldsWhatStandsInFrontOfTheDamage) {
 TEST(JtsReader, ATraceNeedsThreeRecords) {
   const TempFolder folder;
   for (const std::size_t records : {0U, 2U, 3U}) {
-    folder.write("t.jts", wmp::build_jts(records));
+    folder.write("t.jts", plain_jts(static_cast<u32>(records)));
     CParserJTS reader(folder.wide("t.jts"));
     EXPECT_EQ(reader.ParsaFile(nullptr), records >= 3);
     EXPECT_EQ(reader.GetTracciaGps("GPS") != nullptr, records >= 3);
   }
   // In pieces, in their order, into the reader that asked for them.
-  folder.write("t.jts", wmp::build_jts(2500));
+  folder.write("t.jts", plain_jts(2500));
   CParserJTS target(folder.wide("another.jts"));
   CParserJTS reader(folder.wide("t.jts"));
   EXPECT_TRUE(reader.CaricaTraccia(nullptr, &target));
@@ -77,9 +75,9 @@ TEST(JtsReader, ATraceNeedsThreeRecords) {
 
 TEST(HnvFile, IsReadAndRefused) {
   // Two solutions behind the marks and the header, which holds their number and a reference point.
-  wmp::Fields out(96 + 144 * 2);
-  out.text(0, 4, "PROV").text(16, 4, "PROV").dword(26, 2).text(80, 4, "PSOL");
-  out.text(96, 4, "PSOL").text(96 + 144, 4, "PSOL").dword(96 + 144 + 4, 10);
+  Record out(96 + 144 * 2);
+  out.text(0, 4, "PROV").text(16, 4, "PROV").u32(26, 2).text(80, 4, "PSOL");
+  out.text(96, 4, "PSOL").text(96 + 144, 4, "PSOL").u32(96 + 144 + 4, 10);
   Bytes bytes = out.bytes();
   store_f64(&bytes[16 + 14], 4.4e6);
   store_f64(&bytes[96 + 144 + 16 + 8], 1.5);

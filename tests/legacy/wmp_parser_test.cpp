@@ -12,8 +12,6 @@
 namespace traguardo::test {
 namespace {
 
-using wmp::Bytes;
-
 struct Samples {
   std::vector<double> times;
   std::vector<double> values;
@@ -33,7 +31,7 @@ IRkChannel& channel_at(const CParserWMP& reader, std::size_t index) {
 // A session file and its trace, and the reader on them.
 class ReadSession {
  public:
-  explicit ReadSession(const Bytes& bytes, const Bytes& trace = wmp::build_jts(5)) {
+  explicit ReadSession(const Bytes& bytes, const Bytes& trace = plain_jts(5)) {
     folder_.write("s.wmp", bytes);
     folder_.write("s.jts", trace);
   }
@@ -102,7 +100,7 @@ TEST(WmpReader, NeedsTheTraceBesideTheFile) {
   // Not even the copy is made: the file was never looked at.
   EXPECT_FALSE(platform::file_exists(folder.wide("s.bak")));
 
-  ReadSession short_trace(wmp::build(small_file(600)), wmp::build_jts(2));
+  ReadSession short_trace(wmp::build(small_file(600)), plain_jts(2));
   EXPECT_FALSE(short_trace.reader().ParsaFile(nullptr));
   EXPECT_TRUE(short_trace.reader().GetCanali().empty());
 }
@@ -120,7 +118,7 @@ TEST(WmpReader, ARefusedFileLeavesItsTrace) {
   }
   // The same where there is no session file at all.
   const TempFolder folder;
-  folder.write("s.jts", wmp::build_jts(5));
+  folder.write("s.jts", plain_jts(5));
   CParserWMP reader(folder.wide("s.wmp"));
   EXPECT_TRUE(reader.ParsaFile(nullptr));
   EXPECT_NE(reader.GetTracciaGps("GPS"), nullptr);

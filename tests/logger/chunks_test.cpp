@@ -7,10 +7,10 @@ namespace traguardo {
 namespace {
 
 using test::Bytes;
-using test::bytes_of;
 using test::chunk;
 using test::cnf;
 using test::frame_s;
+using test::text_bytes;
 using test::operator+;
 using test::ParsedSession;
 using test::StoredSample;
@@ -56,10 +56,9 @@ TEST(Chunks, ArriveInAnyOrderWithTheLastOneLast) {
 }
 
 TEST(Chunks, WithoutALengthByteEndAtTheirParenthesis) {
-  Bytes short_form = bytes_of("(C");
-  test::put(&short_form, 1U << 10 | 2U << 11, 4);
-  ParsedSession session(table() + short_form + Bytes{10, 0, 0, 0, 7} + bytes_of(")") + short_form + bytes_of("))") +
-                        short_form + bytes_of("123456789)") + tail());
+  const auto short_form = [](const Bytes& data) { return wire::Chunk{0, 2, 0, true, false}.frame(data); };
+  ParsedSession session(table() + short_form({10, 0, 0, 0, 7}) + short_form(text_bytes(")")) +
+                        short_form(text_bytes("123456789")) + tail());
   EXPECT_EQ(session.samples("b"), (Samples{{10000, 7}}));
   EXPECT_EQ(session.reader().assemblers().at(2).m_err_dim_trama.elements().size(), 2U);
 }

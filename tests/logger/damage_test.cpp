@@ -18,11 +18,11 @@ namespace traguardo {
 namespace {
 
 using test::Bytes;
-using test::bytes_of;
 using test::cnf;
 using test::frame;
 using test::frame_m;
 using test::frame_s;
+using test::text_bytes;
 using test::operator+;
 using test::ParsedSession;
 using test::tag;

@@ -11,12 +11,12 @@ namespace traguardo {
 namespace {
 
 using test::Bytes;
-using test::bytes_of;
 using test::Channel;
 using test::cnf;
 using test::frame;
 using test::frame_m;
 using test::frame_s;
+using test::text_bytes;
 using test::operator+;
 using test::ParsedSession;
 using test::StoredSample;
@@ -79,11 +79,11 @@ TEST(DataStream, DamageCostsWhatItDamages) {
   };
   const Case cases[] = {
       {"nothing", {}, 0, 0},
-      {"garbage", bytes_of("abc"), 0, 0},
+      {"garbage", text_bytes("abc"), 0, 0},
       {"wrong closing byte", test::frame_head('S', 20, kA) + Bytes{9, 0, ']'}, 1, 0},
       {"unknown index", frame_s(20, 77, 9), 1, 0},
-      {"unknown letter", bytes_of("(X"), 0, 0},
-      {"a tag that is none", bytes_of("<hABC"), 0, 0},
+      {"unknown letter", text_bytes("(X"), 0, 0},
+      {"a tag that is none", text_bytes("<hABC"), 0, 0},
       {"half a frame", test::frame_head('S', 20, kA), 1, 0},
   };
   for (const Case& c : cases) {
@@ -101,7 +101,7 @@ TEST(DataStream, DamageCostsWhatItDamages) {
 TEST(DataStream, ListsADamagedByteTwiceWhereItEndsARun) {
   const Bytes table = cnf({{kA, "a"}});
   const u64 at = table.size() + 11;
-  ParsedSession session(table + frame_s(10, kA, 1) + bytes_of("xy") + frame_s(30, kA, 3) + tail());
+  ParsedSession session(table + frame_s(10, kA, 1) + text_bytes("xy") + frame_s(30, kA, 3) + tail());
   EXPECT_EQ(offsets(session.reader().errors_in_file()), (std::vector<u64>{at, at, at + 1}));
 }
 
@@ -148,7 +148,7 @@ TEST(DataStream, OnlyTheTrailOfTwentyBytesIsNotReached) {
   // A run of frames goes to the end; one that begins behind a bad byte in the last 20 does not begin at all.
   ParsedSession run(table + frame_s(10, kA, 1) + frame_s(20, kA, 2));
   EXPECT_EQ(run.samples("a").size(), 2U);
-  ParsedSession broken(table + frame_s(10, kA, 1) + bytes_of("x") + frame_s(20, kA, 2));
+  ParsedSession broken(table + frame_s(10, kA, 1) + text_bytes("x") + frame_s(20, kA, 2));
   EXPECT_EQ(broken.samples("a").size(), 1U);
   ParsedSession behind_tag(table + frame_s(20, kA, 2));
   EXPECT_EQ(behind_tag.samples("a").size(), 0U);
@@ -195,9 +195,7 @@ TEST(DataStream, PositionsCutBehindTheirFixTypeReadZerosToo) {
 TEST(DataStream, SamplesWithoutBytesAreBelievedOnlyUpToTheFilesSize) {
   Bytes bytes = cnf({{kA, "a", 5, 0, 0x10, 1}});
   for (u32 i = 0; i < 1000; ++i) {
-    Bytes count;
-    test::put(&count, 65535, 2);
-    bytes = bytes + frame('M', i * 66, kA, count);
+    bytes = bytes + frame('M', i * 66, kA, u16_bytes(65535));
   }
   ParsedSession session(bytes + tail());
   EXPECT_TRUE(session.good());

@@ -9,7 +9,7 @@ namespace traguardo {
 namespace {
 
 using test::Bytes;
-using test::bytes_of;
+using test::text_bytes;
 using test::operator+;
 using test::ParsedSession;
 using test::tag;

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
-#include "helpers/qlt_builder.h"
 #include "helpers/temp_folder.h"
+#include "helpers/wire.h"
 
 namespace traguardo {
 namespace {

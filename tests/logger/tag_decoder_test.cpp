@@ -5,8 +5,8 @@
 
 #include <random>
 
-#include "helpers/qlt_builder.h"
 #include "helpers/temp_folder.h"
+#include "helpers/wire.h"
 #include "logger/input_file.h"
 #include "logger/tag_scan.h"
 
@@ -14,7 +14,7 @@ namespace traguardo {
 namespace {
 
 using test::Bytes;
-using test::bytes_of;
+using test::text_bytes;
 using test::operator+;
 
 class Recorder : public IExternalHelper {
@@ -93,7 +93,7 @@ TEST(TagDecoder, SeesNoTagThatBeginsInTheLastTwentyBytes) {
 }
 
 TEST(TagDecoder, FindsATagInsideABrokenOne) {
-  Bytes outer = test::tag("OUT", bytes_of("..") + test::tag("IN", "x") + bytes_of(".."));
+  Bytes outer = test::tag("OUT", text_bytes("..") + test::tag("IN", "x") + text_bytes(".."));
   EXPECT_EQ(walk(outer + Bytes(21)).substr(0, 5), "<OUT>");
   outer[12] = '!' + 1;  // another payload byte: the checksum no longer fits
   const std::string log = walk(outer + Bytes(21));
@@ -116,7 +116,7 @@ TEST(TagDecoder, WalksTagsOfAnyLength) {
 
 TEST(TagDecoder, WalkEndsWhenTheHelperSaysSo) {
   bool finished = true;
-  const Bytes bytes = test::tag("A", "1") + bytes_of("ab!cd") + test::tag("B", "2") + Bytes(21);
+  const Bytes bytes = test::tag("A", "1") + text_bytes("ab!cd") + test::tag("B", "2") + Bytes(21);
   EXPECT_EQ(walk(bytes, &finished), "<A>ab!");
   EXPECT_FALSE(finished);
   EXPECT_EQ(walk(test::tag("A", "1") + test::tag("B", "2") + Bytes(21), &finished, "A"), "<A>");
@@ -124,7 +124,7 @@ TEST(TagDecoder, WalkEndsWhenTheHelperSaysSo) {
 }
 
 TEST(TagDecoder, ListsAndFindsByName) {
-  const Bytes bytes = bytes_of("junk") + test::tag("A", "one") + test::tag("B", "two") + bytes_of("<h<h") +
+  const Bytes bytes = text_bytes("junk") + test::tag("A", "one") + test::tag("B", "two") + text_bytes("<h<h") +
                       test::tag("A", "three") + test::tag("TRK ", "four") + Bytes(21);
   const u32 size = static_cast<u32>(bytes.size());
   CAtomTagDecoder decoder;
