@@ -49,8 +49,8 @@ void SampleWalk::read_between(u64 from_us, u64 to_us, u64 count) {
     written = logged_->GetValoriRange(from_us, to_us, times_.data(), values_.data(), static_cast<int>(count));
   } else {
     const u64 first = (from_us + GpsView::kStep - 1) / GpsView::kStep;
-    written = inside_of(session_).gps.grid().fill(static_cast<u32>(channel_.index), first, count,
-                                                  GpsTimeUnit::kSeconds, times_.data(), values_.data());
+    written = inside_of(session_).gps.grid().fill(static_cast<u32>(channel_.index), first, count, GpsTimeUnit::kSeconds,
+                                                  times_.data(), values_.data());
   }
   for (std::size_t i = 0; i < written; ++i) {
     const TimedValue sample{static_cast<u64>(std::llround(times_[i] * 1e6)),

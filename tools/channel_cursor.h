@@ -31,9 +31,7 @@ class SampleWalk {
   // The next one will be the last sample before the time, or the first one of all.
   void go_to(u64 time_us);
   // Null behind the last one. Valid until the next call.
-  const TimedValue* next() {
-    return at_ < window_.size() || fill() ? &window_[at_++] : nullptr;
-  }
+  const TimedValue* next() { return at_ < window_.size() || fill() ? &window_[at_++] : nullptr; }
 
  private:
   bool fill();

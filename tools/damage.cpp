@@ -58,8 +58,8 @@ std::vector<Pair> to_pairs(const Damage& damage, bool recovered) {
   }
   pairs.push_back({"Refused frames", refused, tone(losses.frames())});
   if (losses.clocks != 0 && !recovered) {
-    pairs.push_back({"Refused clocks",
-                     fmt::format("{}; one wrong clock can cause many: try --recover", losses.clocks), Tone::bad});
+    pairs.push_back(
+        {"Refused clocks", fmt::format("{}; one wrong clock can cause many: try --recover", losses.clocks), Tone::bad});
   }
   u64 missing = 0;
   for (const auto& [name, count] : damage.missing_samples) missing += count;

@@ -122,7 +122,8 @@ void export_session(const ExportOptions& options) {
 }  // namespace
 
 void add_export_command(CLI::App& app, int& /*status*/) {
-  Command command(app, "export", "Write samples as CSV, one a line or side by side, or the GPS track for a map program");
+  Command command(app, "export",
+                  "Write samples as CSV, one a line or side by side, or the GPS track for a map program");
   const auto options = std::make_shared<ExportOptions>();
   command.add_file(options->file);
   command.add("-o,--output", options->output, "File to write, - for standard output").required();

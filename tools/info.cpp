@@ -76,22 +76,23 @@ void show_info(const InfoOptions& options) {
     return;
   }
   std::vector<Pair> pairs{{"File", to_utf8(session.path())},
-                                                         {"Vehicle", to_utf8(session.vehicle())},
-                                                         {"Track", to_utf8(session.track())},
-                                                         {"Racer", to_utf8(session.racer())},
-                                                         {"Championship", to_utf8(session.championship())},
-                                                         {"Venue type", to_utf8(session.venue_type())},
-                                                         {"Date", iso_date(session.date())},
-                                                         {"Duration", lap_clock(duration_s) + " (min:s)"},
-                                                         {"Laps", std::to_string(laps)},
-                                                         {"Channels", std::to_string(channels)},
-                                                         {"GPS channels", std::to_string(gps_channels)},
-                                                         {"GPS solutions", std::to_string(gps_raw_samples)}};
+                          {"Vehicle", to_utf8(session.vehicle())},
+                          {"Track", to_utf8(session.track())},
+                          {"Racer", to_utf8(session.racer())},
+                          {"Championship", to_utf8(session.championship())},
+                          {"Venue type", to_utf8(session.venue_type())},
+                          {"Date", iso_date(session.date())},
+                          {"Duration", lap_clock(duration_s) + " (min:s)"},
+                          {"Laps", std::to_string(laps)},
+                          {"Channels", std::to_string(channels)},
+                          {"GPS channels", std::to_string(gps_channels)},
+                          {"GPS solutions", std::to_string(gps_raw_samples)}};
   if (damage) {
     for (Pair& pair : to_pairs(*damage, options.recover)) pairs.push_back(std::move(pair));
   }
   for (const auto& [name, missing] : shortened) {
-    pairs.push_back({"Shortened", fmt::format("{} lacks {} samples beyond what is believed", name, missing), Tone::bad});
+    pairs.push_back(
+        {"Shortened", fmt::format("{} lacks {} samples beyond what is believed", name, missing), Tone::bad});
   }
   if (options.verbose) pairs.push_back({"Derived channels", listed(derived_channels_of(session))});
   print_shown(pairs_to_text(pairs));

@@ -130,8 +130,8 @@ void predict_run(const PredictOptions& options) {
   const Channel channel = speed_channel(session, options.channel, "--channel");
   const bool is_logged = channel.kind == ChannelKind::logged;
   // A logged channel's samples come in the unit of the file.
-  const float to_mph = static_cast<float>(metres_per_second(channel.unit) / metres_per_second("mph") *
-                                          (is_logged ? channel.scale : 1));
+  const float to_mph =
+      static_cast<float>(metres_per_second(channel.unit) / metres_per_second("mph") * (is_logged ? channel.scale : 1));
   const MergedSession view(session, std::wstring(),
                            [&](const std::string& name) { return is_logged && to_utf8(name) == channel.name; });
   std::vector<float> gps_values;

@@ -273,8 +273,8 @@ std::vector<Channel> Session::find_channels(const std::string& name) {
     found = channels_by_name(wanted.substr(0, sign));
     for (Channel& channel : found) {
       const CParsedChannel* const parsed = parsed_channel_of(*this, channel);
-      const UnitChange change = change_of_unit(parsed == nullptr ? 0 : parsed->GetFid(), channel.unit,
-                                               wanted.substr(sign + 1), channel.name);
+      const UnitChange change =
+          change_of_unit(parsed == nullptr ? 0 : parsed->GetFid(), channel.unit, wanted.substr(sign + 1), channel.name);
       channel.unit = change.unit;
       channel.scale = change.scale;
       channel.offset = change.offset;

@@ -44,7 +44,8 @@ void append_seconds(std::string* text, u64 time_us) {
 
 double mean_rate_hz(const CParsedChannel& channel, u64 samples) {
   const u64 span = channel.GetUltimoTempo() - channel.GetPrimoTempo();
-  return samples < 2 || span == 0 ? kRateOfSingleSamples : static_cast<double>(samples - 1) * 1e6 / static_cast<double>(span);
+  return samples < 2 || span == 0 ? kRateOfSingleSamples
+                                  : static_cast<double>(samples - 1) * 1e6 / static_cast<double>(span);
 }
 
 // By the channel's record, else by its samples.
