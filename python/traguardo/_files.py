@@ -156,7 +156,7 @@ def _put_wide(session: Session, rows: Any, chosen: list[Samples], rate: float | 
         # Rows need all channels at once, and memory shall hold one: the columns wait in a file.
         columns: list[Numbers] = []
         while chosen and len(at):
-            beside.write(_frames.values_at(chosen.pop(0), at).data)
+            beside.write(_frames.values_at(chosen.pop(0), at, np.empty(len(at))).data)
             columns.append(at)
         beside.flush()
         block = (np.memmap(beside, dtype=np.float64, mode="r", shape=(len(columns), len(at))) if columns

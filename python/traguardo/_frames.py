@@ -18,13 +18,11 @@ _TO_METRES_PER_SECOND = {"m/s": 1.0, "km/h": 1 / 3.6, "kmh": 1 / 3.6, "mph": 0.4
 _EARTH_RADIUS_M = 6_371_008.8
 
 
-def values_at(samples: Samples, at: Numbers, out: Numbers | None = None) -> Numbers:
-    """The values at times that never fall, in seconds: held or on the line between two samples, as the channel's record
+def values_at(samples: Samples, at: Numbers, out: Numbers) -> Numbers:
+    """Fills `out` with the values at times that never fall, in seconds: held or on the line between two samples, as the channel's record
     says. A channel of which times fall somewhere (two of one name) is taken in the order of its times."""
     times, values = samples._both or samples.read() if isinstance(samples, Channel) else samples.read()
     is_held = isinstance(samples, Channel) and samples.held
-    if out is None:
-        out = np.empty(len(at))
 
     def filled(times: Numbers, values: Numbers) -> bool:
         return bool(lib.tg_values_at(times.ctypes.data, values.ctypes.data, len(times), is_held, at.ctypes.data, len(at),
@@ -119,7 +117,7 @@ def distance(session: Session, lap: Lap) -> tuple[Numbers, Numbers]:
         start, end = session._lap_span(lap)
         inside = (times > start) & (times < end)
         ends = np.interp([start, end], times, speeds) if len(times) else np.zeros(2)
-        times = np.concatenate(([start], times[inside], [end]))
+        times = np.concatenate((np.array([start]), times[inside], np.array([end])))
         speeds = np.concatenate((ends[:1], speeds[inside], ends[1:]))
     if not len(times):
         return times, times
@@ -148,7 +146,8 @@ def nearest_places(reference: Numbers, line: Numbers, guess: Numbers, other: Num
     best = apart2.argmin(1)
     rows = np.arange(len(other))
     place = around[rows, best]
-    return reference[place] + share[rows, best] * (reference[place + 1] - reference[place])
+    along_line: Numbers = reference[place] + share[rows, best] * (reference[place + 1] - reference[place])
+    return along_line
 
 
 def _as_flat(latitude: Numbers, longitude: Numbers, centre: tuple[float, float]) -> Numbers:

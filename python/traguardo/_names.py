@@ -55,8 +55,11 @@ def only_one(wanted: str, names: Sequence[str]) -> int:
         return found[0]
     if found:
         raise LookupError(f'"{wanted}" could be {_listed([names[i] for i in found], 12)}')
-    near = nearest(wanted, names)
-    raise LookupError(f'no channel "{wanted}"' + (f"; did you mean {_listed(near, 3)}?" if near else ""))
+    raise LookupError(f'no channel "{wanted}"' + question(nearest(wanted, names)))
+
+
+def question(near: Sequence[str]) -> str:
+    return f"; did you mean {_listed(near, 3)}?" if near else ""
 
 
 def nearest(wanted: str, names: Sequence[str]) -> list[str]:

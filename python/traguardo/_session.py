@@ -5,6 +5,7 @@ from __future__ import annotations
 import ctypes
 import datetime
 import os
+import re
 import tempfile
 import threading
 import warnings
@@ -33,6 +34,8 @@ _FAILURES: dict[int, tuple[type[_errors.Error], str]] = {
     5: (_errors.NoStorePlace, "no room or no place for its samples in {folder}"),
     6: (_errors.OutOfMemory, "out of memory"),
 }
+
+_UNKNOWN_NAME = 102  # the formula language's own number for it
 
 
 class Samples:
@@ -126,7 +129,7 @@ class Channel(Samples):
         """The samples of a lap, by its number in `Session.laps` or "best"; times stay those of the file.
 
         >>> session.channels["Speed"].lap(2)
-        <Speed (km/h): 7428 samples>
+        <Speed (km/h): 7429 samples>
         """
         of = FUNCTIONS[self.kind]
         index = self.session._lap_index(lap)
@@ -217,7 +220,7 @@ class Channels(Mapping[str, Channel]):
     (0, 'Oil Temp', 'Speed')
     >>> session.channels["Sped"]
     Traceback (most recent call last):
-    traguardo._errors.NoSuchChannel: demo.qlt: no channel "Sped"; did you mean "Speed", "Steering" or "Gear Barrel"?
+    traguardo._errors.NoSuchChannel: demo.qlt: no channel "Sped"; did you mean "Speed", "Suspension FL" or "Switches"?
     """
 
     def __init__(self, session: "Session", rows: Sequence[tuple[int, int, str, str]]) -> None:
@@ -297,7 +300,8 @@ _open_paths = _OpenPaths()
 
 def _let_go(handle: int, path: bytes) -> None:
     lib.tg_close(handle)
-    _open_paths.give_back(path)
+    if lib.get_laps_count(handle) == -1:  # else an Arrow stream keeps the file open under this spelling
+        _open_paths.give_back(path)
 
 
 def _store_folder(path: bytes) -> bytes | None:
@@ -376,7 +380,7 @@ class Session:
     def __del__(self) -> None:
         finalizer = getattr(self, "_finalizer", None)
         if finalizer is not None and finalizer.alive:
-            warnings.warn(f"unclosed session {self.path}", ResourceWarning, source=self)
+            warnings.warn(f"unclosed session {self.path}", ResourceWarning, stacklevel=2)
 
     def _handle(self) -> int:
         if self.closed:
@@ -391,12 +395,11 @@ class Session:
         `gap` to the best finished one in seconds, which is not a number for one that wasn't.
 
         >>> session.laps.round(3)
-              start  duration  finished    gap
-        lap                                   
-        1     0.000    80.637      True  6.448
-        2    80.637    74.286      True  0.097
-        3   154.923    74.189      True  0.000
-        4   229.112     2.188     False    NaN
+               start  duration  finished    gap
+        lap
+        1      0.000    80.637      True  6.351
+        2     80.637    74.286      True  0.000
+        3    154.923    74.373      True  0.087
         """
         import pandas as pd
         rows = self._lap_rows
@@ -449,10 +452,10 @@ class Session:
 
         >>> session.frame(["Speed", "Gear"], rate=2, lap="best").head(3)
                    Speed  Gear
-        time                  
-        0.0   198.471024   4.0
-        0.5   196.834610   4.0
-        1.0   193.684753   4.0
+        time
+        0.0   211.095346   5.0
+        0.5   213.720734   5.0
+        1.0   216.226009   5.0
         """
         from . import _frames
         return _frames.frame(self, channels, rate, lap, by, step)
@@ -464,7 +467,7 @@ class Session:
         <Speed / 3.6: 11600 samples>
         >>> session.eval("Speed / Sped")
         Traceback (most recent call last):
-        traguardo._errors.FormulaError: demo.qlt: Name not found
+        traguardo._errors.FormulaError: demo.qlt: Error: an identifier, a constant or a symbol is unknown; did you mean "Speed", "Suspension FL" or "Switches"?
           Speed / Sped
                   ^
         """
@@ -482,7 +485,12 @@ class Session:
             self._handle()
             raise MemoryError
         if code:
-            raise _errors.FormulaError(self.path, text_of(message.value), formula, position.value)
+            reason = text_of(message.value)
+            if code == _UNKNOWN_NAME:
+                # What stands there up to the next operator was meant for the name of a channel.
+                meant = re.split(r"[-+*/^()<>=!&|,;]", formula[position.value:], maxsplit=1)[0].strip()
+                reason += _names.question(_names.nearest(meant, [row[2] for row in self._rows_of[LOGGED]]))
+            raise _errors.FormulaError(self.path, reason, formula, position.value)
         step = round(1e6 / rate)
         return Samples(formula, "", np.arange(count) * step * 1e-6, values.astype(np.float64))
 
@@ -494,7 +502,7 @@ class Session:
         both have GPS, by the nearest place on this one's line.
 
         >>> session.compare(session, lap=3, other_lap=2).iloc[-1].round(2)["delta"]
-        0.1
+        -0.09
         """
         from . import _frames
         return _frames.compare(self, other, lap, other_lap, step)
@@ -526,8 +534,9 @@ class Session:
     # --- Inside
 
     def _read_info(self) -> Info:
-        texts = [text_of(getattr(lib, f"get_{text}_name")(self._open_handle))
-                 for text in ("vehicle", "track", "racer", "championship", "venue_type")]
+        def text(name: str) -> str:
+            return text_of(getattr(lib, f"get_{name}_name")(self._open_handle))
+
         place = lib.get_date_and_time(self._open_handle)
         date = None
         if place:
@@ -536,7 +545,8 @@ class Session:
                 date = datetime.datetime(year + 1900, month + 1, day, hour, minute, second)
             except ValueError:
                 pass  # the logger had none
-        return Info(self.path, *texts, date)
+        return Info(self.path, text("vehicle"), text("track"), text("racer"), text("championship"), text("venue_type"),
+                    date)
 
     def _read_laps(self) -> list[tuple[float, float, bool]]:
         rows = []
@@ -608,7 +618,7 @@ def open(path: Path, *, recover: bool = False) -> Session:
     >>> import traguardo
     >>> with traguardo.open("demo.qlt") as s:
     ...     print(s.info.track, len(s.laps), s.channels["Speed"].values.max().round(2))
-    Autodromo 4 223.64
+    Valle Lunga Vecchia 3 223.64
     >>> traguardo.open("nothing.qlt")
     Traceback (most recent call last):
     traguardo._errors.NoSuchFile: nothing.qlt: no such file

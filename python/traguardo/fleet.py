@@ -53,7 +53,7 @@ def laps(paths: Paths, *, client: Any = None, progress: bool | None = None) -> "
     `reason`, which is empty but for a file that can't be read.
 
     >>> laps("demo.qlt").groupby("path")["duration"].min().round(3)["demo.qlt"]
-    2.188
+    74.286
     >>> laps(["nothing.qlt"]).loc[0, "reason"]
     'no such file'
     """
