@@ -17,7 +17,7 @@ class BuildWithLibrary(build_py):
         super().run()
         sources = HERE.parent
         if not (sources / "CMakeLists.txt").exists():
-            raise SystemExit("traguardo: its library is built from the whole source tree; install from a checkout of it")
+            raise SystemExit("traguardo: its library is built from the whole source tree, so install from there")
         build = Path(self.get_finalized_command("build").build_temp).resolve() / "library"
         options = ["TRAGUARDO_PYTHON=ON", "TRAGUARDO_TESTS=OFF", "TRAGUARDO_TOOLS=OFF", "TRAGUARDO_INSTALL=OFF",
                    "CMAKE_BUILD_TYPE=Release"]

@@ -1,9 +1,9 @@
 /* SPDX-License-Identifier: MIT */
 /*
  * What the Python package asks of its library beside the functions of exports.h: why a file could not be opened, what a
- * channel's record says, formulas, values on other times, and samples as Arrow arrays. Plain C for ctypes; the package and
- * its library go together, so this may change with any version. No exception leaves a function. Calls hold no lock of the
- * interpreter, and any thread may make them.
+ * channel's record says, formulas, values on other times, and samples as Arrow arrays. Plain C for ctypes; the package
+ * and its library go together, so this may change with any version. No exception leaves a function. Calls hold no lock
+ * of the interpreter, and any thread may make them.
  */
 #ifndef TRAGUARDO_PYTHON_API_H
 #define TRAGUARDO_PYTHON_API_H
@@ -49,16 +49,16 @@ TRAGUARDO_PYTHON_API void tg_close(int handle);
 /* Whether a mark closed the lap: 1, 0. */
 TRAGUARDO_PYTHON_API int tg_lap_finished(int handle, int lap);
 /*
- * Rate in Hz (0 where none is told), the time of the last sample, whether a value holds until the next one, whether it is a
- * speed. 1, or 0.
+ * Rate in Hz (0 where none is told), the time of the last sample, whether a value holds until the next one, whether it
+ * is a speed. 1, or 0.
  */
 TRAGUARDO_PYTHON_API int tg_channel_record(int handle, int channel, double* rate_hz, double* end_s, int* is_held,
                                            int* is_speed);
 
 /*
- * The values at `count` times that never fall, of samples whose times never fall: the last sample's at or before each time
- * (held), or on the line between its two neighbours; not a number before the first sample, and behind the last where not
- * held. 1; 0 if the times of the samples fall somewhere, with `out` partly written.
+ * The values at `count` times that never fall, of samples whose times never fall: the last sample's at or before each
+ * time (held), or on the line between its two neighbours; not a number before the first sample, and behind the last
+ * where not held. 1; 0 if the times of the samples fall somewhere, with `out` partly written.
  */
 TRAGUARDO_PYTHON_API int tg_values_at(const double* times, const double* values, int64_t samples, int is_held,
                                       const double* at, int64_t count, double* out);
@@ -66,15 +66,17 @@ TRAGUARDO_PYTHON_API int tg_values_at(const double* times, const double* values,
 /* How many points a formula has at this rate over the whole session; below 0 if they are too many. */
 TRAGUARDO_PYTHON_API int64_t tg_formula_points(int handle, double rate_hz);
 /*
- * The values of a formula at k / rate_hz, k from 0, into exactly tg_formula_points elements. 0; else the formula's error,
- * with the character where it is and a message of less than `room` bytes; -1 for a handle or a memory that isn't there.
+ * The values of a formula at k / rate_hz, k from 0, into exactly tg_formula_points elements. 0; else the formula's
+ * error, with the character where it is and a message of less than `room` bytes; -1 for a handle or a memory that isn't
+ * there.
  */
 TRAGUARDO_PYTHON_API int tg_formula(int handle, const char* formula, double rate_hz, float* out, int64_t count,
                                     int* character, char* message, int room);
 
 /*
- * Samples as Arrow arrays. All memory is the library's own, so that an array may be released by any thread and after the
- * interpreter has ended. `capsule_pointer` is PyCapsule_GetPointer; the three functions below it are capsule destructors.
+ * Samples as Arrow arrays. All memory is the library's own, so that an array may be released by any thread and after
+ * the interpreter has ended. `capsule_pointer` is PyCapsule_GetPointer; the three functions below it are capsule
+ * destructors.
  */
 TRAGUARDO_PYTHON_API void tg_arrow_start(void* (*capsule_pointer)(void* capsule, const char* name));
 TRAGUARDO_PYTHON_API void tg_arrow_schema_capsule_gone(void* capsule);
@@ -87,8 +89,8 @@ TRAGUARDO_PYTHON_API void* tg_arrow_struct(int64_t bytes);
 TRAGUARDO_PYTHON_API int tg_arrow_samples(const double* times, const double* values, int64_t count, const char* name,
                                           const char* unit, struct ArrowSchema* schema, struct ArrowArray* array);
 /*
- * Batches of "channel", "unit", "time", "value", one per channel that has samples. kinds: 0 logged, 1 derived GPS, 2 raw
- * GPS. The file stays open until the stream is released. 0, or an errno.
+ * Batches of "channel", "unit", "time", "value", one per channel that has samples. kinds: 0 logged, 1 derived GPS, 2
+ * raw GPS. The file stays open until the stream is released. 0, or an errno.
  */
 TRAGUARDO_PYTHON_API int tg_arrow_channels(int handle, const int* kinds, const int* indexes, const char* const* names,
                                            const char* const* units, int count, struct ArrowArrayStream* stream);

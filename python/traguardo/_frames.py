@@ -14,19 +14,20 @@ if TYPE_CHECKING:
 
 MOST_POINTS = 100_000_000  # a day at 1000 Hz has fewer; only a clock that lies asks for more
 _DEFAULT_RATE_HZ = 100.0
-_TO_METRES_PER_SECOND = {"m/s": 1.0, "km/h": 1 / 3.6, "kmh": 1 / 3.6, "mph": 0.44704, "kn": 1852 / 3600, "kts": 1852 / 3600}
+_TO_METRES_PER_SECOND = {"m/s": 1.0, "km/h": 1 / 3.6, "kmh": 1 / 3.6, "mph": 0.44704, "kn": 1852 / 3600}
 _EARTH_RADIUS_M = 6_371_008.8
 
 
 def values_at(samples: Samples, at: Numbers, out: Numbers) -> Numbers:
-    """Fills `out` with the values at times that never fall, in seconds: held or on the line between two samples, as the channel's record
-    says. A channel of which times fall somewhere (two of one name) is taken in the order of its times."""
+    """Fills `out` with the values at times that never fall, in seconds: held or on the line between two samples, as the
+    channel's record says. A channel of which times fall somewhere (two of one name) is taken in the order of its
+    times."""
     times, values = samples._both or samples.read() if isinstance(samples, Channel) else samples.read()
     is_held = isinstance(samples, Channel) and samples.held
 
     def filled(times: Numbers, values: Numbers) -> bool:
-        return bool(lib.tg_values_at(times.ctypes.data, values.ctypes.data, len(times), is_held, at.ctypes.data, len(at),
-                                     out.ctypes.data))
+        return bool(lib.tg_values_at(times.ctypes.data, values.ctypes.data, len(times), is_held, at.ctypes.data,
+                                     len(at), out.ctypes.data))
 
     if not filled(times, values):
         order = np.argsort(times, kind="stable")
@@ -96,7 +97,7 @@ def _strictly_rising(x: Numbers, y: Numbers) -> tuple[Numbers, Numbers]:
 
 
 def speed(session: Session) -> tuple[Numbers, Numbers]:
-    """Times (s) and speed (m/s): the receiver's, else that of the channel that its record calls a speed, or its name."""
+    """Times (s) and speed (m/s): the receiver's, else of the channel that its record or its name calls a speed."""
     if "GPS Speed" in session.gps._names:
         channel = session.gps["GPS Speed"]
         return channel.times, channel.values
@@ -164,7 +165,8 @@ def _other_place(session: Session, lap_times: Numbers, metres: Numbers, other: S
     centre = float(line[0].mean()), float(line[1].mean())
     every = max(1, int(len(metres) // max(metres[-1], 1.0)))  # about a point a metre is enough of a line
     reach = int(np.ceil(60 / max(metres[-1] / len(metres[::every]), 0.05)))
-    places = nearest_places(metres[::every], _as_flat(*line, centre)[::every], scaled, _as_flat(*other_line, centre), reach)
+    places = nearest_places(metres[::every], _as_flat(*line, centre)[::every], scaled, _as_flat(*other_line, centre),
+                            reach)
     places[0], places[-1] = 0.0, metres[-1]  # both laps begin and end at the line
     return np.maximum.accumulate(np.clip(places, 0.0, metres[-1]))
 

@@ -28,7 +28,7 @@ def lap_clock(seconds: float) -> str:
 
 
 def drawing(values: "Numbers") -> str:
-    """Lowest and highest value of each pixel's stretch, as one filled line. Little of it, however long the channel is."""
+    """Lowest and highest value of each pixel's stretch, as one line: little, however long the channel is."""
     values = values[np.isfinite(values)]
     if not len(values):
         return ""

@@ -4,8 +4,8 @@
     from traguardo import fleet
     table = fleet.laps("season/**/*.qlt")
 
-Files are given as a pattern (`**` goes through folders), a path, or a list of both. Every file has its rows, in the order
-of the list; one that can't be opened, or over which the function fails, is a row whose `reason` says why. With a
+Files are given as a pattern (`**` goes through folders), a path, or a list of both. Every file has its rows, in the
+order of the list; one that can't be opened, or over which the function fails, is a row whose `reason` says why. With a
 `distributed.Client`, given as `client` or made before, the tasks go to its workers, which see the files under the same
 paths; a worker that dies loses nothing but time. `progress=True` shows how far it is, in a terminal or a notebook (by
 default where somebody watches).
@@ -34,8 +34,8 @@ _Answer = tuple[Any, str]  # what the function gave, and why it gave nothing
 
 
 def files(paths: Paths) -> list[str]:
-    """The files that a pattern or a list stands for, each once. A name without a pattern stays, whether it exists or not;
-    those that a pattern finds are sorted.
+    """The files that a pattern or a list stands for, each once. A name without a pattern stays, whether it exists or
+    not; those that a pattern finds are sorted.
 
     >>> files(["nothing.qlt", "demo*.qlt", "demo.qlt"])
     ['nothing.qlt', 'demo.qlt']
@@ -62,8 +62,8 @@ def laps(paths: Paths, *, client: Any = None, progress: bool | None = None) -> "
 
 def stats(paths: Paths, channels: Sequence[str], *, per: str = "lap", client: Any = None,
           progress: bool | None = None) -> "pd.DataFrame":
-    """Figures of channels, `per` "lap" or "file": `samples`, and `min`, `max`, `mean`, `std`, `first`, `last` over those
-    that are numbers, in the channel's `unit`. A channel that a file lacks is a row with the reason.
+    """Figures of channels, `per` "lap" or "file": `samples`, and `min`, `max`, `mean`, `std`, `first`, `last` over
+    those that are numbers, in the channel's `unit`. A channel that a file lacks is a row with the reason.
 
     >>> stats("demo.qlt", ["Speed"], per="file")[["channel", "samples", "max"]].round(2).values.tolist()
     [['Speed', 23130, 223.64]]
@@ -232,7 +232,8 @@ class _Progress:
             print(f"\r{self._done} of {self._total} files", end="", file=sys.stderr, flush=True)
             return
         from IPython.display import HTML, display
-        bar = HTML(f'<progress max="{self._total}" value="{self._done}"></progress> {self._done} of {self._total} files')
+        bar = HTML(f'<progress max="{self._total}" value="{self._done}"></progress> '
+                   f"{self._done} of {self._total} files")
         if self._display is None:
             self._display = display(bar, display_id=True)
         else:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""A consumer of Arrow's C interfaces that takes nothing on trust: it checks the rules and releases what it was given."""
+"""A consumer of Arrow's C interfaces that takes nothing on trust: it checks the rules, and releases what it got."""
 import ctypes as ct
 
 import numpy as np
@@ -80,8 +80,8 @@ def values(schema, array):
     if schema.format == b"+s":
         assert array.n_buffers == 1
         assert all(array.children[i].contents.length == n for i in range(array.n_children))
-        return {schema.children[i].contents.name.decode(): values(schema.children[i].contents, array.children[i].contents)
-                for i in range(array.n_children)}
+        pairs = [(schema.children[i].contents, array.children[i].contents) for i in range(array.n_children)]
+        return {field.name.decode(): values(field, child) for field, child in pairs}
     if schema.format == b"u":
         assert array.n_buffers == 3
         ends = np.frombuffer(ct.string_at(array.buffers[1], 4 * (n + 1)), np.int32).tolist()
