@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
 # Shows what Traguardo does with a session: installs what is missing, builds, simulates some laps, and shows their texts,
-# laps, channels and GPS, and a CSV file.
+# laps, channels and GPS, a CSV file, and three lines of Python.
 #
 #   scripts/demo.sh [FILE]     FILE: a session file of your own (.qlt, .qlc, .wmp) instead of a simulated one
 set -eu
@@ -13,11 +13,11 @@ if [ $# -gt 1 ]; then
 fi
 
 echo "== Packages"
-"$root/scripts/setup.sh" build
+"$root/scripts/setup.sh" build python
 echo "== Build"
 build="$root/build/release"
 (cd "$root" && cmake --preset release -DTRAGUARDO_TESTS=OFF -DTRAGUARDO_BENCH=OFF)
-cmake --build "$build" --target traguardo_tool
+cmake --build "$build" --target traguardo_tool traguardo_python
 tool="$build/tools/traguardo"
 
 out="$root/build/demo"
@@ -42,4 +42,13 @@ echo "== CSV: every sample of every channel"
 "$tool" export "$session" -o "$out/demo.csv"
 head -n 6 "$out/demo.csv"
 echo "... $(wc -l <"$out/demo.csv") lines in $out/demo.csv"
+echo "== Python"
+cat >"$out/demo.py" <<'PYTHON'
+import sys, traguardo
+with traguardo.open(sys.argv[1]) as s:
+    print(s.frame(list(s.channels)[:5], rate=2).describe().round(2))
+PYTHON
+cat "$out/demo.py"
+PYTHONPATH="$root/python" PYTHONDONTWRITEBYTECODE=1 TRAGUARDO_PYTHON_LIBRARY="$build/python/_traguardo.so" \
+  /usr/bin/python3 "$out/demo.py" "$session"
 echo "== The tool is $tool"

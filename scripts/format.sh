@@ -17,5 +17,5 @@ esac
 
 # Data tables are laid out by hand, a row a line.
 # shellcheck disable=SC2086
-find src wire tools tests bench fuzz examples -type f \( -name '*.cpp' -o -name '*.h' -o -name '*.c' \) \
+find src wire tools tests bench fuzz examples python -type f \( -name '*.cpp' -o -name '*.h' -o -name '*.c' \) \
   ! -name '*_data.cpp' -print0 | xargs -0 clang-format $mode

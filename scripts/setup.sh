@@ -2,18 +2,22 @@
 # SPDX-License-Identifier: MIT
 # Installs what Traguardo needs on Debian 12, as far as it is missing.
 #
-#   scripts/setup.sh [SET]...     sets: build test windows quality fuzz; without a set: build test
+#   scripts/setup.sh [SET]...     sets: build test python windows quality fuzz; without a set: build test
 set -eu
 
 packages_of() {
   case "$1" in
     build) echo "g++ cmake ninja-build zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev" ;;
     test) echo "python3 libgtest-dev libgmock-dev googletest libbenchmark-dev libgeographiclib-dev gpsbabel" ;;
+    python)
+      echo "python3 python3-numpy python3-pandas python3-h5py python3-scipy python3-dask python3-distributed" \
+        "python3-matplotlib python3-pytest mypy python3-pip python3-setuptools python3-wheel python3-venv"
+      ;;
     windows) echo "g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine wine64" ;;
     quality) echo "clang clang-format clang-tidy libclang-rt-14-dev git python3 pkg-config" ;;
     fuzz) echo "clang libclang-rt-14-dev" ;;
     *)
-      echo "setup: no set \"$1\" (there are: build test windows quality fuzz)" >&2
+      echo "setup: no set \"$1\" (there are: build test python windows quality fuzz)" >&2
       return 1
       ;;
   esac

@@ -5,6 +5,6 @@ set -eu
 cd "$(dirname "$0")/.."
 
 echo "== Packages"
-scripts/setup.sh build test
+scripts/setup.sh build test python
 echo "== Build and tests"
 exec scripts/build_and_test.sh release

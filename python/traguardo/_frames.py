@@ -16,6 +16,8 @@ MOST_POINTS = 100_000_000  # a day at 1000 Hz has fewer; only a clock that lies 
 _DEFAULT_RATE_HZ = 100.0
 _TO_METRES_PER_SECOND = {"m/s": 1.0, "km/h": 1 / 3.6, "kmh": 1 / 3.6, "mph": 0.44704, "kn": 1852 / 3600}
 _EARTH_RADIUS_M = 6_371_008.8
+_SMOOTH = 25  # points of the receiver's 10 ms to either side
+_KERNEL = np.ones(2 * _SMOOTH + 1) / (2 * _SMOOTH + 1)
 
 
 def values_at(samples: Samples, at: Numbers, out: Numbers) -> Numbers:
@@ -167,8 +169,11 @@ def _other_place(session: Session, lap_times: Numbers, metres: Numbers, other: S
     reach = int(np.ceil(60 / max(metres[-1] / len(metres[::every]), 0.05)))
     places = nearest_places(metres[::every], _as_flat(*line, centre)[::every], scaled, _as_flat(*other_line, centre),
                             reach)
-    places[0], places[-1] = 0.0, metres[-1]  # both laps begin and end at the line
-    return np.maximum.accumulate(np.clip(places, 0.0, metres[-1]))
+    # A receiver's place jitters by decimetres; how far two lines are apart changes slowly.
+    apart = places - scaled
+    apart[0] = apart[-1] = 0.0  # both laps begin and end at the line
+    apart = np.convolve(np.pad(apart, _SMOOTH, mode="reflect", reflect_type="odd"), _KERNEL, mode="valid")
+    return np.maximum.accumulate(np.clip(scaled + apart, 0.0, metres[-1]))
 
 
 def compare(session: Session, other: Session, lap: Lap, other_lap: Lap, step: float) -> "pd.DataFrame":
