@@ -19,10 +19,11 @@ def main(path, picture, lap="best", other_lap=None):
         both = s.compare(s, lap=lap, other_lap=other_lap)
         title = f"{s.info.vehicle}, {s.info.track}"
 
-    figure, (speeds, delta) = plt.subplots(2, sharex=True, figsize=(10, 6), height_ratios=(2, 1), constrained_layout=True)
+    figure, (speeds, delta) = plt.subplots(2, sharex=True, figsize=(10, 6), height_ratios=(2, 1),
+                                           constrained_layout=True)
     figure.suptitle(title)
-    speeds.plot(both.index, both["speed"] * 3.6, label=f"lap {lap}: {laps.loc[lap, 'duration']:.3f} s")
-    speeds.plot(both.index, both["other_speed"] * 3.6, label=f"lap {other_lap}: {laps.loc[other_lap, 'duration']:.3f} s")
+    for number, column in ((lap, "speed"), (other_lap, "other_speed")):
+        speeds.plot(both.index, both[column] * 3.6, label=f"lap {number}: {laps.loc[number, 'duration']:.3f} s")
     speeds.set_ylabel("Speed (km/h)")
     speeds.legend(loc="lower right")
     delta.axhline(0, color="grey", linewidth=0.8)

@@ -162,11 +162,10 @@ int tg_values_at(const double* times, const double* values, int64_t samples, int
       if (next > 0 && times[next] < times[next - 1]) return 0;
       ++next;
     }
-    if (next == 0) {
-      out[i] = kNothing;
-    } else if (is_held != 0 || times[next - 1] == at[i]) {
+    const bool is_at_sample = next > 0 && times[next - 1] == at[i];
+    if (next > 0 && (is_held != 0 || is_at_sample)) {
       out[i] = values[next - 1];
-    } else if (next == samples) {
+    } else if (next == 0 || next == samples) {
       out[i] = kNothing;
     } else {
       const double span = times[next] - times[next - 1];

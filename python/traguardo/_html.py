@@ -41,8 +41,8 @@ def drawing(values: "Numbers") -> str:
         y = _HEIGHT - 1 - (edge - bottom) / span * (_HEIGHT - 2)
         return " ".join(f"{a:.0f},{b:.1f}" for a, b in zip(x[order], y[order]))
 
-    return (f'<svg width="{_WIDTH}" height="{_HEIGHT}" role="img"><polygon fill="currentColor" fill-opacity="0.35" stroke="currentColor" '
-            f'stroke-width="0.8" points="{points(high, slice(None))} {points(low, slice(None, None, -1))}"/></svg>')
+    return (f'<svg width="{_WIDTH}" height="{_HEIGHT}" role="img"><polygon fill="currentColor" fill-opacity="0.35" '
+            f'stroke="currentColor" stroke-width="0.8" points="{points(high, slice(None))} {points(low, slice(None, None, -1))}"/></svg>')
 
 
 def _row(channel: "Channel") -> str:
