@@ -13,6 +13,7 @@ const here = dirname(fileURLToPath(import.meta.url));
 const output = process.argv[2];
 if (output === undefined) throw new Error("usage: node bundle.mjs OUT.cpp");
 
+const licence = readFileSync(`${here}/node_modules/uplot/LICENSE`, "utf8").trim();
 const { outputFiles } = await build({
   absWorkingDir: here,
   entryPoints: ["src/main.ts"],
@@ -21,7 +22,7 @@ const { outputFiles } = await build({
   format: "esm",
   target: "es2022",
   charset: "ascii",
-  legalComments: "inline",
+  banner: { js: `/*!\nuPlot, which this page draws with:\n\n${licence}\n*/` },
   outdir: "out",
   write: false,
 });
@@ -38,12 +39,14 @@ const policy = [
   "form-action 'none'",
 ].join("; ");
 
+// Cut first: what is filled in may have such words of its own.
+const [begin, body, end] = readFileSync(`${here}/shell.html`, "utf8").split(/\{(?:title|data)\}/);
 const fill = (text, name, value) => text.replace(`{${name}}`, () => value);
-let shell = readFileSync(`${here}/shell.html`, "utf8");
-for (const [name, value] of Object.entries({ policy, style, script })) shell = fill(shell, name, value);
-const [begin, rest] = shell.split("{title}");
-const dataAt = rest.lastIndexOf("{data}");
-const parts = { kPageBegin: begin, kPageBody: rest.slice(0, dataAt), kPageEnd: rest.slice(dataAt + "{data}".length) };
+const parts = {
+  kPageBegin: fill(begin, "policy", policy),
+  kPageBody: fill(body, "style", style),
+  kPageEnd: fill(end, "script", script),
+};
 
 function literal(text) {
   const lines = [];

@@ -24,10 +24,10 @@ export interface LapHead {
 
 export interface TrackHead {
   count: number;
-  times: number; // blocks: microseconds; centimetres east and north of the page's origin; metres driven, in millimetres
+  times: number; // blocks: microseconds; centimetres east and north of the page's origin, and driven
   east_cm: number;
   north_cm: number;
-  driven_mm: number;
+  driven_cm: number;
 }
 
 export interface FileHead {

@@ -31,8 +31,8 @@ export function titleOf(channel: ChannelHead): string {
   return channel.unit === "" ? channel.name : `${channel.name} (${channel.unit})`;
 }
 
-async function metres(block: number, count: number, scale: number): Promise<Float64Array> {
-  return Float64Array.from(await readValues(block, count), (kept) => kept * scale);
+async function metres(block: number, count: number): Promise<Float64Array> {
+  return Float64Array.from(await readValues(block, count), (centimetres) => centimetres / 100);
 }
 
 export async function openFiles(head: Head): Promise<SessionFile[]> {
@@ -53,10 +53,10 @@ async function readDistance(session: SessionFile): Promise<void> {
     const times_us = await readTimes(track.times, track.count);
     session.track = {
       times_us,
-      east_m: new Line(times_us, await metres(track.east_cm, track.count, 0.01)),
-      north_m: new Line(times_us, await metres(track.north_cm, track.count, 0.01)),
+      east_m: new Line(times_us, await metres(track.east_cm, track.count)),
+      north_m: new Line(times_us, await metres(track.north_cm, track.count)),
     };
-    session.driven_m = new Line(times_us, await metres(track.driven_mm, track.count, 0.001));
+    session.driven_m = new Line(times_us, await metres(track.driven_cm, track.count));
     session.drivenFrom = "GPS track";
     return;
   }
