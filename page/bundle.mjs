@@ -63,5 +63,5 @@ function literal(text) {
 const source = Object.entries(parts).map(([name, text]) => `const std::string_view ${name} =\n${literal(text)};\n`);
 writeFileSync(
   output,
-  `// Made by page/bundle.mjs.\n#include "page_shell.h"\n\nnamespace traguardo::tool {\n\n${source.join("\n")}\n}  // namespace traguardo::tool\n`,
+  `// Made by page/bundle.mjs.\n#include "page/shell.h"\n\nnamespace traguardo::tool {\n\n${source.join("\n")}\n}  // namespace traguardo::tool\n`,
 );

@@ -67,6 +67,7 @@ function sampleBySample(channel: Channel, trace: Trace, frame: Frame, from: numb
       continue;
     }
     const x = frame.box.left + (trace.xAt(channel.times_us[i], frame.axis) - frame.view.low) * scale;
+    if (isOpen && channel.head.held) path.lineTo(x, y(channel.low(i - 1)));
     if (isOpen) path.lineTo(x, y(low));
     else path.moveTo(x, y(low));
     // A sample between two gaps is seen as a point.

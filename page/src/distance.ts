@@ -1,19 +1,6 @@
 // SPDX-License-Identifier: MIT
-// How far a car had come at which moment: along its GPS track, or without one by its speed over time.
+// How far a car had come at which moment: by its speed over time, or along its GPS track.
 import { lowerBound, type Channel } from "./channel";
-
-const METRES_PER_SECOND: Record<string, number> = {
-  "m/s": 1,
-  "km/h": 1 / 3.6,
-  kmh: 1 / 3.6,
-  kph: 1 / 3.6,
-  mph: 0.44704,
-  kn: 1852 / 3600,
-};
-
-export function isSpeed(unit: string): boolean {
-  return unit.toLowerCase() in METRES_PER_SECOND;
-}
 
 // A line through known points, level before the first and behind the last one.
 export class Line {
@@ -43,8 +30,8 @@ function interpolated(from: Float64Array, to: Float64Array, x: number): number {
 }
 
 // Metres over microseconds, from a channel of speeds.
-export function drivenBySpeed(channel: Channel): Line {
-  const factor = METRES_PER_SECOND[channel.head.unit.toLowerCase()] * 1e-6;
+export function drivenBySpeed(channel: Channel, metresPerSecond: number): Line {
+  const factor = metresPerSecond * 1e-6;
   const times = channel.times_us;
   const metres = new Float64Array(times.length);
   let last = 0;

@@ -6,6 +6,7 @@ export interface ChannelHead {
   name: string;
   unit: string;
   kind: "logged" | "gps";
+  held: boolean; // a value stays until the next sample; others change in a straight line
   count: number; // samples in the session, or in the laps that were chosen
   decimals: number; // that are kept and shown; -1: 32-bit floats, whole
   stretch: number; // samples that one minimum and one maximum stand for; 1: each sample stands for itself
@@ -38,6 +39,7 @@ export interface FileHead {
   duration_us: number;
   laps: LapHead[];
   channels: ChannelHead[];
+  speed: { channel: number; metres_per_second: number } | null; // what distances come from: place in `channels`, factor
   track: TrackHead | null;
 }
 

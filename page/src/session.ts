@@ -2,7 +2,7 @@
 // The files of the page with what belongs to all of their laps, and the traces: stretches of a file that are drawn.
 import { readValues, readTimes } from "./blocks";
 import { Channel, lowerBound } from "./channel";
-import { drivenBySpeed, isSpeed, Line } from "./distance";
+import { drivenBySpeed, Line } from "./distance";
 import type { ChannelHead, FileHead, Head, LapHead } from "./head";
 
 export type AxisKind = "distance" | "lap" | "session";
@@ -48,7 +48,7 @@ export async function openFiles(head: Head): Promise<SessionFile[]> {
 }
 
 async function readDistance(session: SessionFile): Promise<void> {
-  const track = session.head.track;
+  const { channels, speed, track } = session.head;
   if (track !== null) {
     const times_us = await readTimes(track.times, track.count);
     session.track = {
@@ -58,12 +58,10 @@ async function readDistance(session: SessionFile): Promise<void> {
     };
     session.driven_m = new Line(times_us, await metres(track.driven_cm, track.count));
     session.drivenFrom = "GPS track";
-    return;
   }
-  const speed = session.head.channels.find((channel) => isSpeed(channel.unit) && channel.count > 1);
-  if (speed === undefined) return;
-  session.driven_m = drivenBySpeed(await Channel.load(speed));
-  session.drivenFrom = speed.name;
+  if (speed === null || channels[speed.channel].count < 2) return;
+  session.driven_m = drivenBySpeed(await Channel.load(channels[speed.channel]), speed.metres_per_second);
+  session.drivenFrom = channels[speed.channel].name;
 }
 
 // A lap, or a whole file, with the way from its times to the places on an axis and back.
