@@ -110,7 +110,7 @@ TEST(HostileClaims, DerivedChannelsAreBoundedTogether) {
   EXPECT_NE(log.text().find("WARNING = Channel Fast ends 1592000 samples early\n"), std::string::npos);
   // A host is told of those, too, that nothing is left of.
   CParserWMP parser(opened.folder().wide("session.wmp"));
-  opened.folder().write("session.jts", wmp::build_jts(5));
+  opened.folder().write("session.jts", plain_jts(5));
   ASSERT_TRUE(parser.ParsaFile(nullptr));
   const auto& shortened = parser.shortened_channels();
   ASSERT_EQ(shortened.size(), 100 - kWhole);
