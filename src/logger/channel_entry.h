@@ -26,9 +26,11 @@ struct ChannelEntry {
   CCanaleQLT::Esito AddMany(u64 time, u32 count, const u8* samples) const {
     if (sink == nullptr) return object->ConvertiAndAddValori(time, count, samples);
     const u64 period = object->record().period_us();
+    const SampleReader read = reader;
+    const u32 size = sample_size;
     CCanaleQLT::Esito outcome = CCanaleQLT::kBuono;
-    for (u32 i = 0; i < count; ++i, samples += sample_size, time += period) {
-      const CParsedChannel::Esito one = sink->AddValore(time, reader(samples));
+    for (u32 i = 0; i < count; ++i, samples += size, time += period) {
+      const CParsedChannel::Esito one = sink->AddValore(time, read(samples));
       if (one == CParsedChannel::kOutOfMemory) return CCanaleQLT::kMemoriaFinita;
       if (one == CParsedChannel::kRefused) outcome = CCanaleQLT::kRifiutato;
     }

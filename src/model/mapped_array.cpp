@@ -53,7 +53,7 @@ int MemoryMappedArray::MakeRoomAndAdd(u8** record) {
   const u64 left_in_window = kRecordsPerWindow - number % kRecordsPerWindow;
   const u64 room = std::min({u64{capacity_} - Buffered(), left_in_window, most_records_ - number});
   limit_ = next_ + room * record_size_;
-  *record = TakeRoom();
+  *record = TakeRoom(record_size_);
   return new_window;
 }
 
@@ -86,9 +86,10 @@ bool MemoryMappedArray::WriteOut(u32 count) {
   u64 place = 0;
   if (!file_->Append(buffer_.get(), bytes, &place)) return false;
   // Two pieces that lie one behind the other are one, as with a single busy channel.
+  const u64 present = pieces_.empty() ? 0 : written_ - pieces_.back().first;
   const bool goes_on =
-      !pieces_.empty() && pieces_.back().place + (written_ - pieces_.back().first) * record_size_ == place;
-  if (!goes_on) pieces_.push_back({written_, place});
+      !pieces_.empty() && present < kRecordsPerPiece && pieces_.back().place + present * record_size_ == place;
+  if (!goes_on) pieces_.push_back({written_, place, record_size_ < sizeof(u64) ? 0 : load_u64(buffer_.get())});
   const std::size_t kept = static_cast<std::size_t>(next_ - buffer_.get()) - bytes;
   std::memmove(buffer_.get(), buffer_.get() + bytes, kept);
   written_ += count;

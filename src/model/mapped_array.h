@@ -7,7 +7,9 @@
 // stores share one file.
 #pragma once
 
+#include <algorithm>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "model/store_file.h"
@@ -30,16 +32,16 @@ class MemoryMappedArray {
   // closed). Gives 1 if the record is the first of a further window, else 0. The pointer is good until the next call.
   int Aggiungi(u8** record) {
     if (!HasRoom()) return MakeRoomAndAdd(record);
-    *record = TakeRoom();
+    *record = TakeRoom(record_size_);
     return 0;
   }
   // The two halves of Aggiungi for loops over samples. Room never reaches beyond the current window, so a record that
   // finds room has a predecessor in its window.
   bool HasRoom() const { return next_ != limit_; }
-  // REQUIRES: HasRoom().
-  u8* TakeRoom() {
+  // REQUIRES: HasRoom(), and the store's record size, which its owner knows without looking.
+  u8* TakeRoom(u32 record_size) {
     u8* record = next_;
-    next_ += record_size_;
+    next_ += record_size;
     // With hundreds of channels in turn no processor sees by itself that each of them writes on.
     __builtin_prefetch(record + kWriteAhead, 1);
     return record;
@@ -52,6 +54,15 @@ class MemoryMappedArray {
   u64 Numero() const { return written_ + Buffered(); }
   // Copies up to `count` records from number `first` on; gives the number copied. Throws ReadFailure.
   u64 Leggi(u64 first, u64 count, u8* out) const;
+  // Where records begin with a key that rises from one to the next: the numbers of records [first, second] among which
+  // the first one stands that `is_below` no longer holds of, found without reading any.
+  template <typename IsBelow>
+  std::pair<u64, u64> Bracket(IsBelow&& is_below) const {
+    const auto next = std::partition_point(pieces_.begin(), pieces_.end(),
+                                           [&](const Piece& piece) { return is_below(piece.first_key); });
+    const u64 high = next == pieces_.end() ? Numero() : next->first;
+    return {next == pieces_.begin() ? (pieces_.empty() ? 0 : high) : (next - 1)->first + 1, high};
+  }
   // Ends the writing. False if something could not be written, now or earlier; the store is then not to be believed.
   bool Chiudi();
   // Not before a record was refused for want of room.
@@ -61,10 +72,14 @@ class MemoryMappedArray {
   static constexpr std::size_t kWriteAhead = 128;
   static constexpr u32 kRecordsPerWindow = platform::kAllocationGranularity;
 
+  // A piece of the file that one channel alone fills ends here, for those who look for a record by its key.
+  static constexpr u64 kRecordsPerPiece = 8192;
+
   // Records that lie together in the file.
   struct Piece {
     u64 first;
     u64 place;
+    u64 first_key;  // eight bytes
   };
 
   int MakeRoomAndAdd(u8** record);

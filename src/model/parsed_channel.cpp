@@ -194,19 +194,24 @@ u32 CParsedChannel::GetValori(double* times, double* values, int count) {
 
 // The first record whose time is not below `time`. REQUIRES: times_ascend_.
 u64 CParsedChannel::FirstNotBelow(u64 time) const {
-  u64 low = 0;
-  u64 high = store_.Numero();
-  u8 bytes[SChannelRecord::kSize];
-  while (low < high) {
+  const auto is_below = [&](u64 stored) { return stored + time_shift_ < time; };
+  auto [low, high] = store_.Bracket(is_below);
+  // Below this many records one read is cheaper than several.
+  constexpr u64 kReadAtOnce = 128;
+  u8 bytes[kReadAtOnce * SChannelRecord::kSize];
+  while (high - low > kReadAtOnce) {
     const u64 middle = low + (high - low) / 2;
     store_.Leggi(middle, 1, bytes);
-    if (load_u64(bytes) + time_shift_ < time) {
+    if (is_below(load_u64(bytes))) {
       low = middle + 1;
     } else {
       high = middle;
     }
   }
-  return low;
+  const u64 count = store_.Leggi(low, high - low, bytes);
+  u64 below = 0;
+  while (below < count && is_below(load_u64(bytes + below * SChannelRecord::kSize))) ++below;
+  return low + below;
 }
 
 // Calls visit(index, record bytes) for the samples with from <= time < to, up to the first not below `to` and to `most`

@@ -65,7 +65,7 @@ class CParsedChannel final : public IRkChannel {
       return AddAtAnEdge(time, value);
     if (time <= last_record_time_) return kRefused;
     if (keep_constant_ && IsRepeated(value)) return Merge(time);
-    Append(store_.TakeRoom(), time, value);
+    Append(store_.TakeRoom(SChannelRecord::kSize), time, value);
     return kStored;
   }
   // `count` samples from first_time on, `step` apart; no test of order. False if the store ran out of room.

@@ -12,20 +12,6 @@
 namespace traguardo {
 namespace {
 
-// A plain value is v * gain + offset in single precision; a sentinel is 0.0, whatever gain and offset are.
-template <typename T>
-float plain(const u8* sample, float gain, float offset, u32* status) {
-  const T value = detail::load_little_endian<T>(sample);
-  *status = kStatusGood;
-  if constexpr (sizeof(T) == 4) {
-    *status = sentinel_status(static_cast<u32>(value));
-  } else if constexpr (sizeof(T) == 2) {
-    *status = sentinel_status(static_cast<u16>(value));
-  }
-  if (*status != kStatusGood) return 0.0F;
-  return static_cast<float>(value) * gain + offset;
-}
-
 float single(const u8* sample, float gain, float offset, u32* status) {
   const float value = load_f32(sample);
   if (!std::isfinite(value)) {
@@ -102,17 +88,17 @@ ReaderPair reader_of_format(i32 format, u32 fid) {
     case kSMPL_FMT_ZEP_LATLON:
     case kSMPL_FMT_TDIFF:
     case kSMPL_FMT_ROLL_TIME:
-      return reader_pair<plain<i32>>(4);
+      return plain_pair<i32>();
     case kSMPL_FMT_S16:
-      return reader_pair<plain<i16>>(2);
+      return plain_pair<i16>();
     case kSMPL_FMT_S8:
-      return reader_pair<plain<i8>>(1);
+      return plain_pair<i8>();
     case kSMPL_FMT_U32:
-      return reader_pair<plain<u32>>(4);
+      return plain_pair<u32>();
     case kSMPL_FMT_U16:
-      return reader_pair<plain<u16>>(2);
+      return plain_pair<u16>();
     case kSMPL_FMT_U8:
-      return reader_pair<plain<u8>>(1);
+      return plain_pair<u8>();
     case kSMPL_FMT_FLOAT:
       return reader_pair<single>(4);
     case kSMPL_FMT_F16:
