@@ -80,16 +80,47 @@ bool MemoryMappedArray::Enlarge(u32 limit) {
   return true;
 }
 
+// Whether the keys of the oldest `count` buffered records lie one step apart.
+bool MemoryMappedArray::AreEven(u32 count, u64* step) const {
+  if (count < 2 || record_size_ != kKeySize + kValueSize) return false;
+  constexpr std::size_t kSize = kKeySize + kValueSize;
+  const u8* record = buffer_.get();
+  u64 key = load_u64(record);
+  *step = load_u64(record + kSize) - key;
+  u64 differences = 0;
+  for (u32 i = 1; i < count; ++i) {
+    record += kSize;
+    key += *step;
+    differences |= load_u64(record) ^ key;
+  }
+  return differences == 0;
+}
+
+// Two pieces that lie one behind the other are one, as with a single busy channel.
+bool MemoryMappedArray::GoesOn(const Piece& piece) const {
+  if (pieces_.empty()) return false;
+  const Piece& last = pieces_.back();
+  const u64 present = written_ - last.first;
+  if (present >= kRecordsPerPiece || last.is_even != piece.is_even) return false;
+  if (piece.is_even && (last.step != piece.step || last.first_key + present * last.step != piece.first_key)) return false;
+  return last.place + present * StoredSize(last) == piece.place;
+}
+
 // Writes the oldest `count` buffered records and moves the others to the front.
 bool MemoryMappedArray::WriteOut(u32 count) {
   const std::size_t bytes = static_cast<std::size_t>(count) * record_size_;
-  u64 place = 0;
-  if (!file_->Append(buffer_.get(), bytes, &place)) return false;
-  // Two pieces that lie one behind the other are one, as with a single busy channel.
-  const u64 present = pieces_.empty() ? 0 : written_ - pieces_.back().first;
-  const bool goes_on =
-      !pieces_.empty() && present < kRecordsPerPiece && pieces_.back().place + present * record_size_ == place;
-  if (!goes_on) pieces_.push_back({written_, place, record_size_ < sizeof(u64) ? 0 : load_u64(buffer_.get())});
+  Piece piece{written_, 0, load_u64(buffer_.get()), false, 0};
+  piece.is_even = AreEven(count, &piece.step);
+  const u8* stored = buffer_.get();
+  if (piece.is_even) {
+    u8* const packed = file_->Scratch(std::size_t{count} * kValueSize);
+    for (std::size_t i = 0; i < count; ++i) {
+      store_u32(packed + i * kValueSize, load_u32(stored + i * (kKeySize + kValueSize) + kKeySize));
+    }
+    stored = packed;
+  }
+  if (!file_->Append(stored, static_cast<std::size_t>(count * StoredSize(piece)), &piece.place)) return false;
+  if (!GoesOn(piece)) pieces_.push_back(piece);
   const std::size_t kept = static_cast<std::size_t>(next_ - buffer_.get()) - bytes;
   std::memmove(buffer_.get(), buffer_.get() + bytes, kept);
   written_ += count;
@@ -144,6 +175,22 @@ bool MemoryMappedArray::Chiudi() {
   return valid_;
 }
 
+void MemoryMappedArray::ReadPiece(const Piece& piece, u64 number, u64 count, u8* out) const {
+  const u64 stored_size = StoredSize(piece);
+  const std::size_t bytes = static_cast<std::size_t>(count * stored_size);
+  // The values of an even piece are read to where they end, and spread from the front.
+  u8* const stored = out + count * record_size_ - bytes;
+  file_->Read(piece.place + number * stored_size, stored, bytes);
+  if (!piece.is_even) return;
+  u64 key = piece.first_key + number * piece.step;
+  for (u64 i = 0; i < count; ++i, key += piece.step) {
+    const u32 value = load_u32(stored + i * kValueSize);
+    u8* const record = out + i * (kKeySize + kValueSize);
+    store_u64(record, key);
+    store_u32(record + kKeySize, value);
+  }
+}
+
 u64 MemoryMappedArray::Leggi(u64 first, u64 count, u8* out) const {
   const u64 records = Numero();
   if (first >= records) return 0;
@@ -155,11 +202,10 @@ u64 MemoryMappedArray::Leggi(u64 first, u64 count, u8* out) const {
     const u64 end = piece == pieces_.end() ? written_ : piece->first;
     const Piece& here = *(piece - 1);
     const u64 records_here = std::min(left, end - first);
-    const std::size_t bytes = static_cast<std::size_t>(records_here * record_size_);
-    file_->Read(here.place + (first - here.first) * record_size_, out, bytes);
+    ReadPiece(here, first - here.first, records_here, out);
     first += records_here;
     left -= records_here;
-    out += bytes;
+    out += records_here * record_size_;
     if (piece != pieces_.end()) ++piece;
   }
   if (left > 0) {

@@ -22,7 +22,7 @@ class MemoryMappedArray {
   // A window's offset is a 32-bit number in this family of files.
   static constexpr u64 kLargestStore = u64{1} << 32;
 
-  // `file` outlives the store. `largest`: bytes that it ends at.
+  // `file` outlives the store. Records are longer than their key; `largest`: bytes of records that the store ends at.
   MemoryMappedArray(StoreFile* file, u32 record_size, u64 largest = kLargestStore);
   MemoryMappedArray(const MemoryMappedArray&) = delete;
   MemoryMappedArray& operator=(const MemoryMappedArray&) = delete;
@@ -74,18 +74,27 @@ class MemoryMappedArray {
 
   // A piece of the file that one channel alone fills ends here, for those who look for a record by its key.
   static constexpr u64 kRecordsPerPiece = 8192;
+  static constexpr u32 kKeySize = 8;
+  static constexpr u32 kValueSize = 4;  // of records that may lie in an even piece
 
-  // Records that lie together in the file.
+  // Records that lie together in the file. A record begins with a key of eight bytes; where keys go up by one step from
+  // record to record, as the times of most channels do, they are worked out again instead of being written.
   struct Piece {
     u64 first;
     u64 place;
-    u64 first_key;  // eight bytes
+    u64 first_key;
+    bool is_even;
+    u64 step;  // of an even piece
   };
 
   int MakeRoomAndAdd(u8** record);
   bool MakeRoom();
   bool Enlarge(u32 limit);
   bool WriteOut(u32 count);
+  bool AreEven(u32 count, u64* step) const;
+  bool GoesOn(const Piece& piece) const;
+  u64 StoredSize(const Piece& piece) const { return piece.is_even ? record_size_ - kKeySize : record_size_; }
+  void ReadPiece(const Piece& piece, u64 number, u64 count, u8* out) const;
   bool KeepInMemory();
   void ReleaseBuffer();
   u32 Buffered() const { return static_cast<u32>(static_cast<std::size_t>(next_ - buffer_.get()) / record_size_); }

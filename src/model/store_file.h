@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "support/platform/platform.h"
 
@@ -23,6 +24,11 @@ class StoreFile {
   bool HasFailed() const { return has_failed_ || !file_; }
   // Puts bytes behind all others and gives their place. False if they can't be written, as on a full disk.
   bool Append(const u8* bytes, std::size_t count, u64* place);
+  // Bytes to make a piece in, good until the next call. Throws bad_alloc.
+  u8* Scratch(std::size_t bytes) {
+    if (scratch_.size() < bytes) scratch_.resize(bytes);
+    return scratch_.data();
+  }
   // Throws ReadFailure.
   void Read(u64 place, u8* out, std::size_t count) const { file_.read_all_at(place, out, count); }
 
@@ -30,6 +36,7 @@ class StoreFile {
   platform::File file_;
   u64 end_ = 0;
   bool has_failed_ = false;
+  std::vector<u8> scratch_;
 };
 
 }  // namespace traguardo
