@@ -258,16 +258,20 @@ u32 FrameDecoder::DecodePlaces(Frame frame, const DescriptorTable& table, ErrorL
   clock_.Raise(time);
   errors->Append(frame.position, descriptor->missing());
   const u8* data = frame.at + kFrameHead;
+  const ChannelEntry* const channels = table_.entries().data();
   for (const ChannelDescriptor::Place& place : BelievedPlaces(*descriptor)) {
-    const ChannelEntry* channel = &table_.entries()[place.channel];
+    const ChannelEntry& channel = channels[place.channel];
     const u64 sample_time = time + place.number * step;
-    clock_.Raise(sample_time);
-    SStatMisura* statistics = channel->statistics;
-    if (statistics != nullptr) (statistics->*count_sample)();
-    if (!Accept(channel->Add(sample_time, data, frame.offset_of(data)), statistics, frame.position)) {
-      return StoreFailed();
+    SStatMisura* const statistics = channel.statistics;
+    if (channel.sink != nullptr && statistics == nullptr && channel.sink->HasRoom()) [[likely]] {
+      channel.sink->AddValore(sample_time, channel.reader(data));
+    } else {
+      if (statistics != nullptr) (statistics->*count_sample)();
+      if (!Accept(channel.Add(sample_time, data, frame.offset_of(data)), statistics, frame.position)) {
+        return StoreFailed();
+      }
     }
-    data += channel->sample_size;
+    data += channel.sample_size;
   }
   clock_.Raise(last);
   return static_cast<u32>(length);
