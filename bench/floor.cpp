@@ -211,7 +211,8 @@ std::uint64_t floor_scan(const std::string& path) {
   for (const char mark : {'(', '<'}) {
     const std::uint8_t* at = input.begin();
     const std::uint8_t* const end = at + input.size();
-    while ((at = static_cast<const std::uint8_t*>(std::memchr(at, mark, static_cast<std::size_t>(end - at)))) != nullptr) {
+    while ((at = static_cast<const std::uint8_t*>(std::memchr(at, mark, static_cast<std::size_t>(end - at)))) !=
+           nullptr) {
       ++found;
       ++at;
     }

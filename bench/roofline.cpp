@@ -155,7 +155,8 @@ class Bench {
       std::printf("%s\"%s\": %.3f", is_first_ ? "{" : ", ", name.c_str(), ratio.value_or(0));
     } else {
       std::printf("%-40s %9.1f %9.1f %9.1f %9.0f ", name.c_str(), pair.reader.processor_s * 1e3,
-                  pair.floor.processor_s * 1e3, amount / pair.reader.processor_s / 1e6, pair.reader.faults / amount * 1e6);
+                  pair.floor.processor_s * 1e3, amount / pair.reader.processor_s / 1e6,
+                  pair.reader.faults / amount * 1e6);
       if (ratio) {
         std::printf("%7.2f\n", *ratio);
       } else {
@@ -197,8 +198,7 @@ Cost floor_open_cost(const Session& session, const Shape& shape) {
 Pair opening(Bench* bench, const std::string& name, const Shape& shape) {
   Session session = bench->session("open.qlt");
   write_session(shape, &session);
-  const Pair pair =
-      bench->rounds([&] { return open_cost(session); }, [&] { return floor_open_cost(session, shape); });
+  const Pair pair = bench->rounds([&] { return open_cost(session); }, [&] { return floor_open_cost(session, shape); });
   bench->row(name, pair, static_cast<double>(session.samples));
   return pair;
 }
@@ -285,10 +285,11 @@ void gps(Bench* bench) {
     return cost_of([&] {
       const int channels = raw ? get_GPS_raw_channels_count(handle) : get_GPS_channels_count(handle);
       for (int channel = 0; channel < channels; ++channel) {
-        const int count = raw ? get_GPS_raw_channel_samples_count(handle, channel)
-                              : get_GPS_channel_samples_count(handle, channel);
-        const int got = raw ? get_GPS_raw_channel_samples(handle, channel, arrays.times.data(), arrays.values.data(), count)
-                            : get_GPS_channel_samples(handle, channel, arrays.times.data(), arrays.values.data(), count);
+        const int count =
+            raw ? get_GPS_raw_channel_samples_count(handle, channel) : get_GPS_channel_samples_count(handle, channel);
+        const int got =
+            raw ? get_GPS_raw_channel_samples(handle, channel, arrays.times.data(), arrays.values.data(), count)
+                : get_GPS_channel_samples(handle, channel, arrays.times.data(), arrays.values.data(), count);
         points += got;
       }
     });
@@ -402,7 +403,8 @@ void growth(Bench* bench) {
               read_all(open.handle(), &arrays);
               double start = 0;
               double duration = 0;
-              for (int lap = 0; lap < get_laps_count(open.handle()); ++lap) get_lap_info(open.handle(), lap, &start, &duration);
+              for (int lap = 0; lap < get_laps_count(open.handle()); ++lap)
+                get_lap_info(open.handle(), lap, &start, &duration);
             });
           },
           nullptr);
@@ -429,7 +431,8 @@ void run(Bench* bench) {
     opening(bench, "(b) open, (M of 50", shape);
   }
   if (bench->wants('c')) opening(bench, "(c) open, (G of 20", shape_of(Frames::group, 200, bench->scaled(5'000'000)));
-  if (bench->wants('d')) opening(bench, "(d) open, mixed of 100", shape_of(Frames::mixed, 100, bench->scaled(40'000'000)));
+  if (bench->wants('d'))
+    opening(bench, "(d) open, mixed of 100", shape_of(Frames::mixed, 100, bench->scaled(40'000'000)));
   if (bench->wants('e')) broken_frames(bench);
   if (bench->wants('f')) {
     for (const std::uint32_t channels : {20U, 200U}) reading_back(bench, channels);

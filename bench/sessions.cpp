@@ -60,7 +60,8 @@ Bytes channel_table(const Shape& shape) {
   Bytes groups;
   for (std::uint32_t first = 0; first + shape.channels_per_group <= shape.channels; first += shape.channels_per_group) {
     std::vector<std::uint16_t> members;
-    for (std::uint32_t i = 0; i < shape.channels_per_group; ++i) members.push_back(static_cast<std::uint16_t>(first + i));
+    for (std::uint32_t i = 0; i < shape.channels_per_group; ++i)
+      members.push_back(static_cast<std::uint16_t>(first + i));
     groups = std::move(groups) + wire::grp(static_cast<std::uint16_t>(first / shape.channels_per_group), members);
   }
   return wire::cnf(channels, groups);

@@ -102,7 +102,8 @@ bool MemoryMappedArray::GoesOn(const Piece& piece) const {
   const Piece& last = pieces_.back();
   const u64 present = written_ - last.first;
   if (present >= kRecordsPerPiece || last.is_even != piece.is_even) return false;
-  if (piece.is_even && (last.step != piece.step || last.first_key + present * last.step != piece.first_key)) return false;
+  if (piece.is_even && (last.step != piece.step || last.first_key + present * last.step != piece.first_key))
+    return false;
   return last.place + present * StoredSize(last) == piece.place;
 }
 

@@ -135,8 +135,12 @@ CConverter::CConverter(const ChannelRecord& record, u32 fid, const UnitOfMeasure
   const Field field = field_of(record, fid, byte_offset);
   const u64 value_end = field.byte_offset + field.reader.width;
   constexpr u64 kHighest = std::numeric_limits<u32>::max();
-  reader_ = {field.reader.value, unit.scale, unit.offset, static_cast<u32>(std::min(field.byte_offset, kHighest)),
-             static_cast<u32>(std::min(value_end, kHighest)), field.reader.common};
+  reader_ = {field.reader.value,
+             unit.scale,
+             unit.offset,
+             static_cast<u32>(std::min(field.byte_offset, kHighest)),
+             static_cast<u32>(std::min(value_end, kHighest)),
+             field.reader.common};
   status_reader_ = field.reader.with_status;
   is_short_ = value_end > sample_size_ && IsValido();
 
