@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-#include "gps/geodesy.h"
+#include "geodesy/geodesy.h"
 
 namespace traguardo {
 namespace {

@@ -6,7 +6,7 @@
 #include <array>
 #include <type_traits>
 
-#include "gps/geodesy.h"
+#include "geodesy/geodesy.h"
 #include "support/bytes.h"
 
 namespace traguardo {

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <limits>
 
+#include "geodesy/geodesy.h"
 #include "gps/derived_channels.h"
-#include "gps/geodesy.h"
 #include "support/event_log.h"
 
 namespace traguardo {

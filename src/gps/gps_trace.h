@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // gps/ holds what a logger's GPS receivers said: traces of records, their good ones as channels on an even grid and as
-// they are, and the geodesy between. It includes support and units; readers (model, logger, legacy) fill traces, the
+// they are. It includes support, geodesy and units; readers (model, logger, legacy) fill traces, the
 // exported functions (api) ask them.
 #pragma once
 
@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "gps/geodesy.h"
+#include "geodesy/geodesy.h"
 #include "gps/gps_record.h"
 #include "support/bytes.h"
 #include "support/platform/platform.h"

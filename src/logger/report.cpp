@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "gps/geodesy.h"
-#include "gps/haversine.h"
+#include "geodesy/geodesy.h"
+#include "geodesy/haversine.h"
 #include "logger/logger_parser.h"
 #include "support/device_names.h"
 #include "support/platform/platform.h"

@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "units/fid.h"
-#include "units/mylaps_bits.h"
 #include "units/packet_tables.h"
 #include "units/sample_formats.h"
 #include "units/text_format.h"
@@ -18,113 +17,25 @@ struct Field {
   i32 format = kSMPL_FMT_VOID;
   u64 byte_offset = 0;
   ReaderPair reader;
-  TextKind text = TextKind::kNone;
+  TextForm text;
 };
 
-TextKind text_of_format(i32 format) {
-  switch (format) {
-    case kSMPL_FMT_S32:
-    case kSMPL_FMT_S16:
-    case kSMPL_FMT_S8:
-    case kSMPL_FMT_U32:
-    case kSMPL_FMT_U16:
-    case kSMPL_FMT_U8:
-    case kSMPL_FMT_FLOAT:
-    case kSMPL_FMT_BITFIELD_8:
-    case kSMPL_FMT_F16:
-    case kComputedFormat:
-      return TextKind::kPlainNumber;
-    case kSMPL_FMT_LAP_2G:
-    case kSMPL_FMT_LAP_2G_v2:
-    case kSMPL_FMT_LAP_2G_v3:
-      return TextKind::kLap;
-    case kSMPL_FMT_GPS_ZEP:
-      return TextKind::kGpsZepState;
-    case kSMPL_FMT_GPS_UBX:
-      return TextKind::kGpsUbxState;
-    case kSMPL_FMT_DATA_ORA:
-      return TextKind::kDateTimePacket;
-    case kSMPL_FMT_GEAR:
-      return TextKind::kGear;
-    case kSMPL_FMT_TGIRO:
-      return TextKind::kLapTime;
-    case kSMPL_FMT_STR_CODE_2_6:
-    case kSMPL_FMT_STR_CODE_2_30:
-      return TextKind::kStoredText;
-    case kSMPL_FMT_LAP_1G:
-      return TextKind::kLap1gPacket;
-    case kSMPL_FMT_GPS_SV_INFO:
-      return TextKind::kSatellitePacket;
-    case kSMPL_FMT_ZEP_LATLON:
-      return TextKind::kCoordinate;
-    case kSMPL_FMT_TDIFF:
-      return TextKind::kTimeDifference;
-    case kSMPL_FMT_ROLL_TIME:
-      return TextKind::kRunningTime;
-    default:
-      return TextKind::kNone;
-  }
-}
-
-// Bytes of the sample that a text is made from, the reader of a plain number apart.
-u32 bytes_of_text(TextKind text, i32 format) {
-  switch (text) {
-    case TextKind::kNone:
-    case TextKind::kPlainNumber:
-    case TextKind::kDateTimePacket:
-    case TextKind::kLap1gPacket:
-    case TextKind::kSatellitePacket:
-      return 0;
-    case TextKind::kStoredText:
-      return standard_sample_size(format);
-    case TextKind::kGear:
-      return 2;
-    case TextKind::kGpsZepState:
-      return 52;
-    case TextKind::kGpsUbxState:
-      return 48;
-    default:
-      return 8;
-  }
+TextForm text_of_format(i32 format) {
+  if (format == kComputedFormat) return sample_texts::kNumber;
+  const SampleFormatRow* row = sample_format(format);
+  return row == nullptr ? TextForm{} : row->text;
 }
 
 Field field_of(const ChannelRecord& record, u32 fid, u32 byte_offset) {
   const bool is_part_of_packet = record.quantity() == FID_PHI_PACKAGE && record.fp_code() != fid;
   if (!is_part_of_packet) {
-    return {record.format(), byte_offset, reader_of_format(record.format(), fid), TextKind::kNone};
+    return {record.format(), byte_offset, reader_of_format(record.format(), fid), {}};
   }
   const PacketTable table = packets::table_of(record.fp_code(), record.format());
   const auto row = std::find_if(table.begin(), table.end(), [fid](const SubChannelRow& r) { return r.fid == fid; });
   if (fid == 0 || row == table.end()) return {};
   if (row->format == kComputedFormat) return {kComputedFormat, byte_offset, row->read, row->text};
   return {row->format, u64{byte_offset} + row->byte_offset, reader_of_format(row->format, fid), row->text};
-}
-
-std::string timing_text(TextKind kind, const u8* sample) {
-  const mylaps::Timing timing = mylaps::timing_of(sample);
-  switch (kind) {
-    case TextKind::kMyLapsTime:
-      return mylaps::value_text(timing.time_s, timing.time_kind, timing.time_is_negative);
-    case TextKind::kMyLapsField:
-      return mylaps::field_text(timing.field, timing.field_kind, timing.field_is_negative);
-    case TextKind::kMyLapsCount:
-      return mylaps::field_text(timing.count, timing.count_kind, false);
-    case TextKind::kMyLapsPosition:
-      return mylaps::value_text(timing.position, 0, false);
-    case TextKind::kMyLapsFirstGap:
-      return mylaps::gap_text(mylaps::gap_of(load_u32(sample)));
-    case TextKind::kMyLapsSecondGap:
-      return mylaps::gap_text(mylaps::gap_of(load_u32(sample + 4)));
-    default:
-      return kNoText;
-  }
-}
-
-// A number of 32 bits as text, or what its sentinel says.
-template <typename Former>
-std::string sentinel_or(const u8* time, Former former) {
-  const u32 status = sentinel_status(load_u32(time));
-  return status != kStatusGood ? status_text(status) : former(time);
 }
 
 }  // namespace
@@ -145,12 +56,11 @@ CConverter::CConverter(const ChannelRecord& record, u32 fid, const UnitOfMeasure
   is_short_ = value_end > sample_size_ && IsValido();
 
   text_ = text_of_format(field.format);
-  if (field.text != TextKind::kNone) {
+  if (field.text.exists()) {
     fallback_text_ = text_;
     text_ = field.text;
   }
-  value_bytes_ =
-      std::max({field.reader.width, bytes_of_text(text_, field.format), bytes_of_text(fallback_text_, field.format)});
+  value_bytes_ = std::max({field.reader.width, text_.bytes, fallback_text_.bytes});
   if (display_.decimals < 0) display_.decimals = unit.default_decimals;
   if (display_.highest_decimals < 0) display_.highest_decimals = unit.most_decimals;
 }
@@ -185,7 +95,7 @@ bool CConverter::ConvertiTesto(const u8* sample, std::wstring* out) {
   PaddedValue padded;
   const u8* value = value_in(sample, &padded);
   std::string text = form_text(text_, value);
-  if (text == kNoText && fallback_text_ != TextKind::kNone) text = form_text(fallback_text_, value);
+  if (text == kNoText && fallback_text_.exists()) text = form_text(fallback_text_, value);
   if (text == kNoText) {
     out->clear();
     return false;
@@ -205,44 +115,9 @@ std::string CConverter::form_number(const u8* value) {
   return status != kStatusGood ? status_text(status) : plain_number_text(number, display_, &memory_);
 }
 
-std::string CConverter::form_text(TextKind kind, const u8* value) {
-  switch (kind) {
-    case TextKind::kNone:
-      return kNoText;
-    case TextKind::kPlainNumber:
-      return form_number(value);
-    case TextKind::kLap:
-      return sentinel_or(value + 4, [value](const u8* time) { return lap_text(load_u32(time), load_u16(value + 2)); });
-    case TextKind::kGpsZepState:
-      return gps_state_text(value[14], value[51], true);
-    case TextKind::kGpsUbxState:
-      return gps_state_text(value[10], value[47], false);
-    case TextKind::kDateTimePacket:
-      return "Date and Time Packet";
-    case TextKind::kGear:
-      return gear_text(load_i16(value));
-    case TextKind::kLapTime:
-      return sentinel_or(value, [this](const u8* time) {
-        return lap_time_text(load_i32(time), display_.width, display_.decimals == 1);
-      });
-    case TextKind::kStoredText:
-      return text_field(value + 2, value_bytes_ - 2);
-    case TextKind::kLap1gPacket:
-      return "LAP Packet 1G";
-    case TextKind::kSatellitePacket:
-      return "GPS SV Info Packet";
-    case TextKind::kCoordinate:
-      return sentinel_or(value, [](const u8* position) { return coordinate_text(load_i32(position)); });
-    case TextKind::kTimeDifference:
-      return sentinel_or(
-          value, [this](const u8* difference) { return time_difference_text(load_i32(difference), display_.width); });
-    case TextKind::kRunningTime:
-      return sentinel_or(value, [](const u8* time) { return running_time_text(load_u32(time)); });
-    case TextKind::kOdometerTime:
-      return odometer_time_text(load_u32(value), display_.decimals);
-    default:
-      return timing_text(kind, value);
-  }
+std::string CConverter::form_text(const TextForm& form, const u8* value) {
+  if (form.is_number) return form_number(value);
+  return form.former == nullptr ? kNoText : form.former(value, display_);
 }
 
 }  // namespace traguardo

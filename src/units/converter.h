@@ -8,6 +8,7 @@
 #include "units/i_converter.h"
 #include "units/sample_formats.h"
 #include "units/sample_reader.h"
+#include "units/sample_texts.h"
 #include "units/unit_of_measure.h"
 #include "units/value_text.h"
 
@@ -43,12 +44,12 @@ class CConverter final : public IConverter {
   // The value, or the packet, in a sample; where the sample ends before it does, a copy with zeros behind the end.
   const u8* value_in(const u8* sample, PaddedValue* padded) const;
   std::string form_number(const u8* value);
-  std::string form_text(TextKind kind, const u8* value);
+  std::string form_text(const TextForm& form, const u8* value);
 
   SampleReader reader_;
   StatusFunction status_reader_ = nullptr;
-  TextKind text_ = TextKind::kNone;
-  TextKind fallback_text_ = TextKind::kNone;
+  TextForm text_;
+  TextForm fallback_text_;
   u32 sample_size_ = 0;
   u32 value_bytes_ = 0;  // Of all readers and texts, from the value's begin on.
   bool is_short_ = false;

@@ -2,9 +2,9 @@
 // The function word of a channel: what it measures, of what, and where, packed in 32 bits.
 //
 // units/ holds this taxonomy with its catalogues, the units that a user sees, sample formats, channel records and the
-// converters from a raw sample to a value or a text. It includes support/ alone; the logger and legacy readers, the
-// math channels and everything above them call it, mostly by way of CFunzioni (functions.h) and CUserUnitsOfMeasureMgr
-// (user_units_manager.h).
+// converters from a raw sample to a value or a text. It includes support/ and geodesy/; the logger and legacy readers,
+// the math channels and everything above them call it, mostly by way of CFunzioni (functions.h) and
+// CUserUnitsOfMeasureMgr (user_units_manager.h).
 #pragma once
 
 #include "support/bytes.h"

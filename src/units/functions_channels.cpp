@@ -93,8 +93,9 @@ void list_lap_times(const CFunzioni& functions, std::vector<SubChannel>* out) {
   }
 }
 
-u32 packet_word(u32 detail, u32 spec = 0) {
-  return fid::make(FID_PHI_PACKAGE, detail, spec);
+// A packet of which there is one kind.
+void list_packet(const CFunzioni& functions, u32 object, std::vector<SubChannel>* out) {
+  list_sub_channels(functions, packets::table_of_kind(object, packets::kAnyPosition, packets::kAnyFormat), out);
 }
 
 }  // namespace
@@ -165,39 +166,39 @@ bool CFunzioni::GetChannelCodes(u32 fid, i32* code, double* divisor, std::string
 
 void CFunzioni::ListLapSubChannels(u32 spec, std::vector<SubChannel>* out) const {
   std::vector<SubChannel> list;
-  list_sub_channels(*this, packets::table_of(packet_word(FID_DETTAGLI_LAPTIME, spec), kSMPL_FMT_VOID), &list);
+  list_sub_channels(*this, packets::table_of_kind(FID_DETTAGLI_LAPTIME, spec, packets::kAnyFormat), &list);
   if (!list.empty()) list_lap_times(*this, &list);
   out->insert(out->end(), list.begin(), list.end());
 }
 
 void CFunzioni::ListGpsSubChannels(u32 spec, std::vector<SubChannel>* out) const {
-  list_sub_channels(*this, packets::table_of(packet_word(FID_DETTAGLI_GPS, spec), kSMPL_FMT_VOID), out);
+  list_sub_channels(*this, packets::table_of_kind(FID_DETTAGLI_GPS, spec, packets::kAnyFormat), out);
 }
 
 void CFunzioni::ListKestrelSubChannels(std::vector<SubChannel>* out) const {
-  list_sub_channels(*this, packets::kestrel_measures(), out);
+  list_packet(*this, FID_DETTAGLI_MISURE_KESTREL_BASE, out);
 }
 
 void CFunzioni::ListTotalOdometerSubChannels(std::vector<SubChannel>* out) const {
-  list_sub_channels(*this, packets::total_odometer(), out);
+  list_packet(*this, FID_DETTAGLI_TOTAL_ODOMETER, out);
 }
 
 void CFunzioni::ListResettableOdometerSubChannels(std::vector<SubChannel>* out) const {
-  list_sub_channels(*this, packets::resettable_odometer(), out);
+  list_packet(*this, FID_DETTAGLI_RESETTABLE_ODOMETER, out);
 }
 
 void CFunzioni::ListMyLapsSubChannels(std::vector<SubChannel>* out) const {
-  for (const PacketTable table : {packets::mylaps_lap_time(), packets::mylaps_gap(), packets::mylaps_personal()}) {
-    list_sub_channels(*this, table, out);
+  for (const i32 format : {kSMPL_FMT_MYLAPS_LAPTIME, kSMPL_FMT_MYLAPS_GAP, kSMPL_FMT_MYLAPS_PERSONAL}) {
+    list_sub_channels(*this, packets::table_of_kind(FID_DETTAGLI_MYLAPS_LAPTIME, 0, format), out);
   }
 }
 
 void CFunzioni::ListBestTimeSubChannels(std::vector<SubChannel>* out) const {
-  list_sub_channels(*this, packets::best_time(), out);
+  list_packet(*this, FID_DETTAGLI_BEST_TIME, out);
 }
 
 void CFunzioni::ListRollTimeSubChannels(std::vector<SubChannel>* out) const {
-  list_sub_channels(*this, packets::roll_time(), out);
+  list_packet(*this, FID_DETTAGLI_ROLL_TIME, out);
 }
 
 }  // namespace traguardo

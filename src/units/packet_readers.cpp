@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "geodesy/geodesy.h"
 #include "units/mylaps_bits.h"
 
 namespace traguardo::packet_readers {
@@ -30,36 +31,6 @@ float speed(const u8* body, float gain, float offset, u32* status) {
   return std::sqrt(x * x + y * y + z * z) * 0.036F * gain + offset;
 }
 
-struct Geodetic {
-  double latitude_deg;
-  double longitude_deg;
-  double height_m;
-};
-
-// Earth-centred metres to the WGS-84 ellipsoid, in one step of Bowring's formula: exact to well below the receiver's
-// centimetre.
-Geodetic geodetic(double x, double y, double z) {
-  constexpr double kDegrees = 57.29577951308232;
-  constexpr double kSemiMajor = 6378137.0;
-  constexpr double kEccentricity2 = 0.0066943799901413165;
-  const double p = std::sqrt(x * x + y * y);
-  if (p == 0.0) return {z < 0.0 ? -90.0 : 90.0, 0.0, z == 0.0 ? 0.0 : std::fabs(z) - 6356752.314245179};
-  const double longitude = std::atan2(y, x);
-  const double raised = z * 1.0026;
-  const double r = std::sqrt(raised * raised + p * p);
-  const double sin_b = raised / r;
-  const double cos_b = p / r;
-  const double up = z + sin_b * sin_b * sin_b * 42841.31151331382;
-  const double out = p - cos_b * cos_b * cos_b * 42697.67270717997;
-  const double length = std::sqrt(up * up + out * out);
-  const double sin_phi = up / length;
-  const double cos_phi = out / length;
-  const double n = kSemiMajor / std::sqrt(1.0 - kEccentricity2 * sin_phi * sin_phi);
-  double height = z / sin_phi - n * (1.0 - kEccentricity2);
-  if (std::fabs(cos_phi) >= 0.3826834323650898) height = p / std::fabs(cos_phi) - n;
-  return {std::atan(sin_phi / cos_phi) * kDegrees, longitude * kDegrees, height};
-}
-
 template <double Geodetic::*kComponent>
 float coordinate(const u8* body, float gain, float offset, u32* status) {
   if (!has_position(body)) {
@@ -70,7 +41,7 @@ float coordinate(const u8* body, float gain, float offset, u32* status) {
   const double x = load_i32(body + kPosition) * 0.01;
   const double y = load_i32(body + kPosition + 4) * 0.01;
   const double z = load_i32(body + kPosition + 8) * 0.01;
-  return static_cast<float>(geodetic(x, y, z).*kComponent) * gain + offset;
+  return static_cast<float>(geodetic_in_one_step({x, y, z}).*kComponent) * gain + offset;
 }
 
 float plain(u32 value, float gain, float offset, u32* status) {

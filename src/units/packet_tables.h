@@ -5,7 +5,7 @@
 #include <span>
 
 #include "units/sample_reader.h"
-#include "units/value_text.h"
+#include "units/sample_texts.h"
 
 namespace traguardo {
 
@@ -15,30 +15,33 @@ struct SubChannelRow {
   u32 byte_offset;  // Where a plain field stands; for a computed one only what it is about.
   i32 format;       // kComputedFormat: `read` takes the whole sample.
   ReaderPair read;  // Empty: the reader of the format.
-  TextKind text;    // kNone: the text of the format.
+  TextForm text;    // kNone: the text of the format.
   const char* short_name;
   const char* long_name;
 };
 using PacketTable = std::span<const SubChannelRow>;
 
-namespace packets {
-PacketTable lap_2g();  // Also for the second form of 32 bytes.
-PacketTable lap_2g_v3();
-PacketTable lap_1g();
-PacketTable gps_zep();
-PacketTable gps_ubx();
-PacketTable kestrel_measures();
-PacketTable total_odometer();
-PacketTable resettable_odometer();
-PacketTable best_time();
-PacketTable roll_time();
-PacketTable mylaps_lap_time();
-PacketTable mylaps_gap();
-PacketTable mylaps_personal();
+// A packet: which function words have it, and its fields.
+struct PacketRow {
+  u32 object;
+  u32 position;  // kAnyPosition: whatever it is
+  i32 format;    // kAnyFormat: whatever it is
+  PacketTable fields;
+};
 
-// The table of a packet by its function word; the timing packets, which share one word, by their sample format. Empty
-// for words that are no packet and for packets without fields.
+namespace packets {
+
+inline constexpr u32 kAnyPosition = 0xFFFFFFFF;
+inline constexpr i32 kAnyFormat = -2;
+
+std::span<const PacketRow> all();
+
+// The fields of a packet by its function word; those of the timing packets, which share one word, by their sample
+// format. Empty for words that are no packet and for packets without fields.
 PacketTable table_of(u32 packet_fid, i32 format);
+// The same by the object and the position of the word.
+PacketTable table_of_kind(u32 object, u32 position, i32 format);
+
 }  // namespace packets
 
 }  // namespace traguardo

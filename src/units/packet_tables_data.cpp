@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The fields of each packet: word, byte offset, format, reader and text where they aren't those of the format, names.
+// The packets, and the fields of each: word, byte offset, format, reader and text where they aren't those of the format, names.
 #include "units/fid.h"
 #include "units/packet_readers.h"
 #include "units/packet_tables.h"
@@ -8,7 +8,7 @@
 namespace traguardo::packets {
 namespace {
 
-using Text = TextKind;
+namespace Text = sample_texts;
 using namespace packet_readers;
 
 constexpr ReaderPair kOfFormat{};
@@ -122,48 +122,31 @@ constexpr SubChannelRow kMyLapsPersonal[] = {
     {0x2012, 4, kComputedFormat, kMyLapsSecondGapMs, Text::kMyLapsSecondGap, "DBest", "Diff from My Best"},
 };
 
+// The first row that fits counts.
+constexpr PacketRow kPackets[] = {
+    // object                          position                   format                      fields
+    {FID_DETTAGLI_LAPTIME,             FID_SPEC_LAPTIME_ZEP2G,    kAnyFormat,                 kLap2g},
+    {FID_DETTAGLI_LAPTIME,             FID_SPEC_LAPTIME_ZEP2Gv2,  kAnyFormat,                 kLap2g},
+    {FID_DETTAGLI_LAPTIME,             FID_SPEC_LAPTIME_ZEP2Gv3,  kAnyFormat,                 kLap2gV3},
+    {FID_DETTAGLI_LAPTIME,             FID_SPEC_LAPTIME_ZEP1G,    kAnyFormat,                 kLap1g},
+    {FID_DETTAGLI_GPS,                 FID_SPEC_GPS_ZEPNAVSOL,    kAnyFormat,                 kGpsZep},
+    {FID_DETTAGLI_GPS,                 FID_SPEC_GPS_UBXNAVSOL,    kAnyFormat,                 kGpsUbx},
+    {FID_DETTAGLI_MISURE_KESTREL_BASE, kAnyPosition,              kAnyFormat,                 kKestrelMeasures},
+    {FID_DETTAGLI_TOTAL_ODOMETER,      kAnyPosition,              kAnyFormat,                 kTotalOdometer},
+    {FID_DETTAGLI_RESETTABLE_ODOMETER, kAnyPosition,              kAnyFormat,                 kResettableOdometer},
+    {FID_DETTAGLI_MYLAPS_LAPTIME,      kAnyPosition,              kSMPL_FMT_MYLAPS_GAP,       kMyLapsGap},
+    {FID_DETTAGLI_MYLAPS_LAPTIME,      kAnyPosition,              kSMPL_FMT_MYLAPS_PERSONAL,  kMyLapsPersonal},
+    {FID_DETTAGLI_MYLAPS_LAPTIME,      kAnyPosition,              kAnyFormat,                 kMyLapsLapTime},
+    {FID_DETTAGLI_BEST_TIME,           kAnyPosition,              kAnyFormat,                 kBestTime},
+    {FID_DETTAGLI_ROLL_TIME,           kAnyPosition,              kAnyFormat,                 kRollTime},
+};
+
 // clang-format on
 
 }  // namespace
 
-PacketTable lap_2g() {
-  return kLap2g;
-}
-PacketTable lap_2g_v3() {
-  return kLap2gV3;
-}
-PacketTable lap_1g() {
-  return kLap1g;
-}
-PacketTable gps_zep() {
-  return kGpsZep;
-}
-PacketTable gps_ubx() {
-  return kGpsUbx;
-}
-PacketTable kestrel_measures() {
-  return kKestrelMeasures;
-}
-PacketTable total_odometer() {
-  return kTotalOdometer;
-}
-PacketTable resettable_odometer() {
-  return kResettableOdometer;
-}
-PacketTable best_time() {
-  return kBestTime;
-}
-PacketTable roll_time() {
-  return kRollTime;
-}
-PacketTable mylaps_lap_time() {
-  return kMyLapsLapTime;
-}
-PacketTable mylaps_gap() {
-  return kMyLapsGap;
-}
-PacketTable mylaps_personal() {
-  return kMyLapsPersonal;
+std::span<const PacketRow> all() {
+  return kPackets;
 }
 
 }  // namespace traguardo::packets

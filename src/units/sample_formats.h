@@ -1,8 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Sample formats and channel types of the logger family: their numbers, their names as reports print them, their sizes.
+// Sample formats and channel types of the logger family. All that is known of a format is one row: its number, its name
+// as reports print it, its size, how it is read and how it is shown.
 #pragma once
 
+#include <memory>
+
 #include "support/bytes.h"
+#include "units/get_val.h"
+#include "units/sample_reader.h"
+#include "units/sample_texts.h"
 
 namespace traguardo {
 
@@ -69,12 +75,33 @@ enum ChannelType : i32 {
 // No sample of a known format is longer.
 inline constexpr u32 kLongestStandardSample = 64;
 
+// The reader of a converter that knows neither gain nor offset nor sentinels, and the bytes that it reads.
+struct PlainReader {
+  std::unique_ptr<IGetVal> (*make)() = nullptr;
+  u32 width = 0;
+};
+
+struct SampleFormatRow {
+  i32 format;
+  const char* name;
+  u32 size;         // of one sample as the format has it; 0 without a fixed one
+  ReaderPair read;  // empty: a channel of this format has no values
+  TextForm text;
+  PlainReader plain;     // empty: none
+  ReaderPair read_gear;  // of a channel whose function is a gear; empty: `read`
+};
+
+// Null for a number that no format has.
+const SampleFormatRow* sample_format(i32 format);
+
 // The name without padding; "UNKNOWN FORMAT !!!!!!!!!!!!!! " and "UNKNOWN TYPE !!!!!!! " for numbers without one.
 const char* sample_format_name(i32 format);
 const char* channel_type_name(i32 type);
 
-// Bytes of one sample as the format has it; 0 for VOID, for formats without a fixed size and for unknown numbers. What
-// a file really stores is the size in its channel record.
+// 0 for formats without a fixed size and for unknown numbers. What a file really stores is the size in its channel
+// record.
 u32 standard_sample_size(i32 format);
+// `fid` decides only how a gear that is stored as text is read.
+ReaderPair reader_of_format(i32 format, u32 fid);
 
 }  // namespace traguardo

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The readers behind a converter: one plain function per sample format, chosen once per channel.
+// What a reader of a sample is: a plain function over bytes, chosen once per channel.
 #pragma once
 
 #include <type_traits>
@@ -79,9 +79,6 @@ constexpr ReaderPair plain_pair() {
                                                             : CommonFormat::none;
   return {value_only<detail::plain_value<T>>, detail::plain_value<T>, sizeof(T), kCommon};
 }
-
-// `fid` decides only how a gear that is stored as text is read.
-ReaderPair reader_of_format(i32 format, u32 fid);
 
 // A converter's reader in the open, for loops that want no virtual call per sample.
 struct SampleReader {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "units/sample_reader.h"
 #include "units/text_format.h"
 
 namespace traguardo {

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The text forms of a value: numbers, times, gears, coordinates, receiver states. Pure functions; CConverter picks one.
+// The text forms of a value: numbers, times, gears, coordinates, receiver states. Pure functions over numbers;
+// sample_texts.h takes the numbers from a sample.
 #pragma once
 
 #include <string>
 
-#include "units/sample_reader.h"
+#include "support/bytes.h"
 
 namespace traguardo {
 
@@ -32,31 +33,6 @@ struct DisplaySettings {
 struct NumberMemory {
   double mark = 0.0;
   bool negative = false;
-};
-
-// Which former makes the text of a sample.
-enum class TextKind {
-  kNone,
-  kPlainNumber,
-  kLap,
-  kGpsZepState,
-  kGpsUbxState,
-  kDateTimePacket,
-  kGear,
-  kLapTime,
-  kStoredText,
-  kLap1gPacket,
-  kSatellitePacket,
-  kCoordinate,
-  kTimeDifference,
-  kRunningTime,
-  kOdometerTime,
-  kMyLapsTime,
-  kMyLapsField,
-  kMyLapsCount,
-  kMyLapsPosition,
-  kMyLapsFirstGap,
-  kMyLapsSecondGap,
 };
 
 // What a former gives where there is no text.

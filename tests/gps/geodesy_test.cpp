@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "gps/geodesy.h"
+#include "geodesy/geodesy.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <cmath>
 #include <vector>
 
-#include "gps/haversine.h"
+#include "geodesy/haversine.h"
 #include "helpers/gps_records.h"
 
 #if __has_include(<GeographicLib/Geocentric.hpp>)

@@ -2,9 +2,12 @@
 // Every table against the row counts and sums that were worked out from the tables' source.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "helpers/table_sums.h"
 #include "units/catalogue.h"
 #include "units/exact_units.h"
+#include "units/fid.h"
 #include "units/packet_tables.h"
 #include "units/sample_formats.h"
 
@@ -92,23 +95,25 @@ TEST(Tables, KeysAndNamedChannels) {
 }
 
 TEST(Tables, Packets) {
-  EXPECT_EQ(sums_of(packets::lap_2g()), (TableSums{13, 62566, 0x63E96D7DD8CA40B0}));
-  EXPECT_EQ(sums_of(packets::lap_2g_v3()), (TableSums{9, 43072, 0xB104A969128D791D}));
-  EXPECT_EQ(sums_of(packets::lap_1g()), (TableSums{7, 31960, 0x2DD5CDB9DB353A59}));
-  EXPECT_EQ(sums_of(packets::gps_zep()), (TableSums{9, 6229134, 0x47D32B91C4059FD3}));
-  EXPECT_EQ(sums_of(packets::gps_ubx()), (TableSums{5, 3465584, 0xB2447852FC8815C5}));
-  EXPECT_EQ(sums_of(packets::kestrel_measures()), (TableSums{5, 9327, 0x6098471017E6D798}));
-  EXPECT_EQ(sums_of(packets::total_odometer()), (TableSums{3, 16736, 0xC20C466CA0A5C36F}));
-  EXPECT_EQ(sums_of(packets::resettable_odometer()), (TableSums{3, 16992, 0x2DA3B3CB127D51AB}));
-  EXPECT_EQ(sums_of(packets::best_time()), (TableSums{2, 9776, 0xF841DEC5C2A90BAB}));
-  EXPECT_EQ(sums_of(packets::roll_time()), (TableSums{2, 14528, 0x2E3D8C45D36922F1}));
-}
-
-TEST(Tables, EveryComputedFieldHasAReader) {
-  for (const PacketTable table : {packets::lap_2g(), packets::lap_2g_v3(), packets::lap_1g(), packets::gps_zep(),
-                                  packets::gps_ubx(), packets::total_odometer(), packets::resettable_odometer(),
-                                  packets::mylaps_lap_time(), packets::mylaps_gap(), packets::mylaps_personal()}) {
-    for (const SubChannelRow& row : table) {
+  constexpr i32 kVoid = kSMPL_FMT_VOID;
+  const std::tuple<u32, u32, TableSums> packets[] = {
+      {FID_DETTAGLI_LAPTIME, FID_SPEC_LAPTIME_ZEP2G, {13, 62566, 0x63E96D7DD8CA40B0}},
+      {FID_DETTAGLI_LAPTIME, FID_SPEC_LAPTIME_ZEP2Gv2, {13, 62566, 0x63E96D7DD8CA40B0}},
+      {FID_DETTAGLI_LAPTIME, FID_SPEC_LAPTIME_ZEP2Gv3, {9, 43072, 0xB104A969128D791D}},
+      {FID_DETTAGLI_LAPTIME, FID_SPEC_LAPTIME_ZEP1G, {7, 31960, 0x2DD5CDB9DB353A59}},
+      {FID_DETTAGLI_GPS, FID_SPEC_GPS_ZEPNAVSOL, {9, 6229134, 0x47D32B91C4059FD3}},
+      {FID_DETTAGLI_GPS, FID_SPEC_GPS_UBXNAVSOL, {5, 3465584, 0xB2447852FC8815C5}},
+      {FID_DETTAGLI_MISURE_KESTREL_BASE, 5, {5, 9327, 0x6098471017E6D798}},
+      {FID_DETTAGLI_TOTAL_ODOMETER, 5, {3, 16736, 0xC20C466CA0A5C36F}},
+      {FID_DETTAGLI_RESETTABLE_ODOMETER, 5, {3, 16992, 0x2DA3B3CB127D51AB}},
+      {FID_DETTAGLI_BEST_TIME, 5, {2, 9776, 0xF841DEC5C2A90BAB}},
+      {FID_DETTAGLI_ROLL_TIME, 5, {2, 14528, 0x2E3D8C45D36922F1}},
+  };
+  for (const auto& [object, position, sums] : packets) {
+    EXPECT_EQ(sums_of(packets::table_of_kind(object, position, kVoid)), sums) << object << ' ' << position;
+  }
+  for (const PacketRow& packet : packets::all()) {
+    for (const SubChannelRow& row : packet.fields) {
       EXPECT_EQ(row.read.value != nullptr, row.format == kComputedFormat) << std::hex << row.fid;
     }
   }

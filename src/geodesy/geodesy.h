@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: MIT
+// geodesy/ holds what is computed of places on the Earth, and includes nothing: units (fields of GPS packets), gps
+// (traces) and the logger's report call it.
+//
 // From earth-centred coordinates to latitude, longitude and height above the ellipsoid, and to local axes.
 #pragma once
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Results are compared bit for bit: every formula keeps the order in which it is written here.
-#include "gps/geodesy.h"
+#include "geodesy/geodesy.h"
 
 #include <algorithm>
 #include <cmath>

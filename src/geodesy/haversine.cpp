@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "gps/haversine.h"
+#include "geodesy/haversine.h"
 
 #include <cmath>
 
-#include "gps/geodesy.h"
+#include "geodesy/geodesy.h"
 
 namespace traguardo {
 namespace {
