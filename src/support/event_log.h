@@ -41,34 +41,21 @@ LogArgument log_argument(const T& value) {
 // optional 'l', which changes nothing. A conversion without an argument prints as it stands.
 std::string format_log_line(std::string_view format, const LogArgument* arguments, std::size_t count);
 void write_log_line(std::string_view format, const LogArgument* arguments, std::size_t count) noexcept;
+
+template <typename... Arguments>
+void log_line(std::string_view function, int line, std::string_view format, const Arguments&... arguments) {
+  const LogArgument all[] = {log_argument(function), log_argument(line), log_argument(arguments)...};
+  write_log_line(format, all, sizeof all / sizeof all[0]);
+}
 }  // namespace detail
 
 // One statement of the log. `function` is "Class::Method"; `format` is the whole line, beginning with "%s [%d] LEVEL =
-// " for function and line number and ending in a line feed. Levels: ERROR, WARNING, NOTICE, ALERT, INFO.
-#define TRAGUARDO_LOG(function, format, ...)                                                                   \
-  do {                                                                                                         \
-    if (::traguardo::g_percorso_log != nullptr) {                                                              \
-      const ::traguardo::detail::LogArgument traguardo_log_arguments[] = {                                     \
-          ::traguardo::detail::log_argument(std::string_view(function)),                                       \
-          ::traguardo::detail::log_argument(__LINE__) __VA_OPT__(, TRAGUARDO_LOG_EACH(__VA_ARGS__))};          \
-      ::traguardo::detail::write_log_line(format, traguardo_log_arguments,                                     \
-                                          sizeof traguardo_log_arguments / sizeof traguardo_log_arguments[0]); \
-    }                                                                                                          \
+// " for function and line number and ending in a line feed. Levels: ERROR, WARNING, NOTICE, ALERT, INFO. A macro, so
+// that nothing is worked out while the log is off.
+#define TRAGUARDO_LOG(function, ...)                                                                            \
+  do {                                                                                                          \
+    if (::traguardo::g_percorso_log != nullptr) ::traguardo::detail::log_line(function, __LINE__, __VA_ARGS__); \
   } while (false)
-#define TRAGUARDO_LOG_ONE(a) ::traguardo::detail::log_argument(a)
-#define TRAGUARDO_LOG_PICK(_1, _2, _3, _4, _5, _6, _7, _8, NAME, ...) NAME
-#define TRAGUARDO_LOG_EACH(...)                                                                                        \
-  TRAGUARDO_LOG_PICK(__VA_ARGS__, TRAGUARDO_LOG_8, TRAGUARDO_LOG_7, TRAGUARDO_LOG_6, TRAGUARDO_LOG_5, TRAGUARDO_LOG_4, \
-                     TRAGUARDO_LOG_3, TRAGUARDO_LOG_2, TRAGUARDO_LOG_1)                                                \
-  (__VA_ARGS__)
-#define TRAGUARDO_LOG_1(a) TRAGUARDO_LOG_ONE(a)
-#define TRAGUARDO_LOG_2(a, b) TRAGUARDO_LOG_1(a), TRAGUARDO_LOG_ONE(b)
-#define TRAGUARDO_LOG_3(a, b, c) TRAGUARDO_LOG_2(a, b), TRAGUARDO_LOG_ONE(c)
-#define TRAGUARDO_LOG_4(a, b, c, d) TRAGUARDO_LOG_3(a, b, c), TRAGUARDO_LOG_ONE(d)
-#define TRAGUARDO_LOG_5(a, b, c, d, e) TRAGUARDO_LOG_4(a, b, c, d), TRAGUARDO_LOG_ONE(e)
-#define TRAGUARDO_LOG_6(a, b, c, d, e, f) TRAGUARDO_LOG_5(a, b, c, d, e), TRAGUARDO_LOG_ONE(f)
-#define TRAGUARDO_LOG_7(a, b, c, d, e, f, g) TRAGUARDO_LOG_6(a, b, c, d, e, f), TRAGUARDO_LOG_ONE(g)
-#define TRAGUARDO_LOG_8(a, b, c, d, e, f, g, h) TRAGUARDO_LOG_7(a, b, c, d, e, f, g), TRAGUARDO_LOG_ONE(h)
 
 class CEvtLogUtils {
  public:
