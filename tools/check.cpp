@@ -91,7 +91,7 @@ Workplace workplace_of(const CheckOptions& options, std::wstring_view name, std:
 }
 
 std::string whole_text(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
+  std::ifstream in(fs::path(path), std::ios::binary);
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
@@ -106,7 +106,7 @@ class GrowingReport {
 
   // What came since the last call, in one line, without the lines that are `header`.
   std::string next(const std::string& header) {
-    std::ifstream in(path_, std::ios::binary);
+    std::ifstream in(fs::path(path_), std::ios::binary);
     in.seekg(static_cast<std::streamoff>(heard_));
     const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     heard_ += text.size();

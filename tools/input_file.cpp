@@ -13,6 +13,7 @@
 
 #include "failure.h"
 #include "output_file.h"
+#include "support/platform/process.h"
 
 namespace traguardo::tool {
 
@@ -33,7 +34,7 @@ std::string reason_not_readable(const std::string& path) {
     return "not a file but a device";
   }
   errno = 0;
-  const InputFile file(std::fopen(path.c_str(), "rb"));
+  const InputFile file(platform::open_stream(path, "rb"));
   return file == nullptr ? std::generic_category().message(errno) : std::string();
 }
 
@@ -48,7 +49,7 @@ bool read_pieces(const std::string& path, const std::function<bool(std::string_v
   constexpr std::size_t kPieceSize = std::size_t{1} << 18;
   std::error_code problem;
   if (!std::filesystem::is_regular_file(path, problem)) return false;
-  const InputFile file(std::fopen(path.c_str(), "rb"));
+  const InputFile file(platform::open_stream(path, "rb"));
   if (file == nullptr) return false;
   std::vector<char> piece(kPieceSize);
   for (;;) {

@@ -9,6 +9,7 @@
 #include <new>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "api/exports.h"
 #include "command.h"
@@ -57,7 +58,7 @@ void take_users_folder() {
   platform::set_environment_if_unset("TRAGUARDO_HOME", platform::host_bytes_from_path(folder));
 }
 
-int run(int argument_count, char** arguments) {
+int run(const std::vector<std::string>& words) {
   int status = 0;
   CLI::App app("Reads and shows the sessions of motorsport data loggers", "traguardo");
   app.require_subcommand(1);
@@ -67,7 +68,9 @@ int run(int argument_count, char** arguments) {
 #include "command_list.inc"
 #undef COMMAND
   try {
-    app.parse(argument_count, arguments);
+    std::vector<const char*> arguments;
+    for (const std::string& word : words) arguments.push_back(word.c_str());
+    app.parse(static_cast<int>(arguments.size()), arguments.data());
     return status;
   } catch (const CLI::ParseError& error) {
     return answer_or_complain(app, error);
@@ -86,7 +89,8 @@ int run(int argument_count, char** arguments) {
 // NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argument_count, char** arguments) {
   traguardo::platform::occupy_standard_streams();
+  traguardo::platform::write_utf8();
   traguardo::platform::remove_unfinished_when_killed();
   traguardo::tool::take_users_folder();
-  return traguardo::tool::run(argument_count, arguments);
+  return traguardo::tool::run(traguardo::platform::command_line(argument_count, arguments));
 }

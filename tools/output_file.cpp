@@ -31,15 +31,15 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
   const std::string target = behind_links(path_);
   std::error_code problem;
   const fs::file_status status = fs::status(target, problem);
-  if (fs::is_directory(status)) fail(EISDIR);
+  if (fs::is_directory(status)) fail(std::make_error_code(std::errc::is_a_directory));
   if (fs::exists(status) && !fs::is_regular_file(status)) {
     errno = 0;
-    device_ = std::fopen(target.c_str(), "wb");
-    if (device_ == nullptr) fail(static_cast<unsigned>(errno));
+    device_ = platform::open_stream(target, "wb");
+    if (device_ == nullptr) fail({errno, std::generic_category()});
     file_ = device_;
     shows_controls_ = platform::is_terminal(device_);
   } else {
-    if (!part_.begin(platform::path_from_host_bytes(target))) fail(platform::last_error());
+    if (!part_.begin(platform::path_from_host_bytes(target))) fail({static_cast<int>(platform::last_error()), std::system_category()});
     file_ = part_.stream();
   }
   std::setvbuf(file_, nullptr, _IOFBF, kBufferSize);
@@ -66,7 +66,7 @@ std::string OutputFile::in_place(std::string_view text) const {
 void OutputFile::put(const void* bytes, std::size_t count) {
   if (count == 0) return;
   errno = 0;
-  if (std::fwrite(bytes, 1, count, file_) != count) fail(static_cast<unsigned>(errno));
+  if (std::fwrite(bytes, 1, count, file_) != count) fail({errno, std::generic_category()});
 }
 
 void OutputFile::finish() {
@@ -74,24 +74,24 @@ void OutputFile::finish() {
   finished_ = true;
   if (part_.stream() != nullptr) {
     file_ = nullptr;
-    if (!part_.finish()) fail(platform::last_error());
+    if (!part_.finish()) fail({static_cast<int>(platform::last_error()), std::system_category()});
     return;
   }
   errno = 0;
-  if (std::fflush(file_) != 0 || std::ferror(file_) != 0) fail(static_cast<unsigned>(errno));
+  if (std::fflush(file_) != 0 || std::ferror(file_) != 0) fail({errno, std::generic_category()});
   if (device_ == nullptr) return;
   file_ = nullptr;
-  if (std::fclose(std::exchange(device_, nullptr)) != 0) fail(static_cast<unsigned>(errno));
+  if (std::fclose(std::exchange(device_, nullptr)) != 0) fail({errno, std::generic_category()});
 }
 
 void OutputFile::keep() {
   finish();
-  if (part_.is_finished() && !part_.take_place()) fail(platform::last_error());
+  if (part_.is_finished() && !part_.take_place()) fail({static_cast<int>(platform::last_error()), std::system_category()});
 }
 
-void OutputFile::fail(unsigned code) const {
+void OutputFile::fail(std::error_code code) const {
   throw Failure("cannot write " + (path_ == "-" ? std::string("standard output") : path_) +
-                (code == 0 ? std::string() : ": " + std::system_category().message(static_cast<int>(code))));
+                (code ? ": " + code.message() : std::string()));
 }
 
 }  // namespace traguardo::tool

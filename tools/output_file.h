@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "support/platform/unfinished_files.h"
 
@@ -36,7 +37,7 @@ class OutputFile {
 
  private:
   void put(const void* bytes, std::size_t count);
-  [[noreturn]] void fail(unsigned code) const;
+  [[noreturn]] void fail(std::error_code code) const;
 
   std::string path_;
   platform::PartFile part_;

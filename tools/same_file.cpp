@@ -2,16 +2,18 @@
 #include "same_file.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <system_error>
+
+#include "support/platform/platform.h"
+#include "support/platform/process.h"
 
 namespace traguardo::tool {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr const char* kStandardOutput = "/dev/stdout";
 
 bool is_same_letter(char a, char b) {
   // Where folders are parted so, names know no case.
@@ -40,8 +42,7 @@ std::string behind_links(const std::string& path) {
 
 bool are_same_file(const std::string& a, const std::string& b) {
   if (a == "-" || b == "-") {
-    std::error_code problem;
-    return a != b && fs::equivalent(kStandardOutput, a == "-" ? b : a, problem) && fs::is_regular_file(kStandardOutput);
+    return a != b && platform::is_stream_of_file(stdout, platform::path_from_host_bytes(a == "-" ? b : a));
   }
   std::error_code problem;
   if (fs::equivalent(a, b, problem)) return true;

@@ -2,11 +2,15 @@
 #include "support/platform/process.h"
 
 #ifdef _WIN32
+#include <fcntl.h>
 #include <io.h>
 #include <windows.h>
+// Behind the header that it needs.
+#include <shellapi.h>
 #else
 #include <fcntl.h>
 #include <pwd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #endif
 
@@ -17,8 +21,7 @@
 namespace traguardo::platform {
 
 std::string environment(const char* name) {
-  const char* const value = std::getenv(name);
-  return value == nullptr ? std::string() : std::string(value);
+  return host_bytes_from_path(path_from_environment(name));
 }
 
 #ifdef _WIN32
@@ -26,19 +29,66 @@ std::string environment(const char* name) {
 // A file gets no number of a stream that is missing here.
 void occupy_standard_streams() {}
 
+namespace {
+
+HANDLE handle_of(std::FILE* stream) {
+  return reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(stream)));
+}
+
+UINT g_code_page = 0;  // what the console had before
+
+}  // namespace
+
+std::vector<std::string> command_line(int count, char** words) {
+  std::vector<std::string> line(words, words + count);
+  int wide_count = 0;
+  wchar_t** const wide = ::CommandLineToArgvW(::GetCommandLineW(), &wide_count);
+  if (wide == nullptr) return line;
+  line.clear();
+  for (int i = 0; i < wide_count; ++i) line.push_back(host_bytes_from_path(wide[i]));
+  ::LocalFree(wide);
+  return line;
+}
+
+void write_utf8() {
+  for (std::FILE* const stream : {stdout, stderr}) ::_setmode(::_fileno(stream), _O_BINARY);
+  g_code_page = ::GetConsoleOutputCP();
+  if (g_code_page == 0 || g_code_page == CP_UTF8 || ::SetConsoleOutputCP(CP_UTF8) == 0) return;
+  std::atexit([] { ::SetConsoleOutputCP(g_code_page); });
+}
+
+std::FILE* open_stream(const std::string& path, const char* mode) {
+  return ::_wfopen(path_from_host_bytes(path).c_str(), widen_bytes(mode).c_str());
+}
+
+bool is_stream_of_file(std::FILE* stream, const std::wstring& path) {
+  BY_HANDLE_FILE_INFORMATION mine;
+  if (::GetFileType(handle_of(stream)) != FILE_TYPE_DISK) return false;
+  if (::GetFileInformationByHandle(handle_of(stream), &mine) == 0) return false;
+  const HANDLE file = ::CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  BY_HANDLE_FILE_INFORMATION other;
+  const bool is_known = ::GetFileInformationByHandle(file, &other) != 0;
+  ::CloseHandle(file);
+  return is_known && mine.dwVolumeSerialNumber == other.dwVolumeSerialNumber &&
+         mine.nFileIndexHigh == other.nFileIndexHigh && mine.nFileIndexLow == other.nFileIndexLow;
+}
+
+// The null device is one that the C library takes for a terminal.
 bool is_terminal(std::FILE* stream) {
-  return ::_isatty(::_fileno(stream)) != 0;
+  DWORD mode = 0;
+  return ::GetConsoleMode(handle_of(stream), &mode) != 0;
 }
 
 bool show_colours(std::FILE* stream) {
-  const HANDLE console = reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(stream)));
   DWORD mode = 0;
-  return ::GetConsoleMode(console, &mode) != 0 &&
-         ::SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+  return ::GetConsoleMode(handle_of(stream), &mode) != 0 &&
+         ::SetConsoleMode(handle_of(stream), mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
 void set_environment_if_unset(const char* name, const std::string& value) {
-  if (environment(name).empty()) ::_putenv_s(name, value.c_str());
+  if (environment(name).empty()) ::_wputenv_s(widen_bytes(name).c_str(), path_from_host_bytes(value).c_str());
 }
 
 std::wstring user_configuration_folder() {
@@ -61,6 +111,24 @@ void occupy_standard_streams() {
     // The lowest free number is taken, which is the missing one. Nothing can be written to it.
     if (::fcntl(stream, F_GETFD) < 0 && ::open("/dev/null", O_RDONLY) < 0) return;
   }
+}
+
+std::vector<std::string> command_line(int count, char** words) {
+  return {words, words + count};
+}
+
+void write_utf8() {}
+
+std::FILE* open_stream(const std::string& path, const char* mode) {
+  return std::fopen(path.c_str(), mode);
+}
+
+bool is_stream_of_file(std::FILE* stream, const std::wstring& path) {
+  struct stat mine;
+  struct stat other;
+  return ::fstat(::fileno(stream), &mine) == 0 && S_ISREG(mine.st_mode) &&
+         ::stat(host_bytes_from_path(path).c_str(), &other) == 0 && mine.st_dev == other.st_dev &&
+         mine.st_ino == other.st_ino;
 }
 
 bool is_terminal(std::FILE* stream) {

@@ -4,12 +4,24 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 namespace traguardo::platform {
 
 // A program may be started without its standard streams; the next file opened would then take the place of one, and
 // what is printed would go into it. Call it first of all: behind it a missing stream fails like a full disk.
 void occupy_standard_streams();
+
+// The words of the command line as the host's bytes: the system's own where main() gets them in a form that lost letters.
+std::vector<std::string> command_line(int count, char** words);
+// For programs whose output is UTF-8, byte by byte: a console of another code page changes to it until the process ends,
+// and line feeds stay what they are.
+void write_utf8();
+
+// Null, with errno, where the C library can't open the file. The path is the host's bytes.
+std::FILE* open_stream(const std::string& path, const char* mode);
+// Whether the stream's bytes go to (or come from) the plain file of this path.
+bool is_stream_of_file(std::FILE* stream, const std::wstring& path);
 
 bool is_terminal(std::FILE* stream);
 // Whether the stream is a terminal that takes escape sequences for colours; a console is told to.
