@@ -23,6 +23,7 @@
 #include "input_file.h"
 #include "inputs.h"
 #include "merged_session.h"
+#include "paths.h"
 #include "print_out.h"
 #include "regulation/boost_limit.h"
 #include "regulation/config_file.h"
@@ -66,13 +67,14 @@ std::string remark_on(const std::string& session) {
 // Names as the calculators have them, with a backslash in front. They know their configuration by its name alone.
 Workplace workplace_of(const CheckOptions& options, std::wstring_view name, std::wstring_view report_name) {
   const std::string& configuration = options.fia.empty() ? options.fmi : options.fia;
-  const fs::path path(configuration);
+  const fs::path path = path_of(configuration);
   const std::string wanted = platform::host_bytes_from_path(name.substr(1));
-  if (path.filename().string() != wanted) {
+  if (bytes_of(path.filename()) != wanted) {
     throw Failure(fmt::format("the configuration file must have the name {}, unlike {}", wanted, configuration));
   }
   require_readable(configuration);
-  const std::string report = (path.parent_path() / platform::host_bytes_from_path(report_name.substr(1))).string();
+  const std::string report =
+      bytes_of(path.parent_path() / path_of(platform::host_bytes_from_path(report_name.substr(1))));
   Inputs inputs;
   inputs.add_session(options.file);
   if (options.fia.empty()) {
@@ -84,14 +86,14 @@ Workplace workplace_of(const CheckOptions& options, std::wstring_view name, std:
   const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
   Workplace place;
   place.configuration = configuration;
-  place.folder = platform::path_from_host_bytes(folder.string());
+  place.folder = platform::path_from_host_bytes(bytes_of(folder));
   place.report = report;
   place.remark = remark_on(options.file);
   return place;
 }
 
 std::string whole_text(const std::string& path) {
-  std::ifstream in(fs::path(path), std::ios::binary);
+  std::ifstream in(path_of(path), std::ios::binary);
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
@@ -100,13 +102,13 @@ class GrowingReport {
  public:
   explicit GrowingReport(std::string path) : path_(std::move(path)) {
     std::error_code problem;
-    const std::uintmax_t size = fs::file_size(path_, problem);
+    const std::uintmax_t size = fs::file_size(path_of(path_), problem);
     if (!problem) heard_ = size;
   }
 
   // What came since the last call, in one line, without the lines that are `header`.
   std::string next(const std::string& header) {
-    std::ifstream in(fs::path(path_), std::ios::binary);
+    std::ifstream in(path_of(path_), std::ios::binary);
     in.seekg(static_cast<std::streamoff>(heard_));
     const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     heard_ += text.size();
@@ -156,7 +158,7 @@ int conclude(const Verdict& verdict, const std::string& over, const std::string&
   text += "Verdict: " + (verdict.over ? over : verdict.within ? within : std::string("none, nothing was computed"));
   if (verdict.left_out && (verdict.over || verdict.within)) text += ", as far as it was computed";
   std::error_code problem;
-  text += fs::exists(place.report, problem) ? "\nReport: " : "\nReport that could not be written: ";
+  text += fs::exists(path_of(place.report), problem) ? "\nReport: " : "\nReport that could not be written: ";
   print_out(text + cell(to_utf8(place.report)) + "\n" + place.remark);
   if (verdict.over) return kOverLimits;
   if (verdict.failed) throw Failure("the check could not be computed for every run of the session");

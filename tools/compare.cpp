@@ -14,6 +14,7 @@
 #include "json_output.h"
 #include "lap_choice.h"
 #include "lap_comparison.h"
+#include "paths.h"
 #include "print_out.h"
 #include "same_file.h"
 #include "session.h"
@@ -46,7 +47,7 @@ struct LapOfFile {
 LapOfFile lap_of_file(const std::string& text) {
   std::error_code problem;
   const std::size_t colon = text.rfind(':');
-  if (colon == std::string::npos || std::filesystem::exists(text, problem)) return {text, ""};
+  if (colon == std::string::npos || std::filesystem::exists(path_of(text), problem)) return {text, ""};
   const std::string lap = text.substr(colon + 1);
   // What else stands behind a colon is part of the name.
   return reason_not_a_lap_choice(lap).empty() ? LapOfFile{text.substr(0, colon), lap} : LapOfFile{text, ""};

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "paths.h"
 #include "wildcard.h"
 
 namespace traguardo::tool {
@@ -19,13 +20,13 @@ std::vector<fs::path> inside(const std::vector<fs::path>& folders, const std::st
   std::error_code problem;
   for (const fs::path& folder : folders) {
     if (!has_wildcard(part)) {
-      if (fs::exists(folder / part, problem)) found.push_back(folder / part);
+      if (fs::exists(folder / path_of(part), problem)) found.push_back(folder / path_of(part));
       continue;
     }
     for (fs::directory_iterator entry(folder.empty() ? "." : folder, problem), end; !problem && entry != end;
          entry.increment(problem)) {
-      const std::string name = entry->path().filename().string();
-      if (fits(part, name) && (part.front() == '.' || name.front() != '.')) found.push_back(folder / name);
+      const std::string name = bytes_of(entry->path().filename());
+      if (fits(part, name) && (part.front() == '.' || name.front() != '.')) found.push_back(folder / path_of(name));
     }
   }
   return found;
@@ -38,14 +39,14 @@ std::vector<std::string> opened_patterns(const std::vector<std::string>& argumen
   std::error_code problem;
   for (const std::string& argument : arguments) {
     std::vector<fs::path> found;
-    if (has_wildcard(argument) && !fs::exists(argument, problem)) {
-      const fs::path pattern(argument);
+    if (has_wildcard(argument) && !fs::exists(path_of(argument), problem)) {
+      const fs::path pattern = path_of(argument);
       found.push_back(pattern.root_path());
-      for (const fs::path& part : pattern.relative_path()) found = inside(found, part.string());
+      for (const fs::path& part : pattern.relative_path()) found = inside(found, bytes_of(part));
     }
     if (found.empty()) files.push_back(argument);
     std::sort(found.begin(), found.end());
-    for (const fs::path& file : found) files.push_back(file.string());
+    for (const fs::path& file : found) files.push_back(bytes_of(file));
   }
   return files;
 }

@@ -13,6 +13,7 @@
 
 #include "failure.h"
 #include "output_file.h"
+#include "paths.h"
 #include "support/platform/process.h"
 
 namespace traguardo::tool {
@@ -27,7 +28,7 @@ using InputFile = std::unique_ptr<std::FILE, CloseFile>;
 // Why a file can't even be looked at; empty if it can. Opening a pipe would wait for its other end.
 std::string reason_not_readable(const std::string& path) {
   std::error_code problem;
-  const std::filesystem::file_status status = std::filesystem::status(path, problem);
+  const std::filesystem::file_status status = std::filesystem::status(path_of(path), problem);
   if (std::filesystem::is_directory(status)) return "Is a directory";
   if (std::filesystem::is_fifo(status) || std::filesystem::is_socket(status)) return "not a file but a pipe";
   if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
@@ -48,7 +49,7 @@ void require_readable(const std::string& path) {
 bool read_pieces(const std::string& path, const std::function<bool(std::string_view piece)>& take) {
   constexpr std::size_t kPieceSize = std::size_t{1} << 18;
   std::error_code problem;
-  if (!std::filesystem::is_regular_file(path, problem)) return false;
+  if (!std::filesystem::is_regular_file(path_of(path), problem)) return false;
   const InputFile file(platform::open_stream(path, "rb"));
   if (file == nullptr) return false;
   std::vector<char> piece(kPieceSize);

@@ -11,6 +11,7 @@
 
 #include "failure.h"
 #include "legacy/wmp_parser.h"
+#include "paths.h"
 #include "regulation/boost_limit.h"
 #include "regulation/config_file.h"
 #include "regulation/exporter.h"
@@ -30,13 +31,13 @@ char lower(char c) {
 
 // Configurations have their names with a backslash in front.
 std::string beside(const std::string& path, std::wstring_view name) {
-  return (fs::path(path).parent_path() / platform::host_bytes_from_path(name.substr(1))).string();
+  return bytes_of(path_of(path).parent_path() / path_of(platform::host_bytes_from_path(name.substr(1))));
 }
 
 }  // namespace
 
 std::string lower_ending(const std::string& path) {
-  std::string ending = fs::path(path).extension().string();
+  std::string ending = bytes_of(path_of(path).extension());
   for (char& c : ending) c = lower(c);
   return ending;
 }
@@ -61,12 +62,12 @@ void Inputs::add_boost_configuration(const std::string& path) {
   add(path);
   const std::optional<ConfigFile> file = ConfigFile::read(platform::path_from_host_bytes(path));
   if (!file) return;
-  const fs::path folder = fs::path(path).parent_path();
+  const fs::path folder = path_of(path).parent_path();
   LineWalk lines(file->text());
   for (std::string_view line; lines.next(&line);) {
     const auto name = value_of(line, kLimitFile);
     if (name && !name->empty()) {
-      add(platform::host_bytes_from_path(platform::path_in_folder(platform::path_from_host_bytes(folder.string()),
+      add(platform::host_bytes_from_path(platform::path_in_folder(platform::path_from_host_bytes(bytes_of(folder)),
                                                                   platform::path_from_host_bytes(*name))));
     }
   }

@@ -6,6 +6,7 @@
 #include <limits>
 #include <utility>
 
+#include "paths.h"
 #include "support/platform/platform.h"
 
 namespace traguardo::tool {
@@ -127,7 +128,7 @@ std::string MergedSession::logger_id() const {
 }
 
 std::wstring MergedSession::session_file_name() const {
-  return platform::path_from_host_bytes(std::filesystem::path(file_.path).filename().string());
+  return platform::path_from_host_bytes(bytes_of(path_of(file_.path).filename()));
 }
 
 std::wstring MergedSession::session_path() const {

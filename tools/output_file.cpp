@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "failure.h"
+#include "paths.h"
 #include "same_file.h"
 #include "support/platform/platform.h"
 #include "support/platform/process.h"
@@ -30,7 +31,7 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
   }
   const std::string target = behind_links(path_);
   std::error_code problem;
-  const fs::file_status status = fs::status(target, problem);
+  const fs::file_status status = fs::status(path_of(target), problem);
   if (fs::is_directory(status)) fail(std::make_error_code(std::errc::is_a_directory));
   if (fs::exists(status) && !fs::is_regular_file(status)) {
     errno = 0;
@@ -39,7 +40,8 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
     file_ = device_;
     shows_controls_ = platform::is_terminal(device_);
   } else {
-    if (!part_.begin(platform::path_from_host_bytes(target))) fail({static_cast<int>(platform::last_error()), std::system_category()});
+    if (!part_.begin(platform::path_from_host_bytes(target)))
+      fail({static_cast<int>(platform::last_error()), std::system_category()});
     file_ = part_.stream();
   }
   std::setvbuf(file_, nullptr, _IOFBF, kBufferSize);
@@ -86,7 +88,8 @@ void OutputFile::finish() {
 
 void OutputFile::keep() {
   finish();
-  if (part_.is_finished() && !part_.take_place()) fail({static_cast<int>(platform::last_error()), std::system_category()});
+  if (part_.is_finished() && !part_.take_place())
+    fail({static_cast<int>(platform::last_error()), std::system_category()});
 }
 
 void OutputFile::fail(std::error_code code) const {

@@ -15,6 +15,7 @@
 #include "command.h"
 #include "failure.h"
 #include "merged_session.h"
+#include "paths.h"
 #include "print_out.h"
 #include "regulation/calibrated_run.h"
 #include "regulation/elapsed_time.h"
@@ -89,8 +90,7 @@ class Tables {
     }
     use(platform::environment("TRAGUARDO_HOME"));
     if (has_table()) return;
-    own_ = (fs::temp_directory_path() / ("traguardo-" + platform::host_bytes_from_path(platform::random_token())))
-               .string();
+    own_ = bytes_of(fs::temp_directory_path() / (L"traguardo-" + platform::random_token()));
     for (const char* part : {"", "/user", "/user/et_prediction", "/user/et_prediction/Default.etp"}) {
       marks_.emplace_back(platform::path_from_host_bytes(own_ + part));
     }
@@ -100,7 +100,7 @@ class Tables {
   Tables& operator=(const Tables&) = delete;
   ~Tables() {
     std::error_code ignored;
-    if (!own_.empty()) fs::remove_all(own_, ignored);
+    if (!own_.empty()) fs::remove_all(path_of(own_), ignored);
   }
 
   ElapsedTimePrediction& prediction() { return *prediction_; }

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "api/file_table.h"
+#include "paths.h"
 #include "support/platform/process.h"
 
 namespace traguardo::tool {
@@ -65,7 +66,7 @@ class ProgressBar : public IProgress {
 std::unique_ptr<IProgress> progress_for(const std::string& path) {
   if (!platform::is_terminal(stderr)) return nullptr;
   std::error_code problem;
-  const std::uintmax_t size = std::filesystem::file_size(path, problem);
+  const std::uintmax_t size = std::filesystem::file_size(path_of(path), problem);
   if (problem || size < kLargeFile) return nullptr;
   return std::make_unique<ProgressBar>();
 }

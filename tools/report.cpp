@@ -24,6 +24,7 @@
 #include "legacy/wmp_parser.h"
 #include "model/parser.h"
 #include "output_file.h"
+#include "paths.h"
 #include "print_out.h"
 #include "progress.h"
 #include "session.h"
@@ -86,7 +87,7 @@ std::string session_of(const std::string& path) {
 
 bool exists(const std::string& path) {
   std::error_code problem;
-  return fs::exists(path, problem);
+  return fs::exists(path_of(path), problem);
 }
 
 // The reader writes what it has to say beside its session. It gets the session under its own name in a folder where
@@ -95,10 +96,9 @@ class ReportFolder {
  public:
   // outputs: of the session, by what they add to its name.
   ReportFolder(const std::string& session, const std::vector<std::string>& suffixes) {
-    const std::string token = platform::host_bytes_from_path(platform::random_token());
-    const fs::path folder = fs::temp_directory_path() / ("traguardo-" + token);
-    path_ = folder.string();
-    linked_ = (folder / fs::path(session).filename()).string();
+    const fs::path folder = fs::temp_directory_path() / (L"traguardo-" + platform::random_token());
+    path_ = bytes_of(folder);
+    linked_ = bytes_of(folder / path_of(session).filename());
     session_ = session_of(linked_);
     mark(path_);
     mark(linked_);
@@ -106,13 +106,13 @@ class ReportFolder {
     for (const std::string& suffix : suffixes) mark(session_ + suffix);
     fs::create_directory(folder);
     fs::permissions(folder, fs::perms::owner_all);
-    fs::create_symlink(fs::absolute(session), linked_);
+    link(fs::absolute(path_of(session)), path_of(linked_));
   }
   ReportFolder(const ReportFolder&) = delete;
   ReportFolder& operator=(const ReportFolder&) = delete;
   ~ReportFolder() {
     std::error_code ignored;
-    fs::remove_all(path_, ignored);
+    fs::remove_all(path_of(path_), ignored);
   }
 
   const std::string& linked() const { return linked_; }
@@ -120,6 +120,13 @@ class ReportFolder {
   const std::string& session() const { return session_; }
 
  private:
+  // A copy serves where the system has no links, or not to there.
+  static void link(const fs::path& session, const fs::path& name) {
+    std::error_code problem;
+    fs::create_symlink(session, name, problem);
+    if (problem) fs::create_hard_link(session, name, problem);
+    if (problem) fs::copy_file(session, name);
+  }
   void mark(const std::string& path) { marks_.emplace_back(platform::path_from_host_bytes(path)); }
 
   std::vector<platform::UnfinishedFile> marks_;

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "paths.h"
 #include "support/platform/platform.h"
 #include "support/platform/process.h"
 
@@ -30,14 +31,14 @@ fs::path folder_of(const fs::path& path) {
 
 std::string behind_links(const std::string& path) {
   constexpr int kMostLinks = 40;  // as many as the system follows
-  fs::path place(path);
+  fs::path place = path_of(path);
   std::error_code problem;
   for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(place, problem)); ++i) {
     const fs::path next = fs::read_symlink(place, problem);
     if (problem) break;
     place = next.is_absolute() ? next : place.parent_path() / next;
   }
-  return place.string();
+  return bytes_of(place);
 }
 
 bool are_same_file(const std::string& a, const std::string& b) {
@@ -45,13 +46,13 @@ bool are_same_file(const std::string& a, const std::string& b) {
     return a != b && platform::is_stream_of_file(stdout, platform::path_from_host_bytes(a == "-" ? b : a));
   }
   std::error_code problem;
-  if (fs::equivalent(a, b, problem)) return true;
+  if (fs::equivalent(path_of(a), path_of(b), problem)) return true;
   // Only files can take each other's place: two that exist are compared already.
-  const fs::path one(behind_links(a));
-  const fs::path other(behind_links(b));
+  const fs::path one = path_of(behind_links(a));
+  const fs::path other = path_of(behind_links(b));
   if (fs::exists(one, problem) || fs::exists(other, problem)) return false;
-  const std::string one_name = one.filename().string();
-  const std::string other_name = other.filename().string();
+  const std::string one_name = bytes_of(one.filename());
+  const std::string other_name = bytes_of(other.filename());
   return std::equal(one_name.begin(), one_name.end(), other_name.begin(), other_name.end(), is_same_letter) &&
          fs::equivalent(folder_of(one), folder_of(other), problem);
 }

@@ -17,6 +17,7 @@
 #include "input_file.h"
 #include "inputs.h"
 #include "inside.h"
+#include "paths.h"
 #include "progress.h"
 #include "support/platform/process.h"
 #include "support/platform/unfinished_files.h"
@@ -34,7 +35,7 @@ constexpr const char* kStoreFolder = "TRAGUARDO_STORE_FOLDER";
 
 std::string reason_not_opened(const std::string& path) {
   std::error_code problem;
-  if (lower_ending(path) == ".wmp" && !fs::exists(trace_file_of(path), problem)) {
+  if (lower_ending(path) == ".wmp" && !fs::exists(path_of(trace_file_of(path)), problem)) {
     return fmt::format("its trace file is missing, which was sought as {}", trace_file_of(path));
   }
   switch (last_open_failure()) {
@@ -125,13 +126,13 @@ class MadeByOpening {
   MadeByOpening& operator=(const MadeByOpening&) = delete;
   ~MadeByOpening() {
     std::error_code ignored;
-    if (!copy_.empty()) fs::remove(copy_, ignored);
+    if (!copy_.empty()) fs::remove(path_of(copy_), ignored);
   }
 
  private:
   bool mark_if_missing(const std::string& path) {
     std::error_code problem;
-    if (fs::exists(fs::symlink_status(path, problem))) return false;
+    if (fs::exists(fs::symlink_status(path_of(path), problem))) return false;
     marks_.emplace_back(platform::path_from_host_bytes(path));
     return true;
   }
@@ -150,13 +151,13 @@ void refuse_printing_onto(const std::string& session) {
 
 void choose_store_folder(const std::string& session) {
   std::error_code problem;
-  fs::path folder = fs::path(session).parent_path();
+  fs::path folder = path_of(session).parent_path();
   if (folder.empty()) folder = ".";
-  if (!platform::can_make_files_in(platform::path_from_host_bytes(folder.string()))) {
+  if (!platform::can_make_files_in(platform::path_from_host_bytes(bytes_of(folder)))) {
     folder = fs::temp_directory_path(problem);
     if (problem) return;
   }
-  platform::set_environment_if_unset(kStoreFolder, folder.string());
+  platform::set_environment_if_unset(kStoreFolder, bytes_of(folder));
 }
 
 Session::Session(const std::string& path, bool recover) : path_(path) {

@@ -14,6 +14,7 @@
 #include "input_file.h"
 #include "logger/lz77.h"
 #include "output_file.h"
+#include "paths.h"
 #include "print_out.h"
 #include "same_file.h"
 #include "support/platform/platform.h"
@@ -31,14 +32,14 @@ struct UnpackOptions {
 
 std::string target_of(const UnpackOptions& options) {
   if (!options.output.empty()) return options.output;
-  return fs::path(options.file).replace_extension(".qlt").string();
+  return bytes_of(path_of(options.file).replace_extension(".qlt"));
 }
 
 // What a damaged file yields is worth having only where nothing better stands.
 bool is_worth_keeping(const std::string& target, std::uintmax_t size) {
   std::error_code problem;
-  if (target == "-" || !fs::is_regular_file(target, problem)) return true;
-  const std::uintmax_t present = fs::file_size(target, problem);
+  if (target == "-" || !fs::is_regular_file(path_of(target), problem)) return true;
+  const std::uintmax_t present = fs::file_size(path_of(target), problem);
   return problem || size > present;
 }
 

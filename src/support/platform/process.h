@@ -12,10 +12,11 @@ namespace traguardo::platform {
 // what is printed would go into it. Call it first of all: behind it a missing stream fails like a full disk.
 void occupy_standard_streams();
 
-// The words of the command line as the host's bytes: the system's own where main() gets them in a form that lost letters.
+// The words of the command line as the host's bytes: the system's own where main() gets them in a form that lost
+// letters.
 std::vector<std::string> command_line(int count, char** words);
-// For programs whose output is UTF-8, byte by byte: a console of another code page changes to it until the process ends,
-// and line feeds stay what they are.
+// For programs whose output is UTF-8, byte by byte: a console of another code page changes to it until the process
+// ends, and line feeds stay what they are.
 void write_utf8();
 
 // Null, with errno, where the C library can't open the file. The path is the host's bytes.
