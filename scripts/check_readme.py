@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""The README is code: every command line in it runs as it stands, every output that it shows is what comes out, and its
-host is the one in examples/. Needs the release build. What other stages of CI run anyway is left to them.
+"""The README is code: every command line in it runs as it stands, so does its Python, every output that it shows is what
+comes out, and its host is the one in examples/. Needs the release build. What other stages of CI run anyway is left to them.
 
     check_readme.py
 """
@@ -28,6 +28,8 @@ class Shell:
         tool = ROOT / "build/release/tools"
         self.environment = {**os.environ, "HOME": str(folder), "PATH": f"{tool}:{os.environ['PATH']}"}
         self.environment.pop("XDG_CONFIG_HOME", None)
+        self.environment.update(PYTHONPATH=str(ROOT / "python"), PYTHONDONTWRITEBYTECODE="1",
+                                TRAGUARDO_PYTHON_LIBRARY=str(ROOT / "build/release/python/_traguardo.so"))
 
     def run(self, lines, at_root):
         place = ROOT if at_root else self.folder
@@ -61,6 +63,9 @@ def main():
                 # What belongs to the sources runs there; the session is the one that the tool made.
                 text = "\n".join(lines).replace("session.qlt", f"{folder}/session.qlt")
                 shell.run(text, at_root=True)
+        for block in blocks(readme, "python"):
+            shell.run(f"/usr/bin/python3 - <<'PYTHON'\n{block}\nPYTHON", at_root=False)
+            count += len(block.splitlines())
         for block in blocks(readme, "console"):
             for command, output in re.findall(r"^\$ (.*)\n((?:(?!\$ ).*\n?)*)", block + "\n", re.M):
                 found = shell.run(command, at_root=False)
