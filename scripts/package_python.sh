@@ -46,7 +46,7 @@ Priority: optional
 Architecture: $architecture
 Maintainer: The Traguardo authors <authors@traguardo.invalid>
 Installed-Size: $(du -sk --apparent-size "$root/usr" | cut -f1)
-Depends: python3 (>= 3.10), python3-numpy, python3-pandas (>= 1.5), libc6 (>= 2.34), libstdc++6 (>= 12), zlib1g
+Depends: python3 (>= 3.10), python3-numpy, python3-pandas (>= 1.5), libc6 (>= 2.34), libgcc-s1, libstdc++6 (>= 12), zlib1g
 Recommends: python3-h5py, python3-scipy, python3-dask, python3-distributed, python3-matplotlib
 Description: session files of motorsport data loggers in Python
  Opens .qlt, .qlc and .wmp files: laps, channels and GPS as NumPy arrays,
