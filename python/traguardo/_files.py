@@ -8,6 +8,7 @@ import os
 import re
 import tempfile
 from contextlib import contextmanager
+from itertools import chain
 from typing import TYPE_CHECKING, Any, Iterator, Sequence
 
 import numpy as np
@@ -120,7 +121,7 @@ def to_mat(session: Session, path: Path) -> None:
         put("info", _texts(session))
         laps = _laps(session)
         put("laps", {name: laps[name].astype(float) for name in laps.dtype.names or ()})
-        for channel in [*session.channels.values(), *session.gps.values()]:
+        for channel in chain(session.channels.values(), session.gps.values()):
             put(_variable_name(channel.name, taken),
                 {"name": channel.name, "unit": channel.unit, "rate": channel.rate, "times": channel.times,
                  "values": channel.values})

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from html import escape
+from itertools import islice
 from typing import TYPE_CHECKING
 
 import numpy as np
@@ -42,7 +43,8 @@ def drawing(values: "Numbers") -> str:
         return " ".join(f"{a:.0f},{b:.1f}" for a, b in zip(x[order], y[order]))
 
     return (f'<svg width="{_WIDTH}" height="{_HEIGHT}" role="img"><polygon fill="currentColor" fill-opacity="0.35" '
-            f'stroke="currentColor" stroke-width="0.8" points="{points(high, slice(None))} {points(low, slice(None, None, -1))}"/></svg>')
+            f'stroke="currentColor" stroke-width="0.8" points="{points(high, slice(None))} '
+            f'{points(low, slice(None, None, -1))}"/></svg>')
 
 
 def _row(channel: "Channel") -> str:
@@ -66,8 +68,7 @@ def of_session(session: "Session") -> str:
         f"<tr><td{_CELL}>{i + 1}</td><td{_CELL}>{start:.3f}</td><td{_CELL}>{lap_clock(duration)}"
         f"{' *' if i == best else '' if finished else ' unfinished'}</td></tr>"
         for i, (start, duration, finished) in enumerate(session._lap_rows))
-    channels = list(session.channels.values())
-    more = len(channels) - _MOST_CHANNELS
+    more = len(session.channels) - _MOST_CHANNELS
     return (
         f"<div><b>{escape(session.path)}</b><br>"
         + " &middot; ".join(f"{name}: {escape(text)}" for name, text in texts if text)
@@ -75,5 +76,6 @@ def of_session(session: "Session") -> str:
         + (f"<table><thead><tr><th>Lap</th><th>Start (s)</th><th>Time (min:s)</th></tr></thead><tbody>{laps}</tbody>"
            "</table>" if laps else "")
         + "<table><thead><tr><th>Channel</th><th>Unit</th><th>Samples</th><th>Rate (Hz)</th><th>Minimum</th>"
-        + "<th>Maximum</th><th></th></tr></thead><tbody>" + "".join(_row(c) for c in channels[:_MOST_CHANNELS])
+        + "<th>Maximum</th><th></th></tr></thead><tbody>"
+        + "".join(_row(channel) for channel in islice(session.channels.values(), _MOST_CHANNELS))
         + (f'<tr><td colspan="7">and {more} more</td></tr>' if more > 0 else "") + "</tbody></table></div></div>")
