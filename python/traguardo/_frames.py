@@ -99,16 +99,17 @@ def _strictly_rising(x: Numbers, y: Numbers) -> tuple[Numbers, Numbers]:
 
 
 def speed(session: Session) -> tuple[Numbers, Numbers]:
-    """Times (s) and speed (m/s): the receiver's, else of the channel that its record or its name calls a speed."""
+    """Times (s) and speed (m/s): of the first channel that its record calls a speed, else of the first in a unit of
+    speed, else the receiver's."""
+    logged = [(channel, _TO_METRES_PER_SECOND.get(channel.unit.strip().casefold()))
+              for channel in session.channels.values()]
+    found = [row for row in logged if row[1] and row[0]._record().speed] or [row for row in logged if row[1]]
+    for channel, factor in found[:1]:
+        return channel.times, channel.values * factor
     if "GPS Speed" in session.gps._names:
         channel = session.gps["GPS Speed"]
         return channel.times, channel.values
-    logged = list(session.channels.values())
-    for channel in [c for c in logged if c._record().speed] + [c for c in logged if c.name.casefold() == "speed"]:
-        factor = _TO_METRES_PER_SECOND.get(channel.unit.strip().casefold())
-        if factor and len(channel):
-            return channel.times, channel.values * factor
-    raise ValueError(f"{session.path}: no GPS and no channel with a speed to tell distances by")
+    raise ValueError(f"{session.path}: no channel with a speed and no GPS to tell distances by")
 
 
 def distance(session: Session, lap: Lap) -> tuple[Numbers, Numbers]:

@@ -3,14 +3,18 @@
 import doctest
 import gc
 import importlib
+import io
+import json
 import os
 import shutil
+import subprocess
 import sys
 import threading
 import warnings
 from pathlib import Path
 
 import numpy as np
+import pandas as pd
 import pytest
 
 import traguardo
@@ -211,3 +215,27 @@ def test_laps_against_each_other(session):
 def test_a_notebook_shows_texts_laps_and_drawings(session):
     html = session._repr_html_()
     assert html.count("<svg") == 27 and session.info.track in html and "1:14" in html and "<script" not in html
+
+
+def tool(*arguments):
+    return subprocess.run([os.environ["TRAGUARDO_TOOL"], *arguments], check=True, capture_output=True, text=True).stdout
+
+
+def test_frames_formulas_and_deltas_against_the_tool(session, demo):
+    """It has its own code for all three."""
+    names = ["Speed", "Gear", "Air Temp", "GPS Latitude"]
+    chosen = [word for name in names for word in ("--channel", name)]
+    wide = pd.read_csv(io.StringIO(tool("export", demo, "-o", "-", "--wide", "--rate", "20", "--lap", "2", *chosen)))
+    frame = session.frame(names, rate=20, lap=2)
+    np.testing.assert_allclose(wide.iloc[:, 2:].to_numpy(), frame.to_numpy(), rtol=1e-6)
+    by_metres = tool("export", demo, "-o", "-", "--wide", "--by-distance", "50", "--lap", "2", "--channel", "Speed")
+    wide, frame = pd.read_csv(io.StringIO(by_metres)), session.frame("Speed", by="distance", step=50, lap=2)
+    np.testing.assert_allclose(wide["Speed (km/h)"], frame["Speed"], rtol=1e-4)
+    formula = json.loads(tool("eval", "Speed / 3.6 + Gear", demo, "--rate", "10", "--json"))
+    result = session.eval("Speed / 3.6 + Gear", rate=10)
+    assert formula["times"] == result.times.tolist() and formula["values"] == result.values.tolist()
+    compared = json.loads(tool("compare", f"{demo}:2", f"{demo}:3", "--json"))
+    delta = session.compare(session, lap=2, other_lap=3)["delta"]
+    for point in compared["deltas"]:
+        mine = np.interp(point["distance_m"], delta.index, delta)
+        assert mine == pytest.approx(point["delta_s"], abs=0.01), point
