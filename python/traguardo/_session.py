@@ -278,7 +278,8 @@ class _OpenPaths:
     """The library takes one path for one file. Each session has its own, so a second spelling is found for a second."""
 
     def __init__(self) -> None:
-        self._lock = threading.Lock()
+        # A session that is collected in the middle of `take` gives its path back in the same thread.
+        self._lock = threading.RLock()
         self._taken: set[bytes] = set()
 
     def take(self, path: bytes) -> bytes:

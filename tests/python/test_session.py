@@ -221,6 +221,11 @@ def tool(*arguments):
     return subprocess.run([os.environ["TRAGUARDO_TOOL"], *arguments], check=True, capture_output=True, text=True).stdout
 
 
+def test_one_version_everywhere():
+    told = (Path(traguardo.__file__).parent.parent / "pyproject.toml").read_text()
+    assert f'version = "{traguardo.__version__}"' in told and f"traguardo {traguardo.__version__}," in tool("--version")
+
+
 def test_frames_formulas_and_deltas_against_the_tool(session, demo):
     """It has its own code for all three."""
     names = ["Speed", "Gear", "Air Temp", "GPS Latitude"]
