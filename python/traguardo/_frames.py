@@ -101,9 +101,10 @@ def _strictly_rising(x: Numbers, y: Numbers) -> tuple[Numbers, Numbers]:
 def speed(session: Session) -> tuple[Numbers, Numbers]:
     """Times (s) and speed (m/s): of the first channel that its record calls a speed, else of the first in a unit of
     speed, else the receiver's."""
-    logged = [(channel, _TO_METRES_PER_SECOND.get(channel.unit.strip().casefold()))
+    logged = [(channel, _TO_METRES_PER_SECOND.get(channel.unit.strip().casefold(), 0.0))
               for channel in session.channels.values()]
-    found = [row for row in logged if row[1] and row[0]._record().speed] or [row for row in logged if row[1]]
+    speeds = [row for row in logged if row[1] > 0]
+    found = [row for row in speeds if row[0]._record().speed] or speeds
     for channel, factor in found[:1]:
         return channel.times, channel.values * factor
     if "GPS Speed" in session.gps._names:
