@@ -34,7 +34,8 @@ export class ChannelList {
       if (event.key !== "Enter") return;
       this.list.querySelector("input")?.click();
     });
-    state.on(["channels"], () => this.fill());
+    // Nothing moves away from under a finger: the order is that of the last search.
+    state.on(["channels"], () => this.tick());
   }
 
   fill(): void {
@@ -48,16 +49,17 @@ export class ChannelList {
       shown.length < found.length
         ? `${shown.length} of ${found.length} shown: type to find others`
         : `${found.length} of ${this.all.length}`;
-    // A tick that moves a channel within the list must not lose the keyboard's place.
-    const focused = document.activeElement instanceof HTMLInputElement ? document.activeElement.dataset.key : undefined;
-    this.list.replaceChildren(...shown.map((channel) => this.item(channel, chosen.has(channel.key))));
-    if (focused === undefined) return;
-    for (const box of this.list.querySelectorAll("input")) if (box.dataset.key === focused) box.focus();
+    this.list.replaceChildren(...shown.map((channel) => this.item(channel)));
+    this.tick();
   }
 
-  private item(channel: { key: string; title: string; isGps: boolean; count: number }, isChosen: boolean): HTMLElement {
+  private tick(): void {
+    const chosen = new Set(this.state.channels);
+    for (const box of this.list.querySelectorAll("input")) box.checked = chosen.has(box.dataset.key ?? "");
+  }
+
+  private item(channel: { key: string; title: string; isGps: boolean; count: number }): HTMLElement {
     const box = make("input", { type: "checkbox" });
-    box.checked = isChosen;
     box.dataset.key = channel.key;
     box.addEventListener("change", () => {
       if (this.state.choose(channel.key, box.checked)) return;

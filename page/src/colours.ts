@@ -21,10 +21,19 @@ const SCALE = [
   [254, 232, 56],
 ];
 
-export function isDark(): boolean {
-  if (matchMedia("print").matches || document.documentElement.dataset.print === "yes") return false;
+const onPaper = matchMedia("print");
+const systemIsDark = matchMedia("(prefers-color-scheme: dark)");
+
+// When other colours may be due.
+export function onOtherColours(act: () => void): void {
+  onPaper.addEventListener("change", act);
+  systemIsDark.addEventListener("change", act);
+}
+
+function isDark(): boolean {
+  if (onPaper.matches) return false;
   const chosen = document.documentElement.dataset.theme;
-  return chosen === undefined ? matchMedia("(prefers-color-scheme: dark)").matches : chosen === "dark";
+  return chosen === undefined ? systemIsDark.matches : chosen === "dark";
 }
 
 function palette(): string[] {

@@ -46,6 +46,7 @@ export class LapTable {
   readonly element = make("section", { class: "laps" });
   private readonly swatches = new Map<string, HTMLElement>();
   private readonly boxes = new Map<string, HTMLInputElement>();
+  private readonly radios = new Map<string, HTMLInputElement>();
 
   constructor(
     private readonly state: State,
@@ -65,7 +66,7 @@ export class LapTable {
     });
     heading.append(" ", csvButton);
     const splits = Math.max(0, ...laps.map((lap) => lap.splits_us.length));
-    const names = Array.from({ length: splits }, (_, i) => `Split ${i + 1} (s)`);
+    const names = Array.from({ length: splits }, (_, i) => `S${i + 1} (s)`);
     const table = make("table", {}, make("thead", {}, row("th", "Show", "Ref.", "Lap", "Time (min:s)", "Gap (s)", ...names)));
     const body = make("tbody", {}, ...laps.map((lap) => this.lapRow(lap, best, splits)));
     table.append(body);
@@ -88,12 +89,14 @@ export class LapTable {
       "aria-label": `Take ${label} as the reference`,
       disabled: !lap.kept,
     });
-    radio.checked = this.state.reference?.id === id;
     radio.addEventListener("change", () => this.state.setReference(this.file, lap));
     this.swatches.set(id, swatch);
     this.boxes.set(id, box);
+    this.radios.set(id, radio);
     const splitCells = Array.from({ length: splits }, (_, i) => {
-      if (i >= lap.splits_us.length) return "–";
+      // A mark that was missed leaves open which splits those are.
+      const isMissing = lap.finished && lap.splits_us.length !== splits;
+      if (isMissing || i >= lap.splits_us.length) return "–";
       const isBest = lap.finished && lap.splits_us[i] === best.splits_us.at(i);
       return make(isBest ? "b" : "span", isBest ? { title: "best split" } : {}, seconds(lap.splits_us[i]));
     });
@@ -117,6 +120,7 @@ export class LapTable {
       const swatch = this.swatches.get(id);
       if (swatch !== undefined) paintSwatch(swatch, colours.get(id));
     }
+    for (const [id, radio] of this.radios) radio.checked = this.state.reference?.id === id;
   }
 }
 

@@ -3,7 +3,7 @@
 import "uplot/dist/uPlot.min.css";
 import "./page.css";
 import { ChannelList } from "./channel_list";
-import { coloursOf } from "./colours";
+import { coloursOf, onOtherColours } from "./colours";
 import { button, byId, copy, make, row } from "./dom";
 import { csv, lapClock } from "./format";
 import { addKeys, moves } from "./gestures";
@@ -31,9 +31,12 @@ function axisSelect(state: State): HTMLElement {
   const select = make("select", { id: "axis" });
   for (const [kind, text] of AXES) {
     const isPossible = kind === "session" || (kind === "lap" ? state.hasLaps() : state.hasDistance());
-    select.append(make("option", { value: kind, disabled: !isPossible, selected: kind === state.axis }, text));
+    select.append(make("option", { value: kind, disabled: !isPossible }, text));
   }
   select.addEventListener("change", () => state.setAxis(select.value as AxisKind));
+  state.on(["laps"], () => {
+    select.value = state.axis;
+  });
   return make("span", { class: "nowrap" }, make("label", { for: "axis" }, "Over "), select);
 }
 
@@ -100,8 +103,7 @@ function themeButton(state: State): HTMLElement {
     theme.textContent = names[chosen];
     repaint();
   });
-  matchMedia("(prefers-color-scheme: dark)").addEventListener("change", repaint);
-  matchMedia("print").addEventListener("change", repaint);
+  onOtherColours(repaint);
   return theme;
 }
 
@@ -170,11 +172,11 @@ async function build(head: Head, page: HTMLElement): Promise<void> {
   );
   new Plots(region, state);
   addKeys(region, state);
-  list.fill();
   state.on(["laps", "channels"], () => {
     notice.hidden = !empty && state.channels.length > 0;
   });
   state.begin();
+  list.fill();
 }
 
 const page = byId("page");

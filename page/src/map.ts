@@ -17,6 +17,8 @@ interface Point {
   north: number;
 }
 
+type Projection = (point: Point) => [number, number];
+
 interface Walk {
   trace: Trace;
   times: Float64Array;
@@ -32,6 +34,7 @@ export class TrackMap {
   private readonly select = make("select", { id: "map-channel" });
   private readonly scale = make("div", { class: "scale-line" });
   private walks: Walk[] = [];
+  private project: Projection = () => [0, 0];
   private isWaiting = false;
   private isStale = true;
 
@@ -50,7 +53,7 @@ export class TrackMap {
     addKeys(this.canvas, state);
     state.on(["channels"], () => this.listChannels());
     state.on(["laps", "channels"], () => this.drawSoon(true));
-    state.on(["cursor", "view"], () => this.drawSoon(false));
+    state.on(["cursor"], () => this.drawSoon(false));
     new ResizeObserver(() => this.drawSoon(true)).observe(frame);
     this.listChannels();
   }
@@ -81,6 +84,7 @@ export class TrackMap {
     if (this.isStale) {
       this.isStale = false;
       this.walks = this.state.traces.flatMap(walkOf);
+      this.project = this.projectionOfWalks();
       this.drawTrack();
     }
     this.drawMarks();
@@ -97,7 +101,7 @@ export class TrackMap {
   }
 
   // Metres to pixels: the same both ways, everything in sight, north up.
-  private projection(): (point: Point) => [number, number] {
+  private projectionOfWalks(): Projection {
     const points = this.walks.flatMap((walk) => walk.points);
     const range = (values: number[]): [number, number] => [
       values.reduce((a, b) => Math.min(a, b), Infinity),
@@ -117,7 +121,7 @@ export class TrackMap {
   private drawTrack(): void {
     const context = this.context(this.canvas);
     if (context === null) return;
-    const project = this.projection();
+    const { project } = this;
     const coloured = this.colouredWalk();
     context.lineJoin = "round";
     for (const { trace, points } of this.walks) {
@@ -145,7 +149,7 @@ export class TrackMap {
     context: CanvasRenderingContext2D,
     { trace, times, points }: Walk,
     channel: Channel,
-    project: (point: Point) => [number, number],
+    project: Projection,
   ): void {
     const found: [number, number] = [0, 0];
     if (!channel.extremes(channel.lowerBound(trace.from_us), channel.lowerBound(trace.to_us), found)) return;
@@ -175,14 +179,13 @@ export class TrackMap {
   }
 
   // Where laps begin and splits end, across the track.
-  private drawSectors(context: CanvasRenderingContext2D, project: (point: Point) => [number, number]): void {
+  private drawSectors(context: CanvasRenderingContext2D, project: Projection): void {
     const lap = this.state.reference?.lap ?? null;
     const trace = this.walks.find((walk) => walk.trace.isReference)?.trace ?? this.walks.at(0)?.trace;
     if (trace?.lap === null || trace === undefined || lap === null) return;
     const marks: [number, string][] = [[trace.from_us, "Start"]];
     let end = trace.from_us;
     trace.lap.splits_us.slice(0, -1).forEach((split, i) => marks.push([(end += split), `S${i + 1}`]));
-    context.strokeStyle = ink().text;
     context.fillStyle = ink().text;
     context.font = "bold 12px system-ui, sans-serif";
     for (const [time, text] of marks) {
@@ -192,10 +195,15 @@ export class TrackMap {
       const length = Math.hypot(nextX - x, nextY - y) || 1;
       const [acrossX, acrossY] = [(-(nextY - y) / length) * 12, ((nextX - x) / length) * 12];
       context.lineWidth = text === "Start" ? 4 : 2;
+      context.strokeStyle = ink().text;
       context.beginPath();
       context.moveTo(x - acrossX, y - acrossY);
       context.lineTo(x + acrossX, y + acrossY);
       context.stroke();
+      // With a rim, as it may lie on the track.
+      context.lineWidth = 4;
+      context.strokeStyle = ink().ground;
+      context.strokeText(text, x + acrossX * 1.4, y + acrossY * 1.4);
       context.fillText(text, x + acrossX * 1.4, y + acrossY * 1.4);
     }
   }
@@ -203,7 +211,7 @@ export class TrackMap {
   private drawMarks(): void {
     const context = this.context(this.marks);
     if (context === null) return;
-    const project = this.projection();
+    const { project } = this;
     for (const { trace } of this.walks) {
       const time = trace.timeAt(this.state.cursor, this.state.axis);
       if (!(time >= trace.from_us && time <= trace.to_us)) continue;
@@ -219,7 +227,7 @@ export class TrackMap {
   }
 
   private takeClick(event: MouseEvent): void {
-    const project = this.projection();
+    const { project } = this;
     const box = this.canvas.getBoundingClientRect();
     const [clickX, clickY] = [event.clientX - box.left, event.clientY - box.top];
     let nearest = Infinity;

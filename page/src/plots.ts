@@ -2,7 +2,7 @@
 // The plots, one below the other over the same range. uPlot lays out axes, scales and grid; the lines are drawn from the
 // channels' own rows, since laps of millions of samples have no common places on the axis.
 import uPlot from "uplot";
-import { ink } from "./colours";
+import { ink, onOtherColours } from "./colours";
 import { columnTimes, curveOf, placesIn, type Frame } from "./curve";
 import { button, make } from "./dom";
 import { addGestures } from "./gestures";
@@ -10,6 +10,7 @@ import { titleOf, type Trace } from "./session";
 import type { State } from "./state";
 
 const HEIGHT_PX = 150;
+const STILL_MS = 150; // without a move, after which lines get all of their columns
 const AXIS_WIDTH_PX = 64;
 const DIFFERENCE = "difference"; // no key of a channel
 
@@ -20,6 +21,8 @@ class Plot {
   private plot: uPlot;
   private low = 0;
   private high = 1;
+  private isStale = true;
+  isInSight = true;
 
   constructor(
     private readonly plots: Plots,
@@ -76,7 +79,15 @@ class Plot {
     this.plot.setSize({ width, height: HEIGHT_PX });
   }
 
+  // Those that are scrolled away wait until they are seen, or printed.
+  drawIfSeen(): void {
+    this.isStale = true;
+    if (this.isInSight) this.draw();
+  }
+
   draw(): void {
+    if (!this.isStale) return;
+    this.isStale = false;
     const { view } = this.plots.state;
     this.findHeights();
     this.plot.setScale("x", { min: view.low, max: view.high });
@@ -141,10 +152,15 @@ class Plot {
       const path = this.key === DIFFERENCE ? this.differencePath(trace, frame) : this.channelPath(trace, frame);
       if (path === null) continue;
       ctx.strokeStyle = trace.colour;
-      ctx.lineWidth = (trace.isReference ? 1.8 : 1.1) * uPlot.pxRatio;
-      ctx.lineJoin = "round";
+      // A browser without a graphics card draws several lines of one pixel in a small part of the time of a wider one.
+      ctx.lineWidth = 1;
       ctx.setLineDash(trace.dash.map((length) => length * uPlot.pxRatio));
-      ctx.stroke(path);
+      const lines = Math.round((trace.isReference ? 2 : 1) * uPlot.pxRatio);
+      for (let i = 0; i < lines; i++) {
+        ctx.stroke(path);
+        ctx.translate(0, 1);
+      }
+      ctx.translate(0, -lines);
     }
     ctx.restore();
   }
@@ -185,19 +201,44 @@ export class Plots {
   // Of the range in sight, by trace.
   private readonly times = new Map<Trace, Float64Array>();
   private readonly behind = new Map<Trace, Float64Array>();
+  private readonly sight: IntersectionObserver;
   private isWaiting = false;
+  private isMoving = false;
+  private stillTimer = 0;
 
   constructor(
     private readonly region: HTMLElement,
     readonly state: State,
   ) {
     state.on(["laps", "channels"], () => this.arrange());
-    state.on(["laps", "channels", "view"], () => this.drawSoon());
+    state.on(["view"], () => this.move());
+    state.on(["laps", "channels"], () => this.drawSoon());
     state.on(["cursor"], () => this.plots.forEach((plot) => plot.moveCursor()));
+    this.sight = new IntersectionObserver((entries) => this.see(entries));
     new ResizeObserver(() => {
       for (const plot of this.plots) plot.resize(this.width());
       this.drawSoon();
     }).observe(region);
+    onOtherColours(() => this.plots.forEach((plot) => plot.draw()));
+  }
+
+  private see(entries: IntersectionObserverEntry[]): void {
+    for (const { target, isIntersecting } of entries) {
+      const plot = this.plots.find(({ element }) => element === target);
+      if (plot === undefined) continue;
+      plot.isInSight = isIntersecting;
+      if (isIntersecting) plot.draw();
+    }
+  }
+
+  private move(): void {
+    this.isMoving = true;
+    clearTimeout(this.stillTimer);
+    this.stillTimer = setTimeout(() => {
+      this.isMoving = false;
+      this.drawSoon();
+    }, STILL_MS);
+    this.drawSoon();
   }
 
   width(): number {
@@ -205,7 +246,7 @@ export class Plots {
   }
 
   columns(trace: Trace): Float64Array {
-    const columns = Math.max(50, this.width() - AXIS_WIDTH_PX - 20);
+    const columns = Math.max(50, Math.round((this.width() - AXIS_WIDTH_PX - 20) / (this.isMoving ? 2 : 1)));
     return remembered(this.times, trace, () => columnTimes(trace, this.state.axis, this.state.view, columns));
   }
 
@@ -223,10 +264,18 @@ export class Plots {
     const { state } = this;
     const comparable = state.axis === "distance" && state.reference?.hasDistance() === true && state.traces.length > 0;
     const wanted = [...(comparable ? [DIFFERENCE] : []), ...state.channels];
-    for (const plot of this.plots) if (!wanted.includes(plot.key)) plot.destroy();
+    for (const plot of this.plots) {
+      if (wanted.includes(plot.key)) continue;
+      this.sight.unobserve(plot.element);
+      plot.destroy();
+    }
     const kept = this.plots.filter((plot) => wanted.includes(plot.key));
     this.plots = wanted.map((key) => kept.find((plot) => plot.key === key) ?? new Plot(this, key));
-    for (const plot of this.plots) if (plot.element.parentNode === null) this.region.append(plot.element);
+    for (const plot of this.plots) {
+      if (plot.element.parentNode !== null) continue;
+      this.region.append(plot.element);
+      this.sight.observe(plot.element);
+    }
     const first = this.plots.at(0);
     if (first?.key === DIFFERENCE && this.region.firstChild !== first.element) this.region.prepend(first.element);
     this.region.dataset.empty = this.plots.length === 0 ? "yes" : "no";
@@ -244,8 +293,10 @@ export class Plots {
   draw(): void {
     this.times.clear();
     this.behind.clear();
-    for (const plot of this.plots) plot.draw();
-    if (!this.state.isLoading()) this.region.dataset.drawn = "yes";
+    for (const plot of this.plots) plot.drawIfSeen();
+    if (this.state.isLoading() || this.region.dataset.drawn === "yes") return;
+    this.region.dataset.drawn = "yes";
+    performance.mark("first-plot");
   }
 }
 

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <map>
 #include <numbers>
+#include <numeric>
 #include <utility>
 
 #include "damage.h"
@@ -34,7 +35,7 @@ Json to_json(const Pairs& pairs) {
   return json;
 }
 
-Json whole_us(double time_s) {
+std::int64_t whole_us(double time_s) {
   constexpr double kMost = 9e15;  // what a script still counts
   const double time_us = time_s * 1e6;
   return std::isfinite(time_us) ? std::llround(std::clamp(time_us, -kMost, kMost)) : 0;
@@ -56,16 +57,22 @@ Pairs damage_texts(const Session& session, bool recovered) {
   return pairs;
 }
 
+// Durations, in order. The last one of a finished lap is what the others leave of it: marks of the line say it in more
+// than one way.
+std::vector<std::int64_t> splits_us(const Session& session, const Lap& lap) {
+  std::vector<std::int64_t> splits;
+  const SRkLap* record = nullptr;
+  if (find_lap(inside_of(session), lap.index(), &record) != LapLookup::kFound) return splits;
+  for (const auto& [number, split] : record->splits) splits.push_back(static_cast<std::int64_t>(split->duration));
+  if (lap.finished && !splits.empty()) {
+    splits.back() = whole_us(lap.duration_s) - std::accumulate(splits.begin(), splits.end() - 1, std::int64_t{0});
+  }
+  return splits;
+}
+
 Json laps_json(const PageFile& file) {
   Json json = Json::array();
   for (const Lap& lap : file.session->laps()) {
-    const SRkLap* record = nullptr;
-    Json splits = Json::array();
-    if (find_lap(inside_of(*file.session), lap.index(), &record) == LapLookup::kFound) {
-      for (const auto& [number, split] : record->splits) {
-        splits.push_back(whole_us(static_cast<double>(static_cast<i64>(split->duration)) * 1e-6));
-      }
-    }
     const bool is_kept = file.laps.empty() || std::any_of(file.laps.begin(), file.laps.end(), [&lap](const Lap& kept) {
                            return kept.number == lap.number;
                          });
@@ -74,7 +81,7 @@ Json laps_json(const PageFile& file) {
                     {"duration_us", whole_us(lap.duration_s)},
                     {"finished", lap.finished},
                     {"kept", is_kept},
-                    {"splits_us", splits}});
+                    {"splits_us", splits_us(*file.session, lap)}});
   }
   return json;
 }
@@ -137,7 +144,7 @@ Json track_json(const PageFile& file, std::optional<FlatMap>* map, PageBlocks* b
     const TrackPoint& point = track[i];
     const TrackPoint& last = track[i == 0 ? 0 : i - 1];
     driven_m += std::hypot(point.x_m - last.x_m, point.y_m - last.y_m, point.z_m - last.z_m);
-    times.push_back(whole_us(point.time_s).get<std::int64_t>());
+    times.push_back(whole_us(point.time_s));
     east.push_back(centimetres((*map)->east_m(point)));
     north.push_back(centimetres((*map)->north_m(point)));
     driven.push_back(centimetres(driven_m));
