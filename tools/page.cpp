@@ -62,9 +62,10 @@ std::string title_of(const std::vector<PageFile>& files) {
 }
 
 // What the blocks may take in the page, which has them in base64, four bytes for three.
-std::size_t most_block_bytes(double largest_mb) {
+std::size_t most_block_bytes(double largest_mb, const PageBlocks& there) {
   constexpr double kRoomForTheRest = 0.5;
-  return static_cast<std::size_t>(std::max(0.1, largest_mb - kRoomForTheRest) * 1e6 * 3 / 4);
+  const double most = std::max(0.1, largest_mb - kRoomForTheRest) * 1e6 * 3 / 4;
+  return static_cast<std::size_t>(std::max(0.0, most - static_cast<double>(there.bytes())));
 }
 
 void write_page(const PageOptions& options) {
@@ -79,9 +80,10 @@ void write_page(const PageOptions& options) {
 
   const std::vector<PageFile> files = open_page_files(opened);
   std::vector<EncodedChannel> channels = encode_channels(files);
-  if (options.largest_mb > 0) thin_channels(&channels, most_block_bytes(options.largest_mb));
   PageBlocks blocks;
-  const Json head = page_head(files, channels, options.recover, &blocks);
+  const std::vector<Json> tracks = page_tracks(files, &blocks);
+  if (options.largest_mb > 0) thin_channels(&channels, most_block_bytes(options.largest_mb, blocks));
+  const Json head = page_head(files, tracks, channels, options.recover, &blocks);
 
   OutputFile out(options.output);
   out.write(kPageBegin);

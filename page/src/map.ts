@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The driven track, coloured by a channel, with the cursor's place on it.
-import { ink, scaleColour } from "./colours";
+import { ink, onOtherColours, scaleColour } from "./colours";
 import type { Channel } from "./channel";
 import { lowerBound } from "./channel";
 import { make } from "./dom";
@@ -55,6 +55,7 @@ export class TrackMap {
     state.on(["laps", "channels"], () => this.drawSoon(true));
     state.on(["cursor"], () => this.drawSoon(false));
     new ResizeObserver(() => this.drawSoon(true)).observe(frame);
+    onOtherColours(() => this.draw(true));
     this.listChannels();
   }
 
@@ -69,19 +70,18 @@ export class TrackMap {
     this.select.replaceChildren(make("option", { value: "", selected: mapChannel === "" }, "Lap"), ...options);
   }
 
-  drawSoon(everything: boolean): void {
+  private drawSoon(everything: boolean): void {
     this.isStale ||= everything;
     if (this.isWaiting) return;
     this.isWaiting = true;
     requestAnimationFrame(() => {
       this.isWaiting = false;
-      this.draw();
+      this.draw(false);
     });
   }
 
-  draw(): void {
-    if (this.canvas.parentElement === null) return;
-    if (this.isStale) {
+  private draw(everything: boolean): void {
+    if (this.isStale || everything) {
       this.isStale = false;
       this.walks = this.state.traces.flatMap(walkOf);
       this.project = this.projectionOfWalks();

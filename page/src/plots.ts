@@ -59,8 +59,16 @@ class Plot {
         scales: { x: { time: false, auto: false, min: 0, max: 1 }, y: { auto: false, min: 0, max: 1 } },
         series: [{}, { scale: "y" }],
         axes: [
-          { ...axis, size: 28, values: (_, ticks) => ticks.map((tick) => `${Number(tick.toPrecision(9))} ${axisText()}`) },
-          { ...axis, scale: "y", size: AXIS_WIDTH_PX, label: unit === "" ? " " : unit, labelSize: 18, space: 28 },
+          { ...axis, size: 28, values: (_, ticks) => ticks.map((tick) => `${tickText(tick)} ${axisText()}`) },
+          {
+            ...axis,
+            scale: "y",
+            size: AXIS_WIDTH_PX,
+            label: unit === "" ? " " : unit,
+            labelSize: 18,
+            space: 28,
+            values: (_, ticks) => ticks.map(tickText),
+          },
         ],
         hooks: { draw: [() => this.drawLines()] },
       },
@@ -80,9 +88,9 @@ class Plot {
   }
 
   // Those that are scrolled away wait until they are seen, or printed.
-  drawIfSeen(): void {
+  renew(evenUnseen: boolean): void {
     this.isStale = true;
-    if (this.isInSight) this.draw();
+    if (this.isInSight || evenUnseen) this.draw();
   }
 
   draw(): void {
@@ -219,7 +227,8 @@ export class Plots {
       for (const plot of this.plots) plot.resize(this.width());
       this.drawSoon();
     }).observe(region);
-    onOtherColours(() => this.plots.forEach((plot) => plot.draw()));
+    // At once and all of them: a printer doesn't wait for the next frame.
+    onOtherColours(() => this.draw(true));
   }
 
   private see(entries: IntersectionObserverEntry[]): void {
@@ -286,14 +295,14 @@ export class Plots {
     this.isWaiting = true;
     requestAnimationFrame(() => {
       this.isWaiting = false;
-      this.draw();
+      this.draw(false);
     });
   }
 
-  draw(): void {
+  private draw(all: boolean): void {
     this.times.clear();
     this.behind.clear();
-    for (const plot of this.plots) plot.drawIfSeen();
+    for (const plot of this.plots) plot.renew(all);
     if (this.state.isLoading() || this.region.dataset.drawn === "yes") return;
     this.region.dataset.drawn = "yes";
     performance.mark("first-plot");
@@ -304,6 +313,11 @@ export function differenceAt(trace: Trace, reference: Trace | null, axis: "dista
   if (reference === null || axis !== "distance") return NaN;
   const own = trace.timeAt(x, axis) - trace.from_us;
   return (own - (reference.timeAt(x, axis) - reference.from_us)) * 1e-6;
+}
+
+// As many digits as the tick has, without those of its float.
+function tickText(tick: number): string {
+  return String(Number(tick.toPrecision(9)));
 }
 
 function remembered(map: Map<Trace, Float64Array>, trace: Trace, compute: () => Float64Array): Float64Array {

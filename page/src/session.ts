@@ -28,7 +28,7 @@ export function keyOf(channel: ChannelHead): string {
 }
 
 export function titleOf(channel: ChannelHead): string {
-  return channel.unit === "" ? channel.name : `${channel.name} (${channel.unit})`;
+  return channel.unit.trim() === "" ? channel.name : `${channel.name} (${channel.unit})`;
 }
 
 async function metres(block: number, count: number): Promise<Float64Array> {

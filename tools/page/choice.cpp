@@ -39,10 +39,6 @@ class Wish {
   std::exception_ptr refusal_;
 };
 
-bool are_same(const Channel& a, const Channel& b) {
-  return a.kind == b.kind && a.index == b.index && a.unit == b.unit;
-}
-
 std::size_t place_of(std::vector<Channel>* channels, const Channel& wanted) {
   const auto found = std::find_if(channels->begin(), channels->end(),
                                   [&wanted](const Channel& channel) { return are_same(channel, wanted); });
@@ -110,6 +106,10 @@ void name_files(std::vector<PageFile>* files) {
 }
 
 }  // namespace
+
+bool are_same(const Channel& a, const Channel& b) {
+  return a.kind == b.kind && a.index == b.index && a.unit == b.unit;
+}
 
 std::vector<PageFile> open_page_files(const PageOptions& options) {
   std::vector<PageFile> files;

@@ -2,6 +2,7 @@
 // The files of a page, and what of each goes into it.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,6 +30,8 @@ struct PageFile {
   std::optional<std::size_t> speed;   // the place of the channel that distances come from
   std::vector<std::string> left_out;  // what isn't there, and why
 };
+
+bool are_same(const Channel& a, const Channel& b);
 
 // Of several files each gives what it has. Throws Failure for a file that can't be read, and for a channel or a lap
 // that none of them has.

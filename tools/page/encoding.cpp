@@ -8,6 +8,7 @@
 #include <deque>
 #include <future>
 #include <numeric>
+#include <set>
 #include <thread>
 #include <utility>
 
@@ -89,6 +90,15 @@ void encode(const std::vector<EncodedChannel*>& channels) {
   while (!running.empty()) take_first();
 }
 
+// Which is thinned first. Derived channels are computed between far fewer solutions, and distances need all of a speed.
+std::size_t cost_of(const EncodedChannel& channel) {
+  constexpr std::size_t kSparedBy = 8;
+  const PageFile& file = *channel.file;
+  const bool is_derived = channel.channel.kind == ChannelKind::gps;
+  const bool is_speed = file.speed && are_same(file.channels[*file.speed], channel.channel);
+  return is_speed ? channel.bytes() / kSparedBy : is_derived ? channel.bytes() * kSparedBy : channel.bytes();
+}
+
 std::size_t bytes_of(const std::vector<EncodedChannel>& channels) {
   return std::accumulate(channels.begin(), channels.end(), std::size_t{0},
                          [](std::size_t sum, const EncodedChannel& channel) { return sum + channel.bytes(); });
@@ -109,30 +119,33 @@ std::vector<EncodedChannel> encode_channels(const std::vector<PageFile>& files) 
 
 void thin_channels(std::vector<EncodedChannel>* channels, std::size_t most_bytes) {
   constexpr std::size_t kShortestStretch = 4;  // that takes less than its samples
-  constexpr std::size_t kLongestStretch = 1 << 16;
   for (std::size_t bytes = bytes_of(*channels); bytes > most_bytes; bytes = bytes_of(*channels)) {
-    // By what each will take: a stretch of twice the length takes about half.
-    std::vector<std::pair<std::size_t, EncodedChannel*>> sizes;
+    struct Size {
+      std::size_t cost;
+      std::size_t bytes;
+      EncodedChannel* channel;
+      bool operator<(const Size& other) const { return cost < other.cost; }
+    };
+    std::vector<Size> sizes;
     for (EncodedChannel& channel : *channels) {
-      if (channel.stretch < kLongestStretch && channel.count > channel.stretch) {
-        sizes.emplace_back(channel.bytes(), &channel);
-      }
+      if (channel.count > channel.stretch) sizes.push_back({cost_of(channel), channel.bytes(), &channel});
     }
     if (sizes.empty()) return;
     std::make_heap(sizes.begin(), sizes.end());
-    std::vector<EncodedChannel*> thinned;
-    while (bytes > most_bytes && sizes.front().second->stretch < kLongestStretch && sizes.front().first > 0) {
+    std::set<EncodedChannel*> thinned;
+    // By what each will take: twice the stretch takes about half.
+    while (bytes > most_bytes && sizes.front().bytes > 1) {
       std::pop_heap(sizes.begin(), sizes.end());
-      auto& [size, channel] = sizes.back();
-      thinned.push_back(channel);
-      channel->stretch = std::max(kShortestStretch, channel->stretch * 2);
-      bytes -= size - size / 2;
-      size /= 2;
+      Size& size = sizes.back();
+      size.channel->stretch = std::max(kShortestStretch, size.channel->stretch * 2);
+      thinned.insert(size.channel);
+      bytes -= size.bytes - size.bytes / 2;
+      size.bytes /= 2;
+      size.cost /= 2;
       std::push_heap(sizes.begin(), sizes.end());
     }
-    std::sort(thinned.begin(), thinned.end());
-    thinned.erase(std::unique(thinned.begin(), thinned.end()), thinned.end());
-    encode(thinned);
+    if (thinned.empty()) return;
+    encode({thinned.begin(), thinned.end()});
   }
 }
 

@@ -166,14 +166,26 @@ std::size_t PageBlocks::add(const std::string& bytes) {
   return entry->second;
 }
 
-Json page_head(const std::vector<PageFile>& files, const std::vector<EncodedChannel>& channels, bool recovered,
-               PageBlocks* blocks) {
+std::size_t PageBlocks::bytes() const {
+  return std::accumulate(blocks_.begin(), blocks_.end(), std::size_t{0},
+                         [](std::size_t sum, const std::string* block) { return sum + block->size(); });
+}
+
+std::vector<Json> page_tracks(const std::vector<PageFile>& files, PageBlocks* blocks) {
+  std::vector<Json> tracks;
+  std::optional<FlatMap> map;
+  for (const PageFile& file : files) tracks.push_back(track_json(file, &map, blocks));
+  return tracks;
+}
+
+Json page_head(const std::vector<PageFile>& files, const std::vector<Json>& tracks,
+               const std::vector<EncodedChannel>& channels, bool recovered, PageBlocks* blocks) {
   Json head;
   head["version"] = kFormatVersion;
   head["tool"] = "traguardo " TRAGUARDO_VERSION;
   head["files"] = Json::array();
-  std::optional<FlatMap> map;
-  for (const PageFile& file : files) {
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    const PageFile& file = files[i];
     Json json;
     json["name"] = file.name;
     json["texts"] = to_json(texts_of(*file.session));
@@ -187,7 +199,7 @@ Json page_head(const std::vector<PageFile>& files, const std::vector<EncodedChan
     } else {
       json["speed"] = nullptr;
     }
-    json["track"] = track_json(file, &map, blocks);
+    json["track"] = tracks[i];
     json["channels"] = Json::array();
     for (const EncodedChannel& channel : channels) {
       if (channel.file == &file) json["channels"].push_back(channel_json(channel, blocks));

@@ -20,13 +20,18 @@ class PageBlocks {
  public:
   std::size_t add(const std::string& bytes);
   const std::vector<const std::string*>& all() const { return blocks_; }
+  std::size_t bytes() const;
 
  private:
   std::unordered_map<std::string, std::size_t> numbers_;
   std::vector<const std::string*> blocks_;  // the keys of numbers_
 };
 
-Json page_head(const std::vector<PageFile>& files, const std::vector<EncodedChannel>& channels, bool recovered,
-               PageBlocks* blocks);
+// The driven track of each file, or null.
+std::vector<Json> page_tracks(const std::vector<PageFile>& files, PageBlocks* blocks);
+
+// The whole; `tracks` stand in it.
+Json page_head(const std::vector<PageFile>& files, const std::vector<Json>& tracks,
+               const std::vector<EncodedChannel>& channels, bool recovered, PageBlocks* blocks);
 
 }  // namespace traguardo::tool
