@@ -42,17 +42,14 @@ function axisSelect(state: State): HTMLElement {
 
 // The cursor as a control of its own, for keys and fingers.
 function cursorSlider(state: State): HTMLElement {
-  const STEPS = "1000";
-  const slider = make("input", { type: "range", id: "cursor", min: "0", max: STEPS, step: "1" });
-  slider.addEventListener("input", () => {
-    const { low, high } = state.view;
-    state.setCursor(low + (Number(slider.value) / Number(STEPS)) * (high - low));
-  });
+  const slider = make("input", { type: "range", id: "cursor", step: "any" });
+  slider.addEventListener("input", () => state.setCursor(Number(slider.value)));
   const output = make("output", { for: "cursor" });
   state.on(["cursor", "view"], () => {
-    const { low, high } = state.view;
     const text = `${state.cursor.toFixed(state.axis === "distance" ? 1 : 3)} ${state.axis === "distance" ? "m" : "s"}`;
-    slider.value = String(Math.round(((state.cursor - low) / (high - low)) * Number(STEPS)));
+    slider.min = String(state.view.low);
+    slider.max = String(state.view.high);
+    slider.value = String(state.cursor);
     slider.setAttribute("aria-valuetext", text);
     output.textContent = text;
   });
