@@ -28,7 +28,7 @@ async function open(files, { options = [], context = {} } = {}) {
   page.on("console", (message) => told.push(`console: ${message.text()}`));
   page.on("pageerror", (error) => told.push(`error: ${error.message}`));
   page.on("dialog", (dialog) => told.push(`dialog: ${dialog.message()}`));
-  page.on("request", ({ url }) => /^(file|data):/.test(url()) || told.push(`request: ${url()}`));
+  page.on("request", (request) => /^(file|data):/.test(request.url()) || told.push(`request: ${request.url()}`));
   // The clipboard of a browser without a window is nobody's.
   await page.addInitScript(() => {
     navigator.clipboard.writeText = (text) => Promise.resolve((globalThis.copied = text));
