@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
 # Shows what Traguardo does with a session: installs what is missing, builds, simulates some laps, and shows their texts,
-# laps, channels and GPS, a CSV file, and three lines of Python.
+# laps, channels and GPS, a CSV file, three lines of Python, and a page of it all for a browser.
 #
 #   scripts/demo.sh [FILE]     FILE: a session file of your own (.qlt, .qlc, .wmp) instead of a simulated one
 set -eu
@@ -14,6 +14,7 @@ fi
 
 echo "== Packages"
 "$root/scripts/setup.sh" build python
+"$root/scripts/setup.sh" bundle || echo "(no npm packages: there will be no page)"
 echo "== Build"
 build="$root/build/release"
 (cd "$root" && cmake --preset release -DTRAGUARDO_TESTS=OFF -DTRAGUARDO_BENCH=OFF)
@@ -52,3 +53,6 @@ cat "$out/demo.py"
 PYTHONPATH="$root/python" PYTHONDONTWRITEBYTECODE=1 TRAGUARDO_PYTHON_LIBRARY="$build/python/_traguardo.so" \
   /usr/bin/python3 "$out/demo.py" "$session"
 echo "== The tool is $tool"
+if "$tool" page "$session" -o "$out/demo.html"; then
+  echo "== A page of the session, to open in a browser: $out/demo.html"
+fi

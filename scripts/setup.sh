@@ -2,8 +2,24 @@
 # SPDX-License-Identifier: MIT
 # Installs what Traguardo needs on Debian 12, as far as it is missing.
 #
-#   scripts/setup.sh [SET]...     sets: build test python windows quality fuzz; without a set: build test
+#   scripts/setup.sh [SET]...     sets: build test python bundle page windows quality fuzz; without: build test
+#
+# bundle is what the build needs for `traguardo page`; page is that and what its tests need.
 set -eu
+
+# Node may come from elsewhere; Debian's npm doesn't install beside such a one.
+node_packages() {
+  if command -v node >/dev/null 2>&1 && command -v npm >/dev/null 2>&1; then echo ""; else echo "nodejs npm"; fi
+}
+
+# What page/package-lock.json names, into page/node_modules, when that changed.
+install_from_npm() {
+  case " $* " in *" bundle "* | *" page "*) ;; *) return 0 ;; esac
+  page=$(cd "$(dirname "$0")/../page" && pwd)
+  if [ "$page/node_modules/.package-lock.json" -nt "$page/package-lock.json" ]; then return 0; fi
+  echo "setup: installing the packages of page/package-lock.json"
+  (cd "$page" && npm ci --ignore-scripts --no-audit --no-fund --loglevel=error)
+}
 
 packages_of() {
   case "$1" in
@@ -13,11 +29,13 @@ packages_of() {
       echo "python3 python3-numpy python3-pandas python3-h5py python3-scipy python3-dask python3-distributed" \
         "python3-matplotlib python3-pytest mypy python3-pip python3-setuptools python3-wheel python3-venv"
       ;;
+    bundle) node_packages ;;
+    page) echo "chromium $(node_packages)" ;;
     windows) echo "g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine wine64" ;;
     quality) echo "clang clang-format clang-tidy libclang-rt-14-dev git python3 pkg-config" ;;
     fuzz) echo "clang libclang-rt-14-dev" ;;
     *)
-      echo "setup: no set \"$1\" (there are: build test python windows quality fuzz)" >&2
+      echo "setup: no set \"$1\" (there are: build test python bundle page windows quality fuzz)" >&2
       return 1
       ;;
   esac
@@ -33,6 +51,7 @@ done
 
 if ! command -v dpkg-query >/dev/null 2>&1 || ! command -v apt-get >/dev/null 2>&1; then
   echo "setup: this is no Debian system; please see to these yourself:$wanted" >&2
+  install_from_npm "$@"
   exit 0
 fi
 
@@ -51,6 +70,7 @@ for package in $wanted; do
 done
 
 if [ -z "$missing" ]; then
+  install_from_npm "$@"
   echo "setup: all packages are there ($*)"
   exit 0
 fi
@@ -70,3 +90,4 @@ echo "setup: installing$missing"
 $as_root apt-get update -q
 # shellcheck disable=SC2086
 $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends $missing
+install_from_npm "$@"

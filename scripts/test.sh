@@ -5,6 +5,6 @@ set -eu
 cd "$(dirname "$0")/.."
 
 echo "== Packages"
-scripts/setup.sh build test python
+scripts/setup.sh build test python page
 echo "== Build and tests"
 exec scripts/build_and_test.sh release

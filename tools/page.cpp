@@ -70,7 +70,7 @@ std::size_t most_block_bytes(double largest_mb, const PageBlocks& there) {
 
 void write_page(const PageOptions& options) {
   if (kPageBegin.empty()) {
-    throw Failure("this traguardo was built without its page: run scripts/setup.sh page, then build it again");
+    throw Failure("this traguardo was built without its page: run scripts/setup.sh bundle, then build it again");
   }
   PageOptions opened = options;
   opened.files = opened_patterns(options.files);
