@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <deque>
 #include <future>
+#include <memory>
 #include <numeric>
+#include <optional>
 #include <set>
 #include <thread>
 #include <utility>
@@ -20,8 +22,8 @@ namespace traguardo::tool {
 namespace {
 
 std::int64_t microseconds(double time_s) {
-  constexpr double kMost = 9e15;  // what a double still counts, and so a script
-  return std::llround(std::clamp(time_s * 1e6, 0.0, kMost));
+  constexpr double kMost = 4e15;  // what a double, and so a script, still counts, with halves
+  return static_cast<std::int64_t>(std::clamp(time_s * 1e6, 0.0, kMost) + 0.5);
 }
 
 // Where a clock steps back a reader of the page would search in vain.
@@ -50,44 +52,127 @@ void append(const Samples& piece, Samples* samples) {
   samples->values.insert(samples->values.end(), piece.values.begin() + first, piece.values.end());
 }
 
-Samples samples_of(const PageFile& file, const Channel& channel) {
-  Samples samples;
-  file.session->read_in_pieces(channel, file.laps, [&samples](const Samples& piece) {
-    append(piece, &samples);
-    return true;
-  });
-  return samples;
+void read_samples(const PageFile& file, const Channel& channel, Samples* samples) {
+  if (channel.kind != ChannelKind::gps && file.laps.empty()) {
+    file.session->read(channel, std::nullopt, *samples);
+  } else {
+    samples->times_s.clear();
+    samples->values.clear();
+    file.session->read_in_pieces(channel, file.laps, [samples](const Samples& piece) {
+      append(piece, samples);
+      return true;
+    });
+  }
+  put_in_order(samples);
 }
 
-EncodedChannel encoded(EncodedChannel channel, Samples samples) {
-  put_in_order(&samples);
-  channel.count = samples.values.size();
+// The memory of one channel at work. It goes from channel to channel: to get it from the system anew takes longer than
+// the work itself.
+struct Workbench {
+  Samples samples;
   std::vector<std::int64_t> times_us;
-  times_us.reserve(samples.times_s.size() / channel.stretch + 1);
-  for (std::size_t i = 0; i < samples.times_s.size(); i += channel.stretch) {
-    times_us.push_back(microseconds(samples.times_s[i]));
+  std::vector<std::int32_t> kept;
+};
+
+// Channels of one rate have the same times: they are encoded once.
+class TimesOfOneRate {
+ public:
+  // Empty for times that weren't there yet.
+  std::shared_future<std::string> find(const std::vector<double>& times_s, std::size_t stretch) const {
+    for (const Entry& entry : entries_) {
+      if (entry.stretch == stretch && entry.times_s == times_s) return entry.block;
+    }
+    return {};
   }
-  channel.times = block_of_times(times_us);
-  const KeptValues kept = kept_values_of(samples.values);
-  channel.decimals = kept.decimals;
-  channel.values = channel.stretch > 1 ? block_of_extremes(kept.values, channel.stretch) : block_of_values(kept.values);
-  return channel;
+  void add(const std::vector<double>& times_s, std::size_t stretch, std::shared_future<std::string> block) {
+    constexpr std::size_t kMostTimes = 16'000'000;
+    if (count_ + times_s.size() > kMostTimes) return;
+    count_ += times_s.size();
+    entries_.push_back({stretch, times_s, std::move(block)});
+  }
+
+ private:
+  struct Entry {
+    std::size_t stretch;
+    std::vector<double> times_s;
+    std::shared_future<std::string> block;
+  };
+  std::vector<Entry> entries_;
+  std::size_t count_ = 0;
+};
+
+std::string times_block(Workbench* bench, std::size_t stretch) {
+  bench->times_us.clear();
+  for (std::size_t i = 0; i < bench->samples.times_s.size(); i += stretch) {
+    bench->times_us.push_back(microseconds(bench->samples.times_s[i]));
+  }
+  return block_of_times(bench->times_us);
 }
 
 // A session is read by one thread; the others encode what it has read.
-void encode(const std::vector<EncodedChannel*>& channels) {
-  const std::size_t most_at_once = std::max(2U, std::thread::hardware_concurrency());
-  std::deque<std::pair<EncodedChannel*, std::future<EncodedChannel>>> running;
-  const auto take_first = [&running] {
-    *running.front().first = running.front().second.get();
-    running.pop_front();
-  };
-  for (EncodedChannel* channel : channels) {
-    if (running.size() >= most_at_once) take_first();
-    Samples samples = samples_of(*channel->file, channel->channel);
-    running.emplace_back(channel, std::async(std::launch::async, encoded, *channel, std::move(samples)));
+class Encoder {
+ public:
+  void add(EncodedChannel* channel) {
+    const std::size_t most_at_once = std::max(2U, std::thread::hardware_concurrency());
+    if (running_.size() >= most_at_once) take_first();
+    std::shared_ptr<Workbench> bench = free_bench();
+    read_samples(*channel->file, channel->channel, &bench->samples);
+    channel->count = bench->samples.values.size();
+    const std::size_t stretch = channel->stretch;
+    std::shared_future<std::string> times = times_.find(bench->samples.times_s, stretch);
+    if (!times.valid()) {
+      times = std::async(std::launch::async, [bench, stretch] { return times_block(bench.get(), stretch); }).share();
+      times_.add(bench->samples.times_s, stretch, times);
+    }
+    auto values = std::async(std::launch::async, [bench, stretch] {
+      Values encoded;
+      encoded.decimals = keep_values(bench->samples.values, &bench->kept);
+      encoded.block = stretch > 1 ? block_of_extremes(bench->kept, stretch) : block_of_values(bench->kept);
+      return encoded;
+    });
+    running_.push_back({channel, std::move(bench), std::move(times), std::move(values)});
   }
-  while (!running.empty()) take_first();
+  void finish() {
+    while (!running_.empty()) take_first();
+  }
+
+ private:
+  struct Values {
+    int decimals = 0;
+    std::string block;
+  };
+  struct Running {
+    EncodedChannel* channel;
+    std::shared_ptr<Workbench> bench;
+    std::shared_future<std::string> times;
+    std::future<Values> values;
+  };
+
+  std::shared_ptr<Workbench> free_bench() {
+    if (free_.empty()) return std::make_shared<Workbench>();
+    std::shared_ptr<Workbench> bench = std::move(free_.back());
+    free_.pop_back();
+    return bench;
+  }
+  void take_first() {
+    Running& first = running_.front();
+    Values values = first.values.get();
+    first.channel->times = first.times.get();
+    first.channel->decimals = values.decimals;
+    first.channel->values = std::move(values.block);
+    free_.push_back(std::move(first.bench));
+    running_.pop_front();
+  }
+
+  TimesOfOneRate times_;
+  std::deque<Running> running_;
+  std::vector<std::shared_ptr<Workbench>> free_;
+};
+
+void encode(const std::vector<EncodedChannel*>& channels) {
+  Encoder encoder;
+  for (EncodedChannel* channel : channels) encoder.add(channel);
+  encoder.finish();
 }
 
 // Which is thinned first. Derived channels are computed between far fewer solutions, and distances need all of a speed.

@@ -85,16 +85,15 @@ std::optional<int> decimals_of(const std::vector<double>& values) {
 
 }  // namespace
 
-KeptValues kept_values_of(const std::vector<double>& values) {
+int keep_values(const std::vector<double>& values, std::vector<std::int32_t>* kept) {
   const std::optional<int> decimals = decimals_of(values);
-  KeptValues kept{decimals.value_or(kWholeFloats), {}};
-  kept.values.resize(values.size());
   const double power = decimals ? kPowersOfTen[static_cast<std::size_t>(*decimals)] : 1;
-  std::transform(values.begin(), values.end(), kept.values.begin(), [power, &decimals](double value) {
+  kept->resize(values.size());
+  std::transform(values.begin(), values.end(), kept->begin(), [power, &decimals](double value) {
     if (!std::isfinite(value)) return no_number(value);
     return decimals ? static_cast<std::int32_t>(nearest(value * power)) : ordered_bits(value);
   });
-  return kept;
+  return decimals.value_or(kWholeFloats);
 }
 
 }  // namespace traguardo::tool
