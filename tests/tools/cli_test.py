@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Runs the command-line host on simulated sessions and holds it against a reader of its own.
 
-    python3 cli_test.py PATH_OF_TRAGUARDO [unittest options]
+    python3 cli_test.py COMMAND [unittest options]     (of Windows with the emulator in front, in one argument)
 
 The reader below walks the bytes of a session file and knows nothing of the library; it is a few dozen lines, decodes plain
 channels only, and stops at the first byte that it doesn't understand. Needs Debian's python3; gpsbabel is used if it is
@@ -12,6 +12,7 @@ import json
 import os
 import pty
 import re
+import shlex
 import shutil
 import struct
 import subprocess
@@ -20,7 +21,12 @@ import tempfile
 import unittest
 import zlib
 
-TOOL = ""
+TOOL = []  # the command; for Windows with the emulator in front
+
+
+def is_windows():
+    return TOOL[-1].endswith(".exe")
+
 
 PACKET_QUANTITY = 26
 DECODERS = {  # sample formats whose stored value is the raw one in the channels below
@@ -193,17 +199,17 @@ def seconds_over(values, period_ms, start_ms, duration_ms, limit, points, thresh
 
 
 def run(*arguments):
-    return subprocess.run([TOOL, *map(str, arguments)], capture_output=True, text=True, timeout=300)
+    return subprocess.run([*TOOL, *map(str, arguments)], capture_output=True, text=True, timeout=300)
 
 
 def run_for_bytes(*arguments):
-    return subprocess.run([TOOL, *map(str, arguments)], capture_output=True, timeout=300)
+    return subprocess.run([*TOOL, *map(str, arguments)], capture_output=True, timeout=300)
 
 
 def run_in_terminal(*arguments):
     """Gives what a terminal behind standard error got to see, and the exit status."""
     master, slave = pty.openpty()
-    with subprocess.Popen([TOOL, *map(str, arguments)], stdout=subprocess.DEVNULL, stderr=slave) as process:
+    with subprocess.Popen([*TOOL, *map(str, arguments)], stdout=subprocess.DEVNULL, stderr=slave) as process:
         os.close(slave)
         seen = b""
         while True:
@@ -822,7 +828,7 @@ class CliTest(unittest.TestCase):
         self.fails("simulate", "-o", "/dev/full", saying="No space left")
         for command in (["info"], ["laps", "--json"], ["channels"], ["gps"]):
             with open("/dev/full", "wb") as full:
-                done = subprocess.run([TOOL, command[0], self.session, *command[1:]], stdout=full,
+                done = subprocess.run([*TOOL, command[0], self.session, *command[1:]], stdout=full,
                                       stderr=subprocess.PIPE, text=True, timeout=300)
             self.assertEqual(done.returncode, 1, command)
             self.assertRegex(done.stderr, r"\Atraguardo: cannot write standard output[^\n]*\n\Z")
@@ -845,5 +851,5 @@ class CliTest(unittest.TestCase):
 if __name__ == "__main__":
     if len(sys.argv) < 2:
         sys.exit(__doc__)
-    TOOL = sys.argv.pop(1)
+    TOOL[:] = shlex.split(sys.argv.pop(1))
     unittest.main()
