@@ -126,8 +126,54 @@ Option Command::add_recover(bool& value) {
   return add_flag("--recover", value, "Drop a frame whose wrong clock would cost what is behind it");
 }
 
+void Command::hide() {
+  command_->group("");
+}
+
 void Command::calls(std::function<void()> work) {
   command_->callback(std::move(work));
+}
+
+std::string help_text(CLI::App& app, const std::string& command) {
+  if (command.empty()) return app.help();
+  const CLI::App* const named = app.get_subcommand_no_throw(command);
+  if (named == nullptr) throw CLI::ValidationError("COMMAND", "there is no " + command);
+  return named->help(app.get_name());
+}
+
+namespace {
+
+// Of a set of values the parser tells as "{this,that}".
+std::vector<std::string> choices_in(const std::string& type) {
+  const std::size_t begin = type.find('{');
+  const std::size_t end = type.find('}');
+  if (begin == std::string::npos || end == std::string::npos || end < begin) return {};
+  return CLI::detail::split(type.substr(begin + 1, end - begin - 1), ',');
+}
+
+DescribedOption described(const CLI::Option& option) {
+  DescribedOption described;
+  for (const std::string& name : option.get_snames()) described.names.push_back("-" + name);
+  for (const std::string& name : option.get_lnames()) described.names.push_back("--" + name);
+  described.help = option.get_description();
+  described.takes_value = option.get_items_expected_max() > 0;
+  described.choices = choices_in(option.get_type_name());
+  return described;
+}
+
+}  // namespace
+
+std::vector<DescribedCommand> described_commands(CLI::App& app) {
+  std::vector<DescribedCommand> commands;
+  for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    if (command->get_group().empty()) continue;
+    DescribedCommand found{command->get_name(), command->get_description(), {}};
+    for (const CLI::Option* const option : command->get_options()) {
+      if (!option->get_positional()) found.options.push_back(described(*option));
+    }
+    commands.push_back(std::move(found));
+  }
+  return commands;
 }
 
 void complain_of_missing(const char* option) {

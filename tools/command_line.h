@@ -67,11 +67,31 @@ class Command {
   Option add_json(bool& value);
   Option add_recover(bool& value);
 
+  // The help doesn't name it.
+  void hide();
+
   void calls(std::function<void()> work);
 
  private:
   CLI::App* command_;
 };
+
+// The help of a command, or of all without a name. A name that no command has is a wrong command line.
+std::string help_text(CLI::App& app, const std::string& command);
+
+struct DescribedOption {
+  std::vector<std::string> names;  // with their dashes
+  std::string help;
+  bool takes_value = false;
+  std::vector<std::string> choices;  // all that the value can be; empty where that is open
+};
+struct DescribedCommand {
+  std::string name;
+  std::string help;
+  std::vector<DescribedOption> options;
+};
+// Those that the help names.
+std::vector<DescribedCommand> described_commands(CLI::App& app);
 
 // The command line lacks this.
 [[noreturn]] void complain_of_missing(const char* option);

@@ -27,6 +27,7 @@ using InputFile = std::unique_ptr<std::FILE, CloseFile>;
 
 // Why a file can't even be looked at; empty if it can. Opening a pipe would wait for its other end.
 std::string reason_not_readable(const std::string& path) {
+  if (path == "-") return "standard input is no session: a reader goes back and forth in it, and to files beside it";
   std::error_code problem;
   const std::filesystem::file_status status = std::filesystem::status(path_of(path), problem);
   if (std::filesystem::is_directory(status)) return "Is a directory";

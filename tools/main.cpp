@@ -64,8 +64,8 @@ int run(const std::vector<std::string>& words) {
   app.require_subcommand(1);
   // What begins with a slash is a path.
   app.allow_windows_style_options(false);
-  app.set_version_flag("--version", std::string("traguardo " TRAGUARDO_VERSION ", library built ") +
-                                        get_library_date() + " " + get_library_time());
+  app.set_version_flag("-V,--version", std::string("traguardo " TRAGUARDO_VERSION ", library built ") +
+                                           get_library_date() + " " + get_library_time());
 #define COMMAND(name) add_##name##_command(app, status);
 #include "command_list.inc"
 #undef COMMAND
