@@ -35,16 +35,21 @@ double full_throttle(double speed) {
   return std::min(kTraction, kPowerPerMass / std::max(speed, 1.0));
 }
 
-// The fastest the car can go around the lap without a start: what the bends allow, then what the engine gains from each
-// point on, then what the brakes must have lost before the next one. Twice around, as the end meets the start.
-std::vector<double> flying_lap(const Circuit& circuit) {
-  const std::size_t n = circuit.segments();
-  const double ds = circuit.segment_m();
-  std::vector<double> speed(n + 1);
-  for (std::size_t i = 0; i <= n; ++i) {
+// What the bends allow.
+std::vector<double> bend_speeds(const Circuit& circuit) {
+  std::vector<double> speed(circuit.segments() + 1);
+  for (std::size_t i = 0; i < speed.size(); ++i) {
     const double curvature = std::max(std::abs(circuit.point(i).curvature_per_m), 1e-6);
     speed[i] = std::min(kTopSpeed, std::sqrt(kLateralGrip / curvature));
   }
+  return speed;
+}
+
+// The fastest the car can go around the lap without a start within such bounds: what the engine gains from each point
+// on, then what the brakes must have lost before the next bend. Twice around, as the end meets the start.
+std::vector<double> flying_lap(const Circuit& circuit, std::vector<double> speed) {
+  const std::size_t n = circuit.segments();
+  const double ds = circuit.segment_m();
   for (int round = 0; round < 2; ++round) {
     for (std::size_t i = 0; i < n; ++i) {
       const double gain = full_throttle(speed[i]) - drag(speed[i]);
@@ -59,6 +64,40 @@ std::vector<double> flying_lap(const Circuit& circuit) {
     speed[n] = speed[0];
   }
   return speed;
+}
+
+// The points of a lap where the speed is lowest between two places that are faster by a good deal.
+std::vector<std::size_t> apexes_of(const std::vector<double>& speed) {
+  constexpr double kDip = 1.5;
+  std::vector<std::size_t> apexes;
+  double highest = speed[0];
+  std::size_t lowest = 0;
+  bool is_falling = false;
+  for (std::size_t i = 0; i < speed.size(); ++i) {
+    if (is_falling && speed[i] < speed[lowest]) lowest = i;
+    if (is_falling && speed[i] > speed[lowest] + kDip) {
+      apexes.push_back(lowest);
+      is_falling = false;
+      highest = speed[i];
+    }
+    highest = std::max(highest, speed[i]);
+    if (is_falling || speed[i] > highest - kDip) continue;
+    is_falling = true;
+    lowest = i;
+  }
+  return apexes;
+}
+
+// A corner that is taken with care: most of it at its apex, none of it where the next piece begins.
+void slow_down(const Circuit& circuit, std::size_t apex, double percent, std::vector<double>* bounds) {
+  constexpr double kReachM = 60;
+  const double slowest = (*bounds)[apex];
+  for (std::size_t i = 0; i < bounds->size(); ++i) {
+    const double apart = std::abs(static_cast<double>(i) - static_cast<double>(apex)) * circuit.segment_m() / kReachM;
+    if (apart >= 1) continue;
+    const double care = percent / 100 * (1 - apart * apart);
+    (*bounds)[i] = std::min((*bounds)[i], slowest + ((*bounds)[i] - slowest) * apart) * (1 - care);
+  }
 }
 
 // The same lap from a standstill at the line.
@@ -85,14 +124,44 @@ double follow(double value, double target, double time_constant_s) {
 
 }  // namespace
 
-Car::Car(const Circuit& circuit, std::uint64_t seed, double constant_speed_mps)
-    : circuit_(circuit), random_(seed ^ 0xCA5u), constant_speed_mps_(constant_speed_mps) {
+Car::Car(const Circuit& circuit, const SimulationOptions& options)
+    : circuit_(circuit),
+      random_(options.seed ^ 0xCA5u),
+      constant_speed_mps_(options.circle_radius_m > 0 ? options.circle_speed_mps : 0),
+      fuel_kg_(options.fuel_kg),
+      keeps_truth_(options.keep_truth) {
   if (constant_speed_mps_ > 0) {
     fastest_.assign(circuit_.segments() + 1, constant_speed_mps_);
   } else {
-    fastest_ = flying_lap(circuit_);
+    std::vector<double> bounds = bend_speeds(circuit_);
+    fastest_ = flying_lap(circuit_, bounds);
+    const std::vector<std::size_t> apexes = apexes_of(fastest_);
+    for (const SlowCorner& slow : options.slow_corners) {
+      const std::size_t corner = static_cast<std::size_t>(slow.corner);
+      if (corner >= 1 && corner <= apexes.size()) {
+        slow_down(circuit_, apexes[corner - 1], slow.percent, &bounds);
+      }
+    }
+    if (!options.slow_corners.empty()) fastest_ = flying_lap(circuit_, bounds);
+    for (const std::size_t apex : apexes) truth_.apexes_m.push_back(static_cast<double>(apex) * circuit_.segment_m());
   }
+  truth_.length_m = circuit_.length_m();
+  truth_.step_m = circuit_.segment_m() * DrivenTruth::kStepSegments;
   begin_lap(0);
+}
+
+// What the fuel leaves of the speed: each lap burns some of it.
+double Car::burden() const {
+  constexpr double kPerKg = 0.0004;
+  constexpr double kPerLapKg = 2;
+  return 1 - kPerKg * std::max(0.0, fuel_kg_ - kPerLapKg * laps_completed_);
+}
+
+void Car::keep_truth() {
+  if (!keeps_truth_) return;
+  std::vector<double>& moments = truth_.laps_s.emplace_back();
+  for (std::size_t i = 0; i < times_.size(); i += DrivenTruth::kStepSegments) moments.push_back(times_[i]);
+  moments.push_back(times_.back());
 }
 
 void Car::begin_lap(double start_s) {
@@ -106,7 +175,7 @@ void Car::begin_lap(double start_s) {
     if (first) speeds_ = from_standstill(circuit_, std::move(speeds_));
     // Nobody drives a lap twice; the new pace comes in over the first hundred metres.
     const double last_pace = pace_;
-    pace_ = random_.between(0.96, 1.0);
+    pace_ = random_.between(0.96, 1.0) * burden();
     for (std::size_t i = 0; i <= n; ++i) {
       const double share = std::min(1.0, circuit_.segment_m() * static_cast<double>(i) / 100.0);
       speeds_[i] *= last_pace + (pace_ - last_pace) * share;
@@ -137,6 +206,7 @@ const CarState& Car::move_to(double time_s) {
       ++next_split_;
       continue;
     }
+    keep_truth();
     const double lap_s = passage_s - lap_start_s_;
     best_lap_s_ = best_lap_s_ > 0 ? std::min(best_lap_s_, lap_s) : lap_s;
     begin_lap(passage_s);

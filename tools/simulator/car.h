@@ -8,6 +8,7 @@
 
 #include "simulator/circuit.h"
 #include "simulator/random.h"
+#include "simulator/simulator.h"
 
 namespace traguardo::simulator {
 
@@ -45,18 +46,21 @@ struct Passage {
 
 class Car {
  public:
-  // constant_speed_mps: above 0 the car keeps this speed from the first moment on.
-  Car(const Circuit& circuit, std::uint64_t seed, double constant_speed_mps);
+  Car(const Circuit& circuit, const SimulationOptions& options);
 
   // REQUIRES: called for each millisecond in turn.
   const CarState& move_to(double time_s);
   // What was passed since the last call.
   std::vector<Passage> take_passages();
+  // Of the laps that are over.
+  const DrivenTruth& truth() const { return truth_; }
   // When the running lap will be complete.
   double lap_end_s() const { return lap_start_s_ + times_.back(); }
 
  private:
   void begin_lap(double start_s);
+  double burden() const;
+  void keep_truth();
   double next_passage_s() const;
   void move_along(double lap_time_s);
   void drive_engine();
@@ -64,6 +68,9 @@ class Car {
   const Circuit& circuit_;
   Random random_;
   double constant_speed_mps_;
+  double fuel_kg_;
+  bool keeps_truth_;
+  DrivenTruth truth_;
   std::vector<double> fastest_;  // speed at each point of a flying lap
   std::vector<double> speeds_;   // of the running lap, at each point
   std::vector<double> times_;    // since its start

@@ -112,7 +112,7 @@ class SessionWriter {
 SessionWriter::SessionWriter(const SimulationOptions& options, const Circuit& circuit, StreamWriter& stream)
     : options_(options),
       stream_(stream),
-      car_(circuit, options.seed, options.circle_radius_m > 0 ? options.circle_speed_mps : 0),
+      car_(circuit, options),
       receiver_(options) {
   for (PlannedChannel& plan : plan_channels(options)) {
     RunningChannel channel;
@@ -198,6 +198,7 @@ SimulationSummary SessionWriter::summary() const {
     result.samples += channel.samples;
   }
   result.bytes = stream_.size();
+  result.truth = car_.truth();
   return result;
 }
 
@@ -329,6 +330,12 @@ void check(const SimulationOptions& options) {
   if (options.laps < 1 || options.laps > 30000) throw Failure("the number of laps must be 1 to 30000");
   if (options.channels < 0 || options.channels > 60000) throw Failure("the number of channels must be 1 to 60000");
   if (!(options.minutes >= 0 && options.minutes <= 60000)) throw Failure("the minutes must be 0 to 60000");
+  for (const SlowCorner& slow : options.slow_corners) {
+    if (slow.corner < 1 || !(slow.percent >= 0 && slow.percent <= 90)) {
+      throw Failure("a slow corner is its number from 1 on and 0 to 90 percent");
+    }
+  }
+  if (!(options.fuel_kg >= 0 && options.fuel_kg <= 200)) throw Failure("the fuel must be 0 to 200 kg");
   if (options.damage < 0) throw Failure("the number of damaged places must not be negative");
   if (options.rate_hz < 0 || (options.rate_hz > 0 && (options.rate_hz > 1000 || 1000 % options.rate_hz != 0))) {
     throw Failure("the rate must be a divisor of 1000");
@@ -374,8 +381,9 @@ std::vector<Damage> choose_damage(std::uint64_t count, std::uint64_t begin, std:
 void simulate(const SimulationOptions& options, const std::string& path, SimulationSummary* summary) {
   check(options);
   const Circuit circuit =
-      options.circle_radius_m > 0 ? Circuit::circle(options.circle_radius_m) : Circuit::winding(options.seed);
+      options.circle_radius_m > 0 ? Circuit::circle(options.circle_radius_m) : Circuit::winding(options.circuit.value_or(options.seed));
   if (is_legacy(options, path)) {
+    if (options.keep_truth) throw tool::Failure("the truth is told of .qlt and .qlc sessions alone");
     const SimulationSummary written = write_wmp_session(options, circuit, path);
     if (summary != nullptr) *summary = written;
     return;

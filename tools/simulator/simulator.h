@@ -28,11 +28,21 @@ enum class SessionFormat {
 // Where a logger's memory dump begins its stream of samples, and how it marks laps.
 enum class DumpForm { newer, older };
 
+// A corner, counted from the line on, in which the driver is slower than he could be.
+struct SlowCorner {
+  int corner = 0;
+  double percent = 0;  // of the speed at its apex
+};
+
 struct SimulationOptions {
   SessionFormat format = SessionFormat::by_name;
   int laps = 5;            // marks that close a lap, 1 to 30,000
   int channels = 0;        // channels that a host sees, up to 60,000; 0 for the usual set
   std::uint64_t seed = 1;  // the same seed gives the same file
+  std::optional<std::uint64_t> circuit;  // seed of the circuit, apart from the driver's; usually the same
+  std::vector<SlowCorner> slow_corners;
+  double fuel_kg = 0;  // at the start; it makes the car slow, and less so from lap to lap
+  bool keep_truth = false;
   double minutes = 0;      // length of the session, up to 60,000; 0: as long as the laps take. Above 0 laps don't count
   int damage = 0;          // places behind the channel table where a byte is changed, lost or added; in a .wmp changed
   FrameMix frames = FrameMix::mixed;
@@ -56,6 +66,15 @@ struct SimulatedChannel {
   std::uint64_t samples = 0;
 };
 
+// How the car really went, without any sensor between.
+struct DrivenTruth {
+  static constexpr int kStepSegments = 10;
+  double length_m = 0;                        // of a lap
+  double step_m = 0;
+  std::vector<double> apexes_m;               // of the corners, from the line
+  std::vector<std::vector<double>> laps_s;    // of each lap that was driven to its end: moments since its start, a step apart
+};
+
 // What the undamaged file holds.
 struct SimulationSummary {
   std::vector<SimulatedChannel> channels;  // without those that carry packets
@@ -65,6 +84,7 @@ struct SimulationSummary {
   std::uint64_t gps_records = 0;
   std::uint64_t bytes = 0;  // before damage and compression
   double duration_s = 0;
+  DrivenTruth truth;  // for SimulationOptions::keep_truth; not of a .wmp
 };
 
 // Writes a session to `path`, compressed where the path ends in .qlc; beside a .wmp its .jts, the GPS trace. On failure

@@ -59,7 +59,7 @@ class Recorder {
 Recorder::Recorder(const SimulationOptions& options, const Circuit& circuit, std::span<const WmpChannel> logged)
     : options_(options),
       logged_(logged),
-      car_(circuit, options.seed, options.circle_radius_m > 0 ? options.circle_speed_mps : 0),
+      car_(circuit, options),
       receiver_(options) {
   recording_.samples.resize(logged.size());
   for (std::size_t i = 0; i < logged.size(); ++i) {
