@@ -116,7 +116,7 @@ class Engineer(unittest.TestCase):
         for before, row in zip(rows, rows[1:]):
             self.assertEqual(row[1] - before[1], 7.5)
             self.assertAlmostEqual((row[2] - before[2]) * (before[3] + row[3]) / 7.2, 7.5, delta=0.05)
-        # Without a value there is an empty cell: the receiver is silent at first... and the grid of a lap needs no rate.
+        # The rate is that of the channel.
         head, rows = wide("a.qlt", "--channel", "Water Temp")
         self.assertEqual([row[0] for row in rows[:3]], [0, 1, 2])
         done = run("export", "a.qlt", "--wide", "--rate", 4000, "--channel", "Gear", "-o", "long.csv")
@@ -140,8 +140,6 @@ class Engineer(unittest.TestCase):
                                                   if abs(p["from_m"] - got["places"][0]["from_m"]) > 250)]
         for corner in SLOW:
             self.assertTrue(any(abs(place - apexes[corner - 1]) < 150 for place in worst), (worst, apexes[corner - 1]))
-        self.assertLessEqual({corner: round(min(abs(a["reference_m"] - apexes[corner - 1]) for a in got["apexes"]))
-                              for corner in SLOW}, {corner: 15 for corner in SLOW}) if False else None
         for corner in SLOW:
             apex = min(got["apexes"], key=lambda a, c=corner: abs(a["reference_m"] - apexes[c - 1]))
             self.assertAlmostEqual(apex["reference_m"], apexes[corner - 1], delta=15)
@@ -222,8 +220,6 @@ class Engineer(unittest.TestCase):
             for command in commands:
                 self.assertIn(command, text)
                 for option in re.findall(r"(?<![\w-])--[a-z][\w-]+", ok(command, "--help").split("Options:")[1]):
-                    if option in ("--help",) or f"{option} " in "--gpx --geojson " and command != "export":
-                        continue
                     self.assertIn(option if shell != "fish" else "-l " + option[2:], text, (shell, command))
 
 
