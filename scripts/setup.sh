@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # Installs what Traguardo needs on Debian 12, as far as it is missing.
 #
-#   scripts/setup.sh [SET]...     sets: build test python bundle page windows quality fuzz; without: build test
+#   scripts/setup.sh [SET]...     sets: build test python bundle page windows quality packages fuzz; without: build test
 #
 # bundle is what the build needs for `traguardo page`; page is that and what its tests need.
 set -eu
@@ -33,9 +33,10 @@ packages_of() {
     page) echo "chromium $(node_packages)" ;;
     windows) echo "g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine wine64" ;;
     quality) echo "clang clang-format clang-tidy libclang-rt-14-dev git python3 pkg-config" ;;
+    packages) echo "debootstrap dpkg-dev file python3" ;;
     fuzz) echo "clang libclang-rt-14-dev" ;;
     *)
-      echo "setup: no set \"$1\" (there are: build test python bundle page windows quality fuzz)" >&2
+      echo "setup: no set \"$1\" (there are: build test python bundle page windows quality packages fuzz)" >&2
       return 1
       ;;
   esac

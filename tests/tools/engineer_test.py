@@ -5,16 +5,19 @@
 
 Laps are compared where the simulator knows the truth, and by a program of its own below."""
 import bisect
+import contextlib
 import csv
 import json
 import math
 import os
+import pty
 import re
 import shlex
 import statistics
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 TOOL = []
@@ -210,6 +213,22 @@ class Engineer(unittest.TestCase):
             self.assertEqual(run(*arguments).returncode, 2, arguments)
         self.assertEqual(ok("help", "laps"), ok("laps", "--help"))
         self.assertEqual(ok("-V"), ok("--version"))
+
+    def test_ctrl_c_leaves_nothing_behind(self):
+        ok("simulate", "--minutes", 25, "-o", "long.qlt")
+        before = sorted(os.listdir(FOLDER))
+        process, terminal = pty.fork()
+        if process == 0:
+            os.chdir(FOLDER)
+            os.execvp(TOOL[0], [*TOOL, "export", "long.qlt", "-o", "new.csv"])
+        while not any(name.endswith(".part") for name in os.listdir(FOLDER)):
+            time.sleep(0.01)
+        os.write(terminal, b"\x03")
+        with contextlib.suppress(OSError):  # how Linux tells that the other side is closed
+            while os.read(terminal, 4096):
+                pass
+        self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(process, 0)[1]), 130)
+        self.assertEqual(sorted(os.listdir(FOLDER)), before)
 
     def test_completion_knows_every_command_and_option(self):
         commands = re.findall(r"^  (\w+)  ", ok("--help").split("Subcommands:")[1], re.M)
