@@ -189,14 +189,18 @@ def _on_threads(names: list[str], function: Callable[[Session], Any], shown: "_P
 
 def _on_cluster(client: Any, names: list[str], function: Callable[[Session], Any], shown: "_Progress") -> list[_Answer]:
     from distributed import as_completed
-    # A path means the same to a worker that runs in another folder.
-    futures = [client.submit(_one, os.path.abspath(name), function, pure=False) for name in names]
+    # A path means the same to a worker that runs in another folder. All in one message, and answers by the batch: with
+    # small files the scheduler would else cost as much as a worker.
+    paths = [os.path.abspath(name) for name in names]
+    futures = client.map(_one, paths, function=function, pure=False, batch_size=len(paths) or None)
     places = {future.key: i for i, future in enumerate(futures)}
     answers: list[_Answer] = [(None, "")] * len(names)
-    for future in as_completed(futures):
-        error = future.exception()
-        answers[places[future.key]] = future.result() if error is None else (None, f"{type(error).__name__}: {error}")
-        shown.advance()
+    for batch in as_completed(futures, with_results=True, raise_errors=False).batches():
+        for future, answer in batch:
+            if future.status != "finished":  # the exception with its place, such as of a worker that dies of this file
+                answer = (None, f"{answer[0].__name__}: {answer[1]}")
+            answers[places[future.key]] = answer
+        shown.advance(len(batch))
     return answers
 
 
@@ -220,9 +224,9 @@ class _Progress:
         if self._shown and not self._in_notebook:
             print(file=sys.stderr)
 
-    def advance(self) -> None:
+    def advance(self, files: int = 1) -> None:
         with self._lock:
-            self._done += 1
+            self._done += files
             self._show()
 
     def _show(self) -> None:
