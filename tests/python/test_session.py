@@ -6,6 +6,7 @@ import importlib
 import io
 import json
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -99,6 +100,17 @@ def test_errors_tell_file_and_reason(tmp_path, demo, monkeypatch):
     with pytest.raises(traguardo.NoStorePlace, match="missing"):
         traguardo.open(demo)
     assert sorted(os.listdir(tmp_path)) == ["empty.qlt", "folder.qlt", "older.wmp", "text.txt"]
+
+
+def test_a_wrong_clock_is_taken_back_on_request(demo, tmp_path):
+    data = bytearray(Path(demo).read_bytes())
+    starts = [m.start() for m in re.finditer(rb"\(S", data)]
+    wrong = next(at for at in starts if 4000 < int.from_bytes(data[at + 2:at + 6], "little") < 6000)
+    data[wrong + 4] ^= 0x80
+    path = put(tmp_path, "clock.qlt", bytes(data))
+    with traguardo.open(path) as plain, traguardo.open(path, recover=True) as whole, traguardo.open(demo) as good:
+        counts = [sum(len(channel) for channel in s.channels.values()) for s in (plain, whole, good)]
+    assert counts[0] < counts[1] and counts[2] - counts[1] <= 1
 
 
 def test_channels_by_name(session):
