@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,7 @@
 #include "page/head.h"
 #include "page/rows.h"
 #include "page/shell.h"
+#include "page/thinning.h"
 
 namespace traguardo::tool {
 
@@ -62,7 +64,8 @@ std::string title_of(const std::vector<PageFile>& files) {
 }
 
 // What the blocks may take in the page, which has them in base64, four bytes for three.
-std::size_t most_block_bytes(double largest_mb, const PageBlocks& there) {
+std::optional<std::size_t> most_block_bytes(double largest_mb, const PageBlocks& there) {
+  if (largest_mb == 0) return std::nullopt;
   constexpr double kRoomForTheRest = 0.5;
   const double most = std::max(0.1, largest_mb - kRoomForTheRest) * 1e6 * 3 / 4;
   return static_cast<std::size_t>(std::max(0.0, most - static_cast<double>(there.bytes())));
@@ -79,10 +82,10 @@ void write_page(const PageOptions& options) {
   inputs.refuse(options.output);
 
   const std::vector<PageFile> files = open_page_files(opened);
-  std::vector<EncodedChannel> channels = encode_channels(files);
   PageBlocks blocks;
   const std::vector<Json> tracks = page_tracks(files, &blocks);
-  if (options.largest_mb > 0) thin_channels(&channels, most_block_bytes(options.largest_mb, blocks));
+  std::vector<EncodedChannel> channels = listed_channels(files);
+  encode_within(&channels, most_block_bytes(options.largest_mb, blocks));
   const Json head = page_head(files, tracks, channels, options.recover, &blocks);
 
   OutputFile out(options.output);

@@ -169,69 +169,29 @@ class Encoder {
   std::vector<std::shared_ptr<Workbench>> free_;
 };
 
-void encode(const std::vector<EncodedChannel*>& channels) {
-  Encoder encoder;
-  for (EncodedChannel* channel : channels) encoder.add(channel);
-  encoder.finish();
-}
-
-// Which is thinned first. Derived channels are computed between far fewer solutions, and distances need all of a speed.
-std::size_t cost_of(const EncodedChannel& channel) {
-  constexpr std::size_t kSparedBy = 8;
-  const PageFile& file = *channel.file;
-  const bool is_derived = channel.channel.kind == ChannelKind::gps;
-  const bool is_speed = file.speed && are_same(file.channels[*file.speed], channel.channel);
-  return is_speed ? channel.bytes() / kSparedBy : is_derived ? channel.bytes() * kSparedBy : channel.bytes();
-}
-
-std::size_t bytes_of(const std::vector<EncodedChannel>& channels) {
-  return std::accumulate(channels.begin(), channels.end(), std::size_t{0},
-                         [](std::size_t sum, const EncodedChannel& channel) { return sum + channel.bytes(); });
-}
-
 }  // namespace
 
-std::vector<EncodedChannel> encode_channels(const std::vector<PageFile>& files) {
+std::vector<EncodedChannel> listed_channels(const std::vector<PageFile>& files) {
   std::vector<EncodedChannel> channels;
   for (const PageFile& file : files) {
-    for (const Channel& channel : file.channels) channels.push_back({&file, channel, 1, 0, 0, {}, {}});
+    for (const Channel& channel : file.channels) {
+      EncodedChannel& listed = channels.emplace_back();
+      listed.file = &file;
+      listed.channel = channel;
+      if (file.laps.empty()) listed.count = file.session->sample_count(channel, std::nullopt);
+      for (const Lap& lap : file.laps) listed.count += file.session->sample_count(channel, lap.index());
+    }
   }
-  std::vector<EncodedChannel*> all;
-  for (EncodedChannel& channel : channels) all.push_back(&channel);
-  encode(all);
   return channels;
 }
 
-void thin_channels(std::vector<EncodedChannel>* channels, std::size_t most_bytes) {
-  constexpr std::size_t kShortestStretch = 4;  // that takes less than its samples
-  for (std::size_t bytes = bytes_of(*channels); bytes > most_bytes; bytes = bytes_of(*channels)) {
-    struct Size {
-      std::size_t cost;
-      std::size_t bytes;
-      EncodedChannel* channel;
-      bool operator<(const Size& other) const { return cost < other.cost; }
-    };
-    std::vector<Size> sizes;
-    for (EncodedChannel& channel : *channels) {
-      if (channel.count > channel.stretch) sizes.push_back({cost_of(channel), channel.bytes(), &channel});
-    }
-    if (sizes.empty()) return;
-    std::make_heap(sizes.begin(), sizes.end());
-    std::set<EncodedChannel*> thinned;
-    // By what each will take: twice the stretch takes about half.
-    while (bytes > most_bytes && sizes.front().bytes > 1) {
-      std::pop_heap(sizes.begin(), sizes.end());
-      Size& size = sizes.back();
-      size.channel->stretch = std::max(kShortestStretch, size.channel->stretch * 2);
-      thinned.insert(size.channel);
-      bytes -= size.bytes - size.bytes / 2;
-      size.bytes /= 2;
-      size.cost /= 2;
-      std::push_heap(sizes.begin(), sizes.end());
-    }
-    if (thinned.empty()) return;
-    encode({thinned.begin(), thinned.end()});
-  }
+void encode(std::vector<EncodedChannel*> channels) {
+  // Memory that holds the longest holds all.
+  std::stable_sort(channels.begin(), channels.end(),
+                   [](const EncodedChannel* a, const EncodedChannel* b) { return a->count > b->count; });
+  Encoder encoder;
+  for (EncodedChannel* channel : channels) encoder.add(channel);
+  encoder.finish();
 }
 
 }  // namespace traguardo::tool

@@ -22,10 +22,10 @@ struct EncodedChannel {
   std::size_t bytes() const { return times.size() + values.size(); }
 };
 
-// All channels of all files, in their order. Files must stay.
-std::vector<EncodedChannel> encode_channels(const std::vector<PageFile>& files);
+// All channels of all files, in their order, with how many samples they have. Files must stay.
+std::vector<EncodedChannel> listed_channels(const std::vector<PageFile>& files);
 
-// Until all of them take no more than so many bytes, those that take most keep minima and maxima of longer stretches.
-void thin_channels(std::vector<EncodedChannel>* channels, std::size_t most_bytes);
+// Fills these in, by their stretches.
+void encode(std::vector<EncodedChannel*> channels);
 
 }  // namespace traguardo::tool
