@@ -30,6 +30,10 @@ export function onOtherColours(act: () => void): void {
   systemIsDark.addEventListener("change", act);
 }
 
+export function isOnPaper(): boolean {
+  return onPaper.matches;
+}
+
 function isDark(): boolean {
   if (onPaper.matches) return false;
   const chosen = document.documentElement.dataset.theme;

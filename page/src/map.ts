@@ -136,6 +136,7 @@ export class TrackMap {
     const channel = coloured === undefined ? undefined : this.state.channel(coloured.trace.file, this.state.mapChannel);
     if (coloured !== undefined && channel !== undefined) this.drawColours(context, coloured, channel, project);
     this.scale.hidden = coloured === undefined || channel === undefined;
+    context.lineCap = "butt";
     this.drawSectors(context, project);
   }
 
@@ -160,6 +161,7 @@ export class TrackMap {
     for (const point of points) context.lineTo(...project(point));
     context.stroke();
     context.lineWidth = 6;
+    context.lineCap = "round"; // without seams
     for (let i = 1; i < points.length; i++) {
       const place = channel.placeAt(times[i], trace.from_us, trace.to_us);
       const value = place < 0 ? NaN : channel.low(place);

@@ -2,7 +2,7 @@
 // The plots, one below the other over the same range. uPlot lays out axes, scales and grid; the lines are drawn from the
 // channels' own rows, since laps of millions of samples have no common places on the axis.
 import uPlot from "uplot";
-import { ink, onOtherColours } from "./colours";
+import { ink, isOnPaper, onOtherColours } from "./colours";
 import { columnTimes, curveOf, placesIn, type Frame } from "./curve";
 import { button, make } from "./dom";
 import { addGestures } from "./gestures";
@@ -10,6 +10,7 @@ import { titleOf, type Trace } from "./session";
 import type { State } from "./state";
 
 const HEIGHT_PX = 150;
+const PAPER_PX = 680; // the width of a sheet
 const STILL_MS = 150; // without a move, after which lines get all of their columns
 const AXIS_WIDTH_PX = 64;
 const DIFFERENCE = "difference"; // no key of a channel
@@ -87,7 +88,7 @@ class Plot {
     this.plot.setSize({ width, height: HEIGHT_PX });
   }
 
-  // Those that are scrolled away wait until they are seen, or printed.
+  // Those that are scrolled away wait until they are seen, or until there is time.
   renew(evenUnseen: boolean): void {
     this.isStale = true;
     if (this.isInSight || evenUnseen) this.draw();
@@ -108,7 +109,7 @@ class Plot {
     const { view, cursor } = this.plots.state;
     const share = (cursor - view.low) / (view.high - view.low);
     this.line.hidden = share < 0 || share > 1;
-    this.line.style.transform = `translateX(${share * this.plot.over.clientWidth}px)`;
+    this.line.style.left = `${share * 100}%`;
   }
 
   destroy(): void {
@@ -228,7 +229,10 @@ export class Plots {
       this.drawSoon();
     }).observe(region);
     // At once and all of them: a printer doesn't wait for the next frame.
-    onOtherColours(() => this.draw(true));
+    onOtherColours(() => {
+      for (const plot of this.plots) plot.resize(this.width());
+      this.draw(true);
+    });
   }
 
   private see(entries: IntersectionObserverEntry[]): void {
@@ -242,16 +246,11 @@ export class Plots {
 
   private move(): void {
     this.isMoving = true;
-    clearTimeout(this.stillTimer);
-    this.stillTimer = setTimeout(() => {
-      this.isMoving = false;
-      this.drawSoon();
-    }, STILL_MS);
     this.drawSoon();
   }
 
   width(): number {
-    return Math.max(200, this.region.clientWidth);
+    return isOnPaper() ? PAPER_PX : Math.max(200, this.region.clientWidth);
   }
 
   columns(trace: Trace): Float64Array {
@@ -290,7 +289,13 @@ export class Plots {
     this.region.dataset.empty = this.plots.length === 0 ? "yes" : "no";
   }
 
+  // What is seen in the next frame, all of it and in full when nothing moves any more.
   private drawSoon(): void {
+    clearTimeout(this.stillTimer);
+    this.stillTimer = setTimeout(() => {
+      this.isMoving = false;
+      this.draw(true);
+    }, STILL_MS);
     if (this.isWaiting) return;
     this.isWaiting = true;
     requestAnimationFrame(() => {

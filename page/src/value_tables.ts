@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The values at the cursor, and what a channel did in each lap.
+import { onOtherColours } from "./colours";
 import { placesIn } from "./curve";
 import { make, row } from "./dom";
 import { lapClock, seconds } from "./format";
@@ -40,6 +41,7 @@ export class CursorTable {
     const label = { class: "scroller", tabindex: "0", role: "region", "aria-label": "Values at the cursor" };
     this.element.append(make("div", label, this.table));
     state.on(["laps", "channels", "cursor"], soon(() => this.fill()));
+    onOtherColours(() => this.fill());
   }
 
   private fill(): void {
@@ -93,6 +95,7 @@ export class Statistics {
     const label = { class: "scroller", tabindex: "0", role: "region", "aria-label": "Statistics" };
     this.element.append(make("div", label, this.table));
     state.on(["laps", "channels"], soon(() => this.fill()));
+    onOtherColours(() => this.fill());
   }
 
   private fill(): void {

@@ -20,6 +20,7 @@ from . import _arrow, _errors, _names
 from ._library import FUNCTIONS, GPS, LOGGED, RAW_GPS, lib, text_of, unit_of
 
 if TYPE_CHECKING:
+    from . import _page
     import pandas as pd
 
 Numbers = npt.NDArray[np.float64]
@@ -346,6 +347,7 @@ class Session:
         if b"\0" in name:
             raise ValueError("a path can't have a NUL in it")
         self.path: str = os.fsdecode(name)
+        self._recover = recover
         self._lock = threading.RLock()
         spelling = _open_paths.take(name)
         try:
@@ -523,6 +525,19 @@ class Session:
         """Writes comma-separated values: `wide`, the rows of `frame`; else a line for every sample of every channel."""
         from . import _files
         _files.to_csv(self, path, wide, channels, rate, lap)
+
+    def page(self, path: Path, *, channels: "str | Sequence[str] | None" = None,
+             laps: "Lap | Sequence[Lap]" = None) -> None:
+        """Writes one page for a browser, as `traguardo page` does, which it calls; see docs/page.md. Channels by names
+        or patterns, laps by number, as "3-7", or "best"; without them: all."""
+        from . import _page
+        _page.write(self, path, channels, laps)
+
+    def show(self, *, channels: "str | Sequence[str] | None" = None, laps: "Lap | Sequence[Lap]" = None,
+             height: int = 900) -> "_page.Shown":
+        """The same page in a notebook, so many pixels high."""
+        from . import _page
+        return _page.shown(self, channels, laps, height)
 
     def __arrow_c_stream__(self, requested_schema: object = None) -> object:
         """Batches of "channel", "unit", "time" (s) and "value", one for each logged channel; see `Channels`."""

@@ -2,7 +2,10 @@
 """What leaves the package: Arrow streams, files, fleets."""
 import ctypes as ct
 import gc
+import html
+import json
 import os
+import re
 import resource
 import signal
 import threading
@@ -172,3 +175,21 @@ def test_a_fleet_survives_the_death_of_a_worker(tmp_path):
 def test_progress_in_a_terminal(demo, capsys):
     fleet.laps([demo, demo + "x"], progress=True)
     assert capsys.readouterr().err.endswith("\r2 of 2 files\n")
+
+
+def test_a_page_of_a_session(session, tmp_path):
+    page = tmp_path / "page.html"
+    try:
+        session.page(page, channels=["Speed", "Gear"], laps="best")
+    except traguardo.Error as error:
+        assert "built without" in str(error)
+        pytest.skip(str(error))
+    text = page.read_text(encoding="utf-8")
+    head = json.loads(re.search('id="head">(.*?)</script>', text).group(1))["files"][0]
+    assert [channel["name"] for channel in head["channels"]] == ["Speed", "Gear"]
+    assert [lap["kept"] for lap in head["laps"]].count(True) == 1
+    frame = session.show(channels=["Speed", "Gear"], laps="best")._repr_html_()
+    assert html.unescape(re.search('srcdoc="([^"]*)"', frame).group(1)) == text
+    with pytest.raises(traguardo.Error, match="no channel"):
+        session.page(page, channels="Spoon")
+    assert page.read_text(encoding="utf-8") == text
