@@ -5,6 +5,7 @@ import { csv, lapClock, seconds, signedSeconds } from "./format";
 import type { LapHead } from "./head";
 import type { SessionFile } from "./session";
 import { State } from "./state";
+import { Swatch } from "./swatch";
 
 interface Best {
   lap: LapHead | null;
@@ -44,7 +45,7 @@ function asCsv(laps: LapHead[], best: Best): string {
 
 export class LapTable {
   readonly element = make("section", { class: "laps" });
-  private readonly swatches = new Map<string, HTMLElement>();
+  private readonly swatches = new Map<string, Swatch>();
   private readonly boxes = new Map<string, HTMLInputElement>();
   private readonly radios = new Map<string, HTMLInputElement>();
 
@@ -81,7 +82,7 @@ export class LapTable {
     const id = State.idOf(this.file, lap);
     const label = `lap ${lap.number}`;
     const box = make("input", { type: "checkbox", "aria-label": `Show ${label}`, disabled: !lap.kept });
-    const swatch = make("span", { class: "swatch" });
+    const swatch = new Swatch();
     box.addEventListener("change", () => this.state.show(id, box.checked));
     const radio = make("input", {
       type: "radio",
@@ -100,7 +101,7 @@ export class LapTable {
       const isBest = lap.finished && lap.splits_us[i] === best.splits_us.at(i);
       return make(isBest ? "b" : "span", isBest ? { title: "best split" } : {}, seconds(lap.splits_us[i]));
     });
-    const shown = make("span", { class: "nowrap" }, box, swatch);
+    const shown = make("span", { class: "nowrap" }, box, swatch.element);
     const cells = row("td", shown, radio, String(lap.number), lapClock(lap.duration_us), gapText(lap, best), ...splitCells);
     if (lap === best.lap) cells.className = "best";
     if (!lap.finished) cells.className = "unfinished";
@@ -117,8 +118,7 @@ export class LapTable {
     const colours = new Map(this.state.traces.map((trace) => [trace.id, trace]));
     for (const [id, box] of this.boxes) {
       box.checked = this.state.shows(id);
-      const swatch = this.swatches.get(id);
-      if (swatch !== undefined) paintSwatch(swatch, colours.get(id));
+      this.swatches.get(id)?.paint(colours.get(id));
     }
     for (const [id, radio] of this.radios) radio.checked = this.state.reference?.id === id;
   }
@@ -128,10 +128,4 @@ function idealRow(best: Best, splits: number): HTMLElement {
   const gap = best.lap === null || best.ideal_us === null ? "–" : signedSeconds(best.ideal_us - best.lap.duration_us);
   const cells = Array.from({ length: splits }, (_, i) => (i < best.splits_us.length ? seconds(best.splits_us[i]) : "–"));
   return make("tfoot", {}, row("td", "", "", "Ideal", lapClock(best.ideal_us ?? 0), gap, ...cells));
-}
-
-// The line of a trace in small: its colour and whether it is broken.
-export function paintSwatch(swatch: HTMLElement, trace: { colour: string; dash: number[] } | undefined): void {
-  swatch.style.borderTopColor = trace?.colour ?? "transparent";
-  swatch.style.borderTopStyle = trace === undefined || trace.dash.length === 0 ? "solid" : trace.dash[0] > 2 ? "dashed" : "dotted";
 }

@@ -4,21 +4,19 @@ import { onOtherColours } from "./colours";
 import { placesIn } from "./curve";
 import { make, row } from "./dom";
 import { lapClock, seconds } from "./format";
-import { paintSwatch } from "./lap_table";
 import { differenceAt } from "./plots";
 import { titleOf, type Trace } from "./session";
 import type { State } from "./state";
+import { Swatch } from "./swatch";
 
-export function traceName(trace: Trace, files: number): string {
+function traceName(trace: Trace, files: number): string {
   const file = trace.file.head.name;
   if (trace.lap === null) return file;
   return files > 1 ? `${file}, lap ${trace.lap.number}` : `Lap ${trace.lap.number}`;
 }
 
 function traceHead(trace: Trace, files: number): HTMLElement {
-  const swatch = make("span", { class: "swatch" });
-  paintSwatch(swatch, trace);
-  return make("span", { class: "nowrap" }, swatch, traceName(trace, files));
+  return make("span", { class: "nowrap" }, new Swatch(trace).element, traceName(trace, files));
 }
 
 function soon(act: () => void): () => void {
