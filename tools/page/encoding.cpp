@@ -22,8 +22,8 @@ namespace traguardo::tool {
 namespace {
 
 std::int64_t microseconds(double time_s) {
-  constexpr double kMost = 4e15;  // what a double, and so a script, still counts, with halves
-  return static_cast<std::int64_t>(std::clamp(time_s * 1e6, 0.0, kMost) + 0.5);
+  constexpr double kMost = 9e15;  // what a double, and so a script, still counts
+  return std::llround(std::clamp(time_s * 1e6, 0.0, kMost));
 }
 
 // Where a clock steps back a reader of the page would search in vain.

@@ -173,6 +173,7 @@ std::size_t PageBlocks::bytes() const {
 
 std::vector<Json> page_tracks(const std::vector<PageFile>& files, PageBlocks* blocks) {
   std::vector<Json> tracks;
+  tracks.reserve(files.size());
   std::optional<FlatMap> map;
   for (const PageFile& file : files) tracks.push_back(track_json(file, &map, blocks));
   return tracks;

@@ -103,6 +103,7 @@ void encode_within(std::vector<EncodedChannel>* channels, std::optional<std::siz
   // Reading and encoding everything twice is what takes long: a look at a piece of each saves most of that.
   if (most_bytes && samples > *most_bytes) {
     std::vector<Size> sizes;
+    sizes.reserve(due.size());
     for (EncodedChannel* channel : due) sizes.push_back(size_of(channel, estimated_bytes(*channel)));
     lengthen(sizes, *most_bytes);
   }
