@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # cmake --install: the library, <traguardo/exports.h>, a pkg-config file, a CMake package (traguardo::traguardo), the tool,
 # its man page and the licence.
 include(CMakePackageConfigHelpers)

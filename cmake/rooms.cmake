@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # One static library per room of src/. A room sees src/ as its include root; what it may include is held by
 # scripts/check_arrows.py, what it links is listed where it is made.
 

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -76,14 +75,10 @@ Workplace workplace_of(const CheckOptions& options, std::wstring_view name, std:
   const std::string report =
       bytes_of(path.parent_path() / path_of(platform::host_bytes_from_path(report_name.substr(1))));
   Inputs inputs;
-  inputs.add_session(options.file);
-  if (options.fia.empty()) {
-    inputs.add(configuration);
-  } else {
-    inputs.add_boost_configuration(configuration);
-  }
-  inputs.refuse(report);
   const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+  inputs.add_session(options.file);
+  inputs.add_configurations(bytes_of(folder));
+  inputs.refuse(report);
   Workplace place;
   place.configuration = configuration;
   place.folder = platform::path_from_host_bytes(bytes_of(folder));
@@ -97,23 +92,16 @@ std::string whole_text(const std::string& path) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// A report that grows while somebody listens.
-class GrowingReport {
+// What a calculator adds to its report, run by run.
+template <typename Check>
+class Listener {
  public:
-  explicit GrowingReport(std::string path) : path_(std::move(path)) {
-    std::error_code problem;
-    const std::uintmax_t size = fs::file_size(path_of(path_), problem);
-    if (!problem) heard_ = size;
-  }
+  explicit Listener(const Check& check) : check_(check), heard_(check.report().size()) {}
 
   // What came since the last call, in one line, without the lines that are `header`.
   std::string next(const std::string& header) {
-    std::ifstream in(path_of(path_), std::ios::binary);
-    in.seekg(static_cast<std::streamoff>(heard_));
-    const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    heard_ += text.size();
     std::string said;
-    LineWalk lines(text);
+    LineWalk lines(std::string_view(check_.report()).substr(heard_));
     for (std::string_view line; lines.next(&line);) {
       while (!line.empty() && (line.front() == '\t' || line.front() == ' ')) line.remove_prefix(1);
       while (!line.empty() && line.back() == ' ') line.remove_suffix(1);
@@ -121,12 +109,13 @@ class GrowingReport {
       if (!said.empty()) said += ' ';
       said += line;
     }
+    heard_ = check_.report().size();
     return to_utf8(said);
   }
 
  private:
-  std::string path_;
-  std::uintmax_t heard_ = 0;
+  const Check& check_;
+  std::size_t heard_;
 };
 
 // What the runs come to.
@@ -187,10 +176,8 @@ int check_boost_limit(const CheckOptions& options) {
   outputs.low_counter = output("Ctr30FIA");
   outputs.high_counter = output("Ctr100FIA");
 
-  // Each check begins a report of its own, as each opening of a legacy session does.
-  platform::delete_file(platform::path_from_host_bytes(place.report));
-  GrowingReport report(place.report);
   BoostLimitCheck check(&view, outputs);
+  Listener report(check);
   Verdict verdict;
   for (const SessionRun& run : believed_runs(view)) {
     const bool good = check.run(run);
@@ -212,6 +199,7 @@ int check_boost_limit(const CheckOptions& options) {
         static_cast<double>(run.start_ms) + static_cast<double>(raised - flags.begin()) * kOutputPeriodMs;
     verdict.add(run, fmt::format("flag raised at {} (min:s)", lap_clock(at_ms / 1000.0)));
   }
+  check.write_report();
   return conclude(verdict, "the boost pressure was above its limit for too long",
                   "the boost pressure kept to its limit", place);
 }
@@ -224,15 +212,14 @@ u32 engine_period_ms(const MergedSession& view) {
   return engine ? view.channel(*engine).period_ms : kOutputPeriodMs;
 }
 
-Verdict run_limiter(MergedSession* view, std::size_t output, const Workplace& place, float* seconds) {
-  LimiterCheck check(view, output);
-  GrowingReport report(place.report);
+Verdict run_limiter(LimiterCheck* check, const MergedSession& view, std::size_t output, float* seconds) {
+  Listener report(*check);
   Verdict verdict;
   *seconds = 0.0F;
-  for (const SessionRun& run : believed_runs(*view)) {
-    const bool good = check.run(run);
-    const std::string said = report.next(run_header(*view, run));
-    const SessionChannel channel = view->channel(output);
+  for (const SessionRun& run : believed_runs(view)) {
+    const bool good = check->run(run);
+    const std::string said = report.next(run_header(view, run));
+    const SessionChannel channel = view.channel(output);
     const std::span<const float> totals = samples_in(channel, run);
     if (!is_computed(totals)) {
       leave_out(run, good, said, &verdict);
@@ -254,13 +241,15 @@ int check_limiter(const CheckOptions& options) {
 
   const std::string before = whole_text(place.configuration);
   float seconds = 0.0F;
-  Verdict verdict = run_limiter(&view, output, place, &seconds);
+  LimiterCheck check(&view, output);
+  Verdict verdict = run_limiter(&check, view, output, &seconds);
   if (whole_text(place.configuration) != before) {
     // The logger had no section, and its first run went by while one was written.
-    verdict = run_limiter(&view, output, place, &seconds);
+    verdict = run_limiter(&check, view, output, &seconds);
     verdict.lines +=
         fmt::format("A section for logger {} was added to {}\n", view.logger_id(), cell(to_utf8(place.configuration)));
   }
+  check.write_report();
   return conclude(verdict, fmt::format("the engine was over its limit for {:g} s", seconds),
                   "the engine kept to its limit", place);
 }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "lap_choice.h"
+#include "support/platform/process.h"
 
 namespace traguardo::tool {
 
@@ -101,6 +102,14 @@ Option Command::add_file(std::string& value) {
 
 Option Command::add_files(std::vector<std::string>& values) {
   return Option(command_->add_option("FILE", values, "Session files, or patterns for them")).required();
+}
+
+// One name for standard output: who writes there prints nothing else.
+Option Command::add_output(std::string& value, const std::string& help) {
+  constexpr int kStandardOutput = 1;
+  return Option(command_->add_option("-o,--output", value, help)->transform([](const std::string& path) {
+    return platform::stream_number_of(path) == kStandardOutput ? std::string("-") : path;
+  }));
 }
 
 Option Command::add_lap(std::string& value) {

@@ -58,6 +58,7 @@ class Command {
   // Arguments that many commands take.
   Option add_file(std::string& value);
   Option add_files(std::vector<std::string>& values);
+  Option add_output(std::string& value, const std::string& help);
   // For chosen_laps().
   Option add_lap(std::string& value);
   // For find_all_channels().

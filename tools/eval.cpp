@@ -267,7 +267,7 @@ void add_eval_command(CLI::App& app, int& status) {
       .between(0.001, 1e6);
   command.add_lap(options->lap);
   command.add_json(options->json);
-  command.add("-o,--output", options->output, "File to write as CSV, - for standard output");
+  command.add_output(options->output, "File to write as CSV, - for standard output");
   command.calls([options, &status] { status = evaluate_formula(*options); });
 }
 

@@ -11,10 +11,10 @@
 
 #include "command.h"
 #include "csv.h"
-#include "error_line.h"
 #include "failure.h"
 #include "inputs.h"
 #include "lap_choice.h"
+#include "many_points.h"
 #include "output_file.h"
 #include "session.h"
 #include "support/table_rows.h"
@@ -37,24 +37,6 @@ struct ExportOptions {
   ExportFormat format = ExportFormat::csv;
   WideGrid grid;
 };
-
-// Nobody expects more points than a day of them; then a clock went wild, and a person may want to stop.
-void announce_many_points(const Session& session, const std::vector<Channel>& channels, const std::vector<Lap>& laps) {
-  constexpr std::uint64_t kDayOfPoints = 8'640'000;
-  std::uint64_t points = 0;
-  std::uint64_t most = 0;
-  for (const Channel& channel : channels) {
-    if (channel.kind != ChannelKind::gps) continue;
-    std::uint64_t count = laps.empty() ? session.sample_count(channel, std::nullopt) : 0;
-    for (const Lap& lap : laps) count += session.sample_count(channel, lap.index());
-    points += count;
-    most = std::max(most, count);
-  }
-  if (most <= kDayOfPoints) return;
-  say_error_line(
-      fmt::format("about to write {} GPS points, one every 10 ms over {:.0f} s: its clock leaps between two solutions",
-                  points, static_cast<double>(most) / 100));
-}
 
 void write_csv(OutputFile& out, const Session& session, const std::vector<Channel>& channels,
                const std::vector<Lap>& laps) {
@@ -126,7 +108,7 @@ void add_export_command(CLI::App& app, int& /*status*/) {
                   "Write samples as CSV, one a line or side by side, or the GPS track for a map program");
   const auto options = std::make_shared<ExportOptions>();
   command.add_file(options->file);
-  command.add("-o,--output", options->output, "File to write, - for standard output").required();
+  command.add_output(options->output, "File to write, - for standard output").required();
   const Option channels = command.add_channels(options->channels);
   command.add_lap(options->lap);
   const Option gpx = command.add_flag("--gpx", "Write the GPS track as GPX 1.1").excludes(channels);

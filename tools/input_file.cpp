@@ -25,7 +25,9 @@ struct CloseFile {
 };
 using InputFile = std::unique_ptr<std::FILE, CloseFile>;
 
-// Why a file can't even be looked at; empty if it can. Opening a pipe would wait for its other end.
+}  // namespace
+
+// Opening a pipe would wait for its other end.
 std::string reason_not_readable(const std::string& path) {
   if (path == "-") return "standard input is no session: a reader goes back and forth in it, and to files beside it";
   std::error_code problem;
@@ -39,8 +41,6 @@ std::string reason_not_readable(const std::string& path) {
   const InputFile file(platform::open_stream(path, "rb"));
   return file == nullptr ? std::generic_category().message(errno) : std::string();
 }
-
-}  // namespace
 
 void require_readable(const std::string& path) {
   const std::string reason = reason_not_readable(path);

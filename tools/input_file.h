@@ -10,6 +10,8 @@ namespace traguardo::tool {
 
 class OutputFile;
 
+// The system's reason why a file can't be opened; empty if it can.
+std::string reason_not_readable(const std::string& path);
 // Throws Failure with the system's reason if the file can't be read, at once also for what isn't a file: a folder, a
 // pipe, a device.
 void require_readable(const std::string& path);

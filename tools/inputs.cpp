@@ -3,20 +3,17 @@
 
 #include <fmt/format.h>
 
-#include <array>
 #include <cstddef>
 #include <filesystem>
-#include <optional>
-#include <string_view>
+#include <memory>
 
 #include "failure.h"
 #include "legacy/wmp_parser.h"
 #include "paths.h"
-#include "regulation/boost_limit.h"
-#include "regulation/config_file.h"
-#include "regulation/exporter.h"
-#include "regulation/limiter.h"
+#include "regulation/output_files.h"
 #include "same_file.h"
+#include "support/app_folders.h"
+#include "support/exe_path.h"
 #include "support/platform/platform.h"
 
 namespace traguardo::tool {
@@ -27,11 +24,6 @@ namespace {
 
 char lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-// Configurations have their names with a backslash in front.
-std::string beside(const std::string& path, std::wstring_view name) {
-  return bytes_of(path_of(path).parent_path() / path_of(platform::host_bytes_from_path(name.substr(1))));
 }
 
 }  // namespace
@@ -52,24 +44,21 @@ void Inputs::add_session(const std::string& path) {
   if (ending == ".qlc") add(path.substr(0, path.rfind('.')) + ".qlt");
   if (ending != ".wmp") return;
   add(trace_file_of(path));
-  add_boost_configuration(beside(path, kBoostConfigurationName));
-  add(beside(path, kLimiterConfigurationName));
-  add(beside(path, kExporterConfigurationName));
+  const std::unique_ptr<IExePathName> home = CreaExePathName(false);
+  if (home == nullptr) return;
+  add_configurations(home->GetCartellaA());
+  add_tables(CAppFolders(home->GetCartellaSlashW()).GetCartellaEtPrediction());
 }
 
-void Inputs::add_boost_configuration(const std::string& path) {
-  constexpr std::string_view kLimitFile = "maxpboost=";
-  add(path);
-  const std::optional<ConfigFile> file = ConfigFile::read(platform::path_from_host_bytes(path));
-  if (!file) return;
-  const fs::path folder = path_of(path).parent_path();
-  LineWalk lines(file->text());
-  for (std::string_view line; lines.next(&line);) {
-    const auto name = value_of(line, kLimitFile);
-    if (name && !name->empty()) {
-      add(platform::host_bytes_from_path(platform::path_in_folder(platform::path_from_host_bytes(bytes_of(folder)),
-                                                                  platform::path_from_host_bytes(*name))));
-    }
+void Inputs::add_configurations(const std::string& folder) {
+  for (const std::wstring& path : configuration_paths(platform::path_from_host_bytes(folder))) {
+    add(platform::host_bytes_from_path(path));
+  }
+}
+
+void Inputs::add_tables(const std::wstring& folder) {
+  for (const std::wstring& name : platform::list_files(folder, L".etp")) {
+    add(platform::host_bytes_from_path(platform::path_in_folder(folder, name)));
   }
 }
 

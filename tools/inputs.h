@@ -10,11 +10,14 @@ namespace traguardo::tool {
 class Inputs {
  public:
   void add(const std::string& path) { paths_.push_back(path); }
-  // With what is read beside a session: the trace of a .wmp and the configurations of regulations, the expansion of a
-  // .qlc.
+  // With what is read along with a session: the expansion of a .qlc; the trace of a .wmp, and the configurations and
+  // tables of the user.
   void add_session(const std::string& path);
-  // The configuration of the boost limit, with the limit files that it names.
-  void add_boost_configuration(const std::string& path);
+  // Those of regulations and math channels in a folder, with the limit files that they name.
+  void add_configurations(const std::string& folder);
+  // All tables of elapsed times in a folder, which ends in a slash.
+  void add_tables(const std::wstring& folder);
+  const std::vector<std::string>& paths() const { return paths_; }
 
   // Throws Failure if a file under this path would take the place of an input; "-" is standard output. Call it before
   // anything is read or made.

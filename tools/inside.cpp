@@ -28,11 +28,12 @@ SFileQLT& inside_of(const Session& session) {
   return *find_file(session.handle());
 }
 
-// What a mark fills has the mark's number of laps; a lap that was only begun, or that the reader added, has none.
+// What a mark fills has the mark's number of laps; a lap that was only begun, or that the reader added, has none. The
+// older family says of each lap whether it counts: one that the end of the recording cut doesn't.
 bool was_lap_finished(const Session& session, int lap) {
   const SRkLap* found = nullptr;
   if (find_lap(inside_of(session), lap, &found) != LapLookup::kFound) return false;
-  return found->lap_number != 0;
+  return found->lap_number != 0 && found->counts;
 }
 
 bool is_held(const Session& session, const Channel& channel) {

@@ -6,6 +6,7 @@
 #include <limits>
 #include <utility>
 
+#include "inputs.h"
 #include "paths.h"
 #include "support/platform/platform.h"
 
@@ -133,6 +134,14 @@ std::wstring MergedSession::session_file_name() const {
 
 std::wstring MergedSession::session_path() const {
   return platform::path_from_host_bytes(file_.path);
+}
+
+std::vector<std::wstring> MergedSession::input_paths() const {
+  Inputs inputs;
+  inputs.add_session(file_.path);
+  std::vector<std::wstring> paths;
+  for (const std::string& path : inputs.paths()) paths.push_back(platform::path_from_host_bytes(path));
+  return paths;
 }
 
 std::span<const float> samples_in(const SessionChannel& channel, const SessionRun& run) {

@@ -29,19 +29,23 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
     shows_controls_ = platform::is_terminal(stdout);
     return;
   }
-  const std::string target = behind_links(path_);
+  // Through links, also those that stand for a pipe, which no other path leads to.
   std::error_code problem;
-  const fs::file_status status = fs::status(path_of(target), problem);
+  const fs::file_status status = fs::status(path_of(path_), problem);
   if (fs::is_directory(status)) fail(std::make_error_code(std::errc::is_a_directory));
-  if (fs::exists(status) && !fs::is_regular_file(status)) {
+  const int number = platform::stream_number_of(path_);
+  if (number >= 0 || (fs::exists(status) && !fs::is_regular_file(status))) {
     errno = 0;
-    device_ = platform::open_stream(target, "wb");
+    device_ = number >= 0 ? platform::open_numbered_stream(number) : platform::open_stream(path_, "wb");
     if (device_ == nullptr) fail({errno, std::generic_category()});
     file_ = device_;
     shows_controls_ = platform::is_terminal(device_);
   } else {
-    if (!part_.begin(platform::path_from_host_bytes(target)))
+    const std::wstring target = platform::path_from_host_bytes(behind_links(path_));
+    // A file that its owner protected is no less so for lying in a folder where names can be changed.
+    if ((fs::exists(status) && !platform::can_write_to(target)) || !part_.begin(target)) {
       fail({static_cast<int>(platform::last_error()), std::system_category()});
+    }
     file_ = part_.stream();
   }
   std::setvbuf(file_, nullptr, _IOFBF, kBufferSize);

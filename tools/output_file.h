@@ -14,8 +14,8 @@ namespace traguardo::tool {
 
 class OutputFile {
  public:
-  // "-" is standard output. Devices and pipes are written to directly. What a symbolic link points to is replaced, not
-  // the link. Throws Failure.
+  // "-" is standard output. Devices, pipes and what the process has open already are written to directly. What a
+  // symbolic link points to is replaced, not the link. Throws Failure.
   explicit OutputFile(std::string path);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;

@@ -108,7 +108,7 @@ void add_page_command(CLI::App& app, int& /*status*/) {
   Command command(app, "page", "Write one page for a browser: laps, plots, track and values of one file or several");
   const auto options = std::make_shared<PageOptions>();
   command.add_files(options->files);
-  command.add("-o,--output", options->output, "Page to write, - for standard output").required();
+  command.add_output(options->output, "Page to write, - for standard output").required();
   command.add("--channels,--channel", options->channels,
               "Only these: a name, a part of one, a pattern (*, ?) or #INDEX; may be repeated (default: all logged and "
               "all derived GPS channels)");

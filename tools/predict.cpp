@@ -14,6 +14,7 @@
 
 #include "command.h"
 #include "failure.h"
+#include "inputs.h"
 #include "merged_session.h"
 #include "paths.h"
 #include "print_out.h"
@@ -90,17 +91,11 @@ class Tables {
     }
     use(platform::environment("TRAGUARDO_HOME"));
     if (has_table()) return;
-    own_ = bytes_of(fs::temp_directory_path() / (L"traguardo-" + platform::random_token()));
-    for (const char* part : {"", "/user", "/user/et_prediction", "/user/et_prediction/Default.etp"}) {
-      marks_.emplace_back(platform::path_from_host_bytes(own_ + part));
-    }
-    use(own_);
-  }
-  Tables(const Tables&) = delete;
-  Tables& operator=(const Tables&) = delete;
-  ~Tables() {
-    std::error_code ignored;
-    if (!own_.empty()) fs::remove_all(path_of(own_), ignored);
+    std::error_code problem;
+    const fs::path place = fs::temp_directory_path(problem);
+    if (problem || !own_.begin(platform::path_from_host_bytes(bytes_of(place)))) return;
+    for (const wchar_t* part : {L"user", L"user/et_prediction", L"user/et_prediction/Default.etp"}) own_.expect(part);
+    use(platform::host_bytes_from_path(own_.path()));
   }
 
   ElapsedTimePrediction& prediction() { return *prediction_; }
@@ -113,9 +108,8 @@ class Tables {
  private:
   void use(const std::string& folder) { prediction_.emplace(platform::path_from_host_bytes(folder) + L"/"); }
 
-  std::vector<platform::UnfinishedFile> marks_;
+  platform::WorkFolder own_;
   std::optional<ElapsedTimePrediction> prediction_;
-  std::string own_;
 };
 
 const StripRow& strip_of(u32 length_ft) {
@@ -149,6 +143,9 @@ void predict_run(const PredictOptions& options) {
     throw Failure(fmt::format("no table can be read or written in {}",
                               platform::host_bytes_from_path(tables.prediction().folder())));
   }
+  Inputs inputs;
+  inputs.add_tables(tables.prediction().folder());
+  inputs.refuse("-");
   PredictionInput input;
   input.distances_ft = distances_ft;
   input.speeds_mph = speeds_mph;

@@ -71,9 +71,9 @@ std::unique_ptr<IProgress> progress_for(const std::string& path) {
   return std::make_unique<ProgressBar>();
 }
 
-int open_with_progress(const std::string& path, const std::list<std::string>* reader_options) {
+int open_with_progress(const std::string& path, const std::list<std::string>& reader_options) {
   const std::unique_ptr<IProgress> progress = progress_for(path);
-  return open_file_with_progress(path.c_str(), progress.get(), reader_options);
+  return open_file_with_progress(path.c_str(), progress.get(), &reader_options);
 }
 
 }  // namespace traguardo::tool

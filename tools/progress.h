@@ -14,6 +14,6 @@ namespace traguardo::tool {
 std::unique_ptr<IProgress> progress_for(const std::string& path);
 
 // The result of open_file for this path.
-int open_with_progress(const std::string& path, const std::list<std::string>* reader_options);
+int open_with_progress(const std::string& path, const std::list<std::string>& reader_options);
 
 }  // namespace traguardo::tool

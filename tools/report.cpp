@@ -94,30 +94,30 @@ bool exists(const std::string& path) {
 // nobody else looks, so that what stands beside the session is replaced only by something whole.
 class ReportFolder {
  public:
-  // outputs: of the session, by what they add to its name.
+  // suffixes: what outputs add to the session's name.
   ReportFolder(const std::string& session, const std::vector<std::string>& suffixes) {
-    const fs::path folder = fs::temp_directory_path() / (L"traguardo-" + platform::random_token());
-    path_ = bytes_of(folder);
-    linked_ = bytes_of(folder / path_of(session).filename());
-    session_ = session_of(linked_);
-    mark(path_);
-    mark(linked_);
-    if (session_ != linked_) mark(session_);
-    for (const std::string& suffix : suffixes) mark(session_ + suffix);
-    fs::create_directory(folder);
-    fs::permissions(folder, fs::perms::owner_all);
-    link(fs::absolute(path_of(session)), path_of(linked_));
-  }
-  ReportFolder(const ReportFolder&) = delete;
-  ReportFolder& operator=(const ReportFolder&) = delete;
-  ~ReportFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_of(path_), ignored);
+    std::error_code problem;
+    const std::string place = bytes_of(fs::temp_directory_path(problem));
+    // Without a folder for temporary files it works beside the session.
+    if (place.empty() || !folder_.begin(platform::path_from_host_bytes(place))) {
+      const std::string own = folder_of(session);
+      if (!folder_.begin(platform::path_from_host_bytes(own))) {
+        throw Failure(fmt::format("cannot report on {}: no room or place to work, neither in {} nor in {}", session,
+                                  place.empty() ? "the folder for temporary files" : place, own));
+      }
+    }
+    const std::string name = bytes_of(path_of(session).filename());
+    expect(name);
+    if (session_of(name) != name) expect(session_of(name));
+    for (const std::string& suffix : suffixes) expect(session_of(name) + suffix);
+    const fs::path linked = path_of(platform::host_bytes_from_path(folder_.path())) / path_of(name);
+    linked_ = bytes_of(linked);
+    link(fs::absolute(path_of(session)), linked);
   }
 
   const std::string& linked() const { return linked_; }
   // What the reader adds its endings to.
-  const std::string& session() const { return session_; }
+  std::string session() const { return session_of(linked_); }
 
  private:
   // A copy serves where the system has no links, or not to there.
@@ -127,12 +127,10 @@ class ReportFolder {
     if (problem) fs::create_hard_link(session, name, problem);
     if (problem) fs::copy_file(session, name);
   }
-  void mark(const std::string& path) { marks_.emplace_back(platform::path_from_host_bytes(path)); }
+  void expect(const std::string& name) { folder_.expect(platform::path_from_host_bytes(name)); }
 
-  std::vector<platform::UnfinishedFile> marks_;
-  std::string path_;
+  platform::WorkFolder folder_;
   std::string linked_;
-  std::string session_;
 };
 
 // What a run left of its own takes its place. That of a file without a session stays away from what an earlier run
@@ -173,21 +171,26 @@ bool print_report_file(const std::string& path) {
   return readable;
 }
 
-// Expands a compressed logger file beside itself, if that can be done.
-std::string expansion_of(const std::string& path) {
-  const std::unique_ptr<IRkParser> reader = CreaParser(platform::path_from_host_bytes(path), kKindQlc, nullptr, false);
-  if (reader == nullptr) throw Failure(fmt::format("cannot open {}: it has no reader", path));
-  // An older expansion that stands there is not what was asked for.
-  switch (dynamic_cast<const CParser&>(*reader).failure()) {
+// Why a reader failed, where that isn't what the file holds.
+void refuse_failure(const IRkParser& reader, const std::string& path, const char* kept) {
+  switch (dynamic_cast<const CParser&>(reader).failure()) {
     case ParseFailure::kContent:
       break;
     case ParseFailure::kReading:
       throw Failure(fmt::format("cannot read {}", path));
     case ParseFailure::kStore:
-      throw Failure(fmt::format("cannot expand {}: no room or place for its expansion", path));
+      throw Failure(fmt::format("cannot read {}: no room or place for its {} in {}", path, kept, store_folder(path)));
     case ParseFailure::kMemory:
-      throw Failure(fmt::format("cannot expand {}: not enough memory", path));
+      throw Failure(fmt::format("cannot read {}: not enough memory", path));
   }
+}
+
+// Expands a compressed logger file beside itself, if that can be done.
+std::string expansion_of(const std::string& path) {
+  const std::unique_ptr<IRkParser> reader = CreaParser(platform::path_from_host_bytes(path), kKindQlc, nullptr, false);
+  if (reader == nullptr) throw Failure(fmt::format("cannot open {}: it has no reader", path));
+  // An older expansion that stands there is not what was asked for.
+  refuse_failure(*reader, path, "expansion");
   return platform::host_bytes_from_path(reader->GetNomeFile());
 }
 
@@ -257,6 +260,7 @@ void print_report(const ReportOptions& options) {
   const std::unique_ptr<IProgress> progress = progress_for(session);
   const bool readable = reader->ParsaFile(progress.get());
 
+  if (!readable) refuse_failure(*reader, options.file, "samples");
   const bool reported = print_report_file(folder.session() + kReportSuffix);
   if (const std::optional<Damage> damage = damage_of(*reader); readable && reported && damage && !damage->is_none()) {
     print_out("\n\nDamage\n" + pairs_to_text(to_pairs(*damage, options.recover)));

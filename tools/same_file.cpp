@@ -23,6 +23,10 @@ bool is_same_letter(char a, char b) {
   return a == b || (kIgnoresCase && lower(a) == lower(b));
 }
 
+bool is_same_present(const std::string& a, const std::string& b) {
+  return platform::is_same_file(platform::path_from_host_bytes(a), platform::path_from_host_bytes(b));
+}
+
 fs::path folder_of(const fs::path& path) {
   return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
@@ -45,8 +49,8 @@ bool are_same_file(const std::string& a, const std::string& b) {
   if (a == "-" || b == "-") {
     return a != b && platform::is_stream_of_file(stdout, platform::path_from_host_bytes(a == "-" ? b : a));
   }
+  if (is_same_present(a, b)) return true;
   std::error_code problem;
-  if (fs::equivalent(path_of(a), path_of(b), problem)) return true;
   // Only files can take each other's place: two that exist are compared already.
   const fs::path one = path_of(behind_links(a));
   const fs::path other = path_of(behind_links(b));
@@ -54,7 +58,7 @@ bool are_same_file(const std::string& a, const std::string& b) {
   const std::string one_name = bytes_of(one.filename());
   const std::string other_name = bytes_of(other.filename());
   return std::equal(one_name.begin(), one_name.end(), other_name.begin(), other_name.end(), is_same_letter) &&
-         fs::equivalent(folder_of(one), folder_of(other), problem);
+         is_same_present(bytes_of(folder_of(one)), bytes_of(folder_of(other)));
 }
 
 }  // namespace traguardo::tool

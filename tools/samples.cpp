@@ -13,6 +13,7 @@
 #include "command.h"
 #include "json_output.h"
 #include "lap_choice.h"
+#include "many_points.h"
 #include "output_file.h"
 #include "session.h"
 #include "support/table_rows.h"
@@ -40,6 +41,8 @@ class ChosenSamples {
     if (!options.lap.empty()) laps_ = chosen_laps(session, options.lap);
     if (options.head_only) most_ = static_cast<std::uint64_t>(options.head);
   }
+
+  void announce() const { announce_many_points(session_, {channel_}, laps_, most_); }
 
   template <typename Take>
   void each(Take take) const {
@@ -90,6 +93,7 @@ void show_samples(const SamplesOptions& options) {
   Session session(options.file, options.recover);
   const Channel channel = session.find_channel(options.channel);
   const ChosenSamples samples(session, channel, options);
+  samples.announce();
   OutputFile out("-");
   if (options.json) {
     write_json(out, channel, samples);

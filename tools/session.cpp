@@ -20,7 +20,6 @@
 #include "paths.h"
 #include "progress.h"
 #include "support/platform/process.h"
-#include "support/platform/unfinished_files.h"
 #include "text.h"
 #include "unit_choice.h"
 #include "wildcard.h"
@@ -34,9 +33,14 @@ namespace fs = std::filesystem;
 constexpr const char* kStoreFolder = "TRAGUARDO_STORE_FOLDER";
 
 std::string reason_not_opened(const std::string& path) {
-  std::error_code problem;
-  if (lower_ending(path) == ".wmp" && !fs::exists(path_of(trace_file_of(path)), problem)) {
-    return fmt::format("its trace file is missing, which was sought as {}", trace_file_of(path));
+  if (lower_ending(path) == ".wmp") {
+    const std::string trace = trace_file_of(path);
+    std::error_code problem;
+    if (!fs::exists(path_of(trace), problem)) {
+      return fmt::format("its trace file is missing, which was sought as {}", trace);
+    }
+    const std::string reason = reason_not_readable(trace);
+    if (!reason.empty()) return fmt::format("its trace file {} can't be read: {}", trace, reason);
   }
   switch (last_open_failure()) {
     case OpenFailure::kNoSuchFile:
@@ -46,7 +50,7 @@ std::string reason_not_opened(const std::string& path) {
     case OpenFailure::kNoSession:
       return "no session can be read from it";
     case OpenFailure::kNoStore:
-      return fmt::format("no room or no place for its samples in {}", platform::environment(kStoreFolder));
+      return fmt::format("no room or no place for its samples in {}", store_folder(path));
     case OpenFailure::kNoMemory:
       return "out of memory";
     case OpenFailure::kNotReadable:
@@ -110,63 +114,42 @@ void convert(const Channel& channel, std::vector<double>& values) {
   }
 }
 
-// What the reader of the older family makes while it opens a session. It leaves a copy beside the session, as programs
-// of its time want one; nobody asked the tool for that, and a copy that wasn't there before goes again. It writes the
-// default table of elapsed times where the user has none; half of one would stand for good.
-class MadeByOpening {
- public:
-  explicit MadeByOpening(const std::string& session) {
-    constexpr std::size_t kExtensionLength = 3;
-    if (lower_ending(session) != ".wmp") return;
-    const std::string copy = session.substr(0, session.size() - kExtensionLength) + "bak";
-    if (mark_if_missing(copy)) copy_ = copy;
-    mark_if_missing(platform::environment("TRAGUARDO_HOME") + "/user/et_prediction/Default.etp");
-  }
-  MadeByOpening(const MadeByOpening&) = delete;
-  MadeByOpening& operator=(const MadeByOpening&) = delete;
-  ~MadeByOpening() {
-    std::error_code ignored;
-    if (!copy_.empty()) fs::remove(path_of(copy_), ignored);
-  }
-
- private:
-  bool mark_if_missing(const std::string& path) {
-    std::error_code problem;
-    if (fs::exists(fs::symlink_status(path_of(path), problem))) return false;
-    marks_.emplace_back(platform::path_from_host_bytes(path));
-    return true;
-  }
-
-  std::string copy_;
-  std::vector<platform::UnfinishedFile> marks_;
-};
-
 }  // namespace
 
 void refuse_printing_onto(const std::string& session) {
   Inputs inputs;
-  inputs.add(session);
+  inputs.add_session(session);
   inputs.refuse("-");
 }
 
 void choose_store_folder(const std::string& session) {
   std::error_code problem;
-  fs::path folder = path_of(session).parent_path();
-  if (folder.empty()) folder = ".";
-  if (!platform::can_make_files_in(platform::path_from_host_bytes(bytes_of(folder)))) {
-    folder = fs::temp_directory_path(problem);
+  std::string folder = folder_of(session);
+  if (!platform::can_make_files_in(platform::path_from_host_bytes(folder))) {
+    folder = bytes_of(fs::temp_directory_path(problem));
     if (problem) return;
   }
-  platform::set_environment_if_unset(kStoreFolder, bytes_of(folder));
+  platform::set_environment_if_unset(kStoreFolder, folder);
+}
+
+std::string store_folder(const std::string& session) {
+  const std::string chosen = platform::environment(kStoreFolder);
+  return chosen.empty() ? folder_of(session) : chosen;
+}
+
+std::string folder_of(const std::string& path) {
+  const std::string folder = bytes_of(path_of(path).parent_path());
+  return folder.empty() ? "." : folder;
 }
 
 Session::Session(const std::string& path, bool recover) : path_(path) {
   require_readable(path_);
   refuse_printing_onto(path_);
   choose_store_folder(path_);
-  const MadeByOpening made(path_);
-  const std::list<std::string> reader_options{kRecoverClock};
-  handle_ = open_with_progress(path_, recover ? &reader_options : nullptr);
+  // The reader of the older family copies a session beside itself, as programs of its time want; nobody asked for that.
+  std::list<std::string> reader_options{"wmp-copy=0"};
+  if (recover) reader_options.emplace_back(kRecoverClock);
+  handle_ = open_with_progress(path_, reader_options);
   if (handle_ <= 0) throw Failure(fmt::format("cannot open {}: {}", path_, reason_not_opened(path_)));
 }
 

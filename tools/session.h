@@ -118,6 +118,11 @@ void refuse_printing_onto(const std::string& session);
 // who named a folder by TRAGUARDO_STORE_FOLDER keeps that.
 void choose_store_folder(const std::string& session);
 
+// Where that is, for error lines.
+std::string store_folder(const std::string& session);
+// The folder that a path lies in.
+std::string folder_of(const std::string& path);
+
 // When the session began, ISO 8601 without a zone.
 std::string iso_date(const std::tm& date);
 

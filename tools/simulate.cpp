@@ -111,8 +111,7 @@ void add_simulate_command(CLI::App& app, int& /*status*/) {
   const auto options = std::make_shared<SimulateOptions>();
   const auto frames = std::make_shared<std::string>("mixed");
   simulator::SimulationOptions& session = options->session;
-  command
-      .add("-o,--output", options->output, "File to write; a name in .qlc is compressed, one in .wmp an older logger's")
+  command.add_output(options->output, "File to write; a name in .qlc is compressed, one in .wmp an older logger's")
       .required();
   command.add("--laps", session.laps, "Number of laps").shows_default();
   command.add("--channels", session.channels, "Number of channels (default: the usual set)");

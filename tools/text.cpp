@@ -66,7 +66,10 @@ std::string to_utf8(std::string_view text) {
 }
 
 std::string readable_unit(std::string_view unit) {
-  return unit == "\xBB" ? "\xCE\xBB" : to_utf8(unit);
+  // Each of the two has bytes of another character set than all other units.
+  if (unit == "\xBB") return "\u03BB";
+  if (unit == "\xA1/sec") return "\u00B0/sec";
+  return to_utf8(unit);
 }
 
 std::size_t display_width(std::string_view utf8) {

@@ -83,7 +83,7 @@ void add_unpack_command(CLI::App& app, int& /*status*/) {
   Command command(app, "unpack", "Expand a compressed logger file");
   const auto options = std::make_shared<UnpackOptions>();
   command.add("FILE", options->file, "Compressed logger file (.qlc)").required();
-  command.add("-o,--output", options->output, "File to write, - for standard output (default: FILE, ending in .qlt)");
+  command.add_output(options->output, "File to write, - for standard output (default: FILE, ending in .qlt)");
   command.calls([options] { unpack_session(*options); });
 }
 

@@ -17,9 +17,10 @@ namespace {
 
 constexpr int kHighestKind = 10;
 
-struct LoggerOptions {
+struct ReaderOptions {
   LoggerReportOptions report;
   bool recover_clock = false;
+  bool copies = true;
   std::map<std::string, std::string> debug_tags;
 };
 
@@ -36,8 +37,8 @@ void take_debug_request(const std::string& option, std::map<std::string, std::st
   requests->emplace(option.substr(plus, semicolon - plus), option.substr(semicolon + 1));
 }
 
-LoggerOptions parsed(const std::list<std::string>* options) {
-  LoggerOptions result;
+ReaderOptions parsed(const std::list<std::string>* options) {
+  ReaderOptions result;
   if (options == nullptr) return result;
   for (const std::string& option : *options) {
     if (option == "stat-misure=1") {
@@ -50,6 +51,8 @@ LoggerOptions parsed(const std::list<std::string>* options) {
       result.report.gps_samples = true;
     } else if (option == "recover-clock=1") {
       result.recover_clock = true;
+    } else if (option == "wmp-copy=0") {
+      result.copies = false;
     } else {
       take_debug_request(option, &result.debug_tags);
     }
@@ -117,7 +120,12 @@ int file_kind_of(const std::wstring& path) {
 std::unique_ptr<IRkParser> CreaParser(const std::wstring& path, int kind, const std::list<std::string>* options,
                                       bool keep_constant) {
   if (kind > kHighestKind) return nullptr;
-  if (kind == kKindWmp) return std::unique_ptr<IRkParser>(new (std::nothrow) CParserWMP(path));
+  const ReaderOptions settings = parsed(options);
+  if (kind == kKindWmp) {
+    std::unique_ptr<CParserWMP> reader(new (std::nothrow) CParserWMP(path));
+    if (reader != nullptr) reader->set_copies(settings.copies);
+    return reader;
+  }
   if (kind != kKindQlt && kind != kKindQlc) return nullptr;
   std::wstring work_path = path;
   ParseFailure failure = ParseFailure::kContent;
@@ -126,7 +134,6 @@ std::unique_ptr<IRkParser> CreaParser(const std::wstring& path, int kind, const 
     work_path = with_qlt_ending(path);
     failure = expand_session(path, work_path, &expanded);
   }
-  const LoggerOptions settings = parsed(options);
   std::unique_ptr<CParserZep_2Gv4> reader(new (std::nothrow)
                                               CParserZep_2Gv4(work_path, settings.report, std::move(expanded)));
   if (reader == nullptr) return nullptr;

@@ -39,7 +39,7 @@ bool CWMP::ApriFile(const std::wstring& path, bool tables_first, bool load_sampl
   mode_ = mode;
   session_.clear();
   session_.speed_scale = static_cast<float>(session_.units->GetInverseSpeedFactor());
-  copy_beside(path);
+  if (copies_) copy_beside(path);
   if (!read_head(path, error)) return refuse();
   session_.take_path(path);
   // Of a file of values the second run would only do the same again.

@@ -38,6 +38,9 @@ class CWMP : private CFileWMP, public CFiltri {
   bool ReadWampFileVers600(const std::wstring& path, bool tables_only, u32* error);
   bool ReadWampFileVers700(const std::wstring& path, bool tables_only, u32* error);
 
+  // Whether ApriFile leaves a copy of the file beside it, as it does unless it is told otherwise.
+  void set_copies(bool copies) { copies_ = copies; }
+
   // As convert_channel().
   bool ConvertiCanale(std::size_t index, bool raw_only);
   // As assure_channel().
@@ -60,6 +63,7 @@ class CWMP : private CFileWMP, public CFiltri {
   const WmpVersionRow* file_version_ = nullptr;
   const CalculationOptions* options_;
   i32 mode_;
+  bool copies_ = true;
 };
 
 }  // namespace traguardo

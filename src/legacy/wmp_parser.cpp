@@ -104,6 +104,8 @@ bool CParserWMP::parse(IProgress* progress) {
   CGestMathChan math(*units, executable->GetCartellaW());
   CWMP reader(executable->GetCartellaW(), &options, &sensors, &math, kNoCalibratedDistance);
 
+  reader.set_copies(copies_);
+
   u32 error = 0;
   constexpr bool kTablesFirst = true;
   constexpr bool kLoadSamples = true;
@@ -162,6 +164,7 @@ void CParserWMP::copy_laps(const WmpSession& session) {
     lap->lap_number = static_cast<u16>(record.number());
     lap->kind[0] = 7;
     lap->kind[1] = 2;
+    lap->counts = record.counts_for_best();
   }
 }
 

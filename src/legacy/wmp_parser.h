@@ -21,6 +21,9 @@ class CParserWMP : public CParser {
   // that can't be read is no failure: the reader then holds the trace alone.
   bool ParsaFile(IProgress* progress) override;
 
+  // Whether opening leaves a copy of the session beside it, ending in .bak, as it does unless it is told otherwise.
+  void set_copies(bool copies) { copies_ = copies; }
+
   // The trace file of a session, beside it under the same name. Its ending is written as the session's is, letter by
   // letter in small or capital letters; where there is no such file, one in small or in capital letters will do.
   static std::wstring trace_path_of(const std::wstring& session_path);
@@ -42,6 +45,7 @@ class CParserWMP : public CParser {
   void enter_ident(const WmpSession& session);
 
   std::vector<ShortenedChannel> shortened_channels_;
+  bool copies_ = true;
 };
 
 }  // namespace traguardo

@@ -36,18 +36,13 @@ void CParserZep_2Gv4::CollectDebugTag(const SAtomTag& tag) {
 void CParserZep_2Gv4::SalvaTagDiDebugSePresenti() {
   for (const auto& [name, debug_tag] : debug_tags_) {
     const std::wstring path = GetNomeFile() + widen_bytes(debug_tag.suffix);
-    platform::File file;
-    // Without a suffix the path is the session's own: it is mapped, and must not be cut under its reader.
-    if (!debug_tag.suffix.empty()) {
-      file = platform::File::open(path, platform::Access::kReadWrite, platform::Share::kRead,
-                                  platform::Creation::kCreateOrTruncate);
-    }
-    if (!file) {
+    const std::vector<u8>& payloads = debug_tag.payloads;
+    const std::string_view bytes(reinterpret_cast<const char*>(payloads.data()), payloads.size());
+    // Without a suffix the path is the session's own.
+    if (debug_tag.suffix.empty() || !platform::write_whole_file(path, bytes)) {
       TRAGUARDO_LOG("CParserZep_2Gv4::SalvaTagDiDebugSePresenti",
                     "%s [%d] ERROR = Can't open output stream for tag %s into file %s\n", name, path);
-      continue;
     }
-    file.write_at(0, debug_tag.payloads.data(), debug_tag.payloads.size());
   }
 }
 

@@ -130,9 +130,8 @@ std::wstring CMathChanIni::GetFilePath(std::wstring_view name) const {
   return path;
 }
 
-// As the platform spells it, where GetFilePath always has backslashes.
-std::wstring CMathChanIni::disk_folder() const {
-  return platform::path_in_folder(folder_, kFolderName);
+std::wstring CMathChanIni::disk_path(const std::wstring& folder, std::wstring_view name) {
+  return platform::path_in_folder(platform::path_in_folder(folder, kFolderName), name);
 }
 
 void CMathChanIni::SetDefaults() {
@@ -144,7 +143,7 @@ void CMathChanIni::SetDefaults() {
 
 bool CMathChanIni::ReadDefinitions(std::wstring_view name) {
   std::string bytes;
-  if (!platform::read_whole_file(platform::path_in_folder(disk_folder(), name), &bytes, kLargestFile)) return true;
+  if (!platform::read_whole_file(disk_path(folder_, name), &bytes, kLargestFile)) return true;
   std::string_view text = bytes;
   if (take_line(&text) != kFirstLine) return true;
   channels_.clear();
@@ -176,9 +175,8 @@ bool CMathChanIni::WriteDefinitions(std::wstring_view name) const {
     out.numbers("constant " + std::string(constant), tokenizer_.ConstantValue(index));
   }
   for (const SMathChannel& channel : channels_) append_definition(channel, &out);
-  return platform::create_folders(disk_folder()) &&
-         platform::write_whole_file(platform::path_in_folder(disk_folder(), name),
-                                    std::string(kFirstLine) + "\n" + out.text());
+  return platform::create_folders(disk_path(folder_, L"")) &&
+         platform::write_whole_file(disk_path(folder_, name), std::string(kFirstLine) + "\n" + out.text());
 }
 
 }  // namespace traguardo

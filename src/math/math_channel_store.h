@@ -32,6 +32,8 @@ class CMathChanIni {
   // Borrows list and tokenizer for its life. folder: without a trailing slash.
   CMathChanIni(std::vector<SMathChannel>& channels, CTokenizer& tokenizer, std::wstring folder);
 
+  // Where a file lies, as the platform spells it.
+  static std::wstring disk_path(const std::wstring& folder, std::wstring_view name);
   // Folder, kFolderName, a backslash and the name; with an empty name it stops behind kFolderName.
   std::wstring GetFilePath(std::wstring_view name) const;
   std::wstring GetDefaultFilePath() const { return GetFilePath(kDefaultFileName); }
@@ -46,8 +48,6 @@ class CMathChanIni {
   bool WriteDefinitions(std::wstring_view name) const;
 
  private:
-  std::wstring disk_folder() const;
-
   std::vector<SMathChannel>& channels_;
   CTokenizer& tokenizer_;
   std::wstring folder_;

@@ -35,6 +35,7 @@ struct SRkLap {
   u16 lap_number = 0;
   u8 kind[2] = {0, 0};
   std::map<u32, std::unique_ptr<SRkSplit>> splits;
+  bool counts = true;  // false where the file says that it is not to be compared with others
 };
 
 inline constexpr std::size_t kTrackRecordSize = 96;

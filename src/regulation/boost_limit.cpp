@@ -7,6 +7,7 @@
 #include "regulation/boost_filter.h"
 #include "regulation/config_file.h"
 #include "regulation/number_text.h"
+#include "regulation/output_files.h"
 #include "support/platform/platform.h"
 
 namespace traguardo {
@@ -142,7 +143,7 @@ BoostSettings BoostSettings::read(std::string_view section, const ChannelNames& 
     if (const auto name = value_of(line, "pboost2nd=")) take_channel(*name, channels, &settings.second_boost);
     if (const auto name = value_of(line, "rpm=")) take_channel(*name, channels, &settings.rpm);
     if (const auto name = value_of(line, "throttle=")) take_channel(*name, channels, &settings.throttle);
-    if (const auto name = value_of(line, "maxpboost=")) settings.limit_file = *name;
+    if (const auto name = value_of(line, kBoostLimitFileKey)) settings.limit_file = *name;
     if (value_of(line, "output=1")) settings.step_values_wanted = true;
     if (value_of(line, "pct_scaling=1")) settings.scaling = 1;
     if (value_of(line, "pct_scaling=2")) settings.scaling = 2;
@@ -188,14 +189,18 @@ bool BoostLimitCheck::run(const SessionRun& run) {
   return true;
 }
 
-void BoostLimitCheck::report(const SessionRun& run, std::string_view text) const {
-  std::string lines = run_header(*session_, run);
-  lines.append("\t").append(text).append("\n");
-  // A report that can't be written is lost, and nothing else with it.
-  platform::append_text(platform::path_in_folder(session_->working_folder(), kBoostReportName), lines);
+void BoostLimitCheck::report(const SessionRun& run, std::string_view text) {
+  report_.append(run_header(*session_, run)).append("\t").append(text).append("\n");
 }
 
-bool BoostLimitCheck::report_what_is_missing(const SessionRun& run) const {
+// A report that can't be written is lost, and nothing else with it.
+void BoostLimitCheck::write_report() const {
+  const std::wstring path = platform::path_in_folder(session_->working_folder(), kBoostReportName);
+  if (!may_be_written(*session_, path)) return;
+  if (report_.empty() || !platform::write_text(path, report_)) platform::delete_file(path);
+}
+
+bool BoostLimitCheck::report_what_is_missing(const SessionRun& run) {
   const struct {
     bool missing;
     std::string_view text;

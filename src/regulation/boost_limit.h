@@ -17,6 +17,7 @@
 namespace traguardo {
 
 inline constexpr const wchar_t* kBoostConfigurationName = L"\\FIA.txt";
+inline constexpr std::string_view kBoostLimitFileKey = "maxpboost=";
 inline constexpr const wchar_t* kBoostReportName = L"\\FIA_comp_output.txt";
 
 // The limit over the engine speed, in the unit that the limits have.
@@ -111,10 +112,13 @@ class BoostLimitCheck {
   // One run; what it has to say goes into the report. False where the run could not be computed for a fault of its
   // configuration; the outputs are untouched then.
   bool run(const SessionRun& run);
+  const std::string& report() const { return report_; }
+  // In the place of that of an earlier computation, which goes in any case.
+  void write_report() const;
 
  private:
-  void report(const SessionRun& run, std::string_view text) const;
-  bool report_what_is_missing(const SessionRun& run) const;
+  void report(const SessionRun& run, std::string_view text);
+  bool report_what_is_missing(const SessionRun& run);
   bool read_limit_file(const SessionRun& run);
   std::vector<float> boost_signal(const SessionRun& run) const;
   void raise_flags(const SessionRun& run, const CScaler& scaler);
@@ -126,6 +130,7 @@ class BoostLimitCheck {
   std::optional<BoostSettings> settings_;
   std::optional<BoostLimitFile> limit_file_;
   std::optional<CPBoostLimit> limits_;  // over limit_file_, if that is good
+  std::string report_;
 };
 
 }  // namespace traguardo

@@ -38,10 +38,10 @@ bool RegulationCalculator::has_configuration(const wchar_t* name) const {
 
 bool RegulationCalculator::compute_boost_limit(const BoostOutputs& outputs) {
   if (!has_configuration(kBoostConfigurationName)) return false;
-  platform::delete_file(platform::path_in_folder(session_->working_folder(), kBoostReportName));
   BoostLimitCheck check(session_, outputs);
   bool all_good = true;
   for (const SessionRun& span : believed_runs(*session_)) all_good = check.run(span) && all_good;
+  check.write_report();
   return all_good;
 }
 
@@ -50,6 +50,7 @@ bool RegulationCalculator::compute_limiter(std::size_t output) {
   LimiterCheck check(session_, output);
   bool all_good = true;
   for (const SessionRun& span : believed_runs(*session_)) all_good = check.run(span) && all_good;
+  check.write_report();
   return all_good;
 }
 

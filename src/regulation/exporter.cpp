@@ -5,6 +5,7 @@
 
 #include "regulation/config_file.h"
 #include "regulation/number_text.h"
+#include "regulation/output_files.h"
 #include "support/platform/platform.h"
 #include "support/platform/unfinished_files.h"
 #include "support/table_rows.h"
@@ -84,23 +85,24 @@ bool export_run(const SessionView& session, const SessionRun& run) {
   const std::wstring path = platform::path_in_folder(session.working_folder(), kExporterConfigurationName);
   const std::wstring output = session.session_path() + kExportSuffix;
   const ConfigFile configuration = ConfigFile::read(path).value_or(ConfigFile(""));
+  const bool may_write = may_be_written(session, output);
   const std::string racer = session.racer();
   const std::string where = " for racer [" + racer + "] in file:" + platform::host_bytes_from_path(path);
 
   const std::optional<std::string_view> lines = configuration.racer_lines(racer);
   if (!lines) {
-    platform::write_whole_file(output, "Please doublecheck parameters" + where);
+    if (may_write) platform::write_whole_file(output, "Please doublecheck parameters" + where);
     return false;
   }
   const std::vector<Column> columns = columns_of(session, *lines);
   if (columns.empty()) {
-    platform::write_whole_file(
-        output, "No valid channel name" + where + "\nPlease notice that channels names are case sensitive");
+    const std::string advice = "\nPlease notice that channels names are case sensitive";
+    if (may_write) platform::write_whole_file(output, "No valid channel name" + where + advice);
     return false;
   }
   // An earlier export stays until this one is whole.
   platform::PartFile file;
-  if (!file.begin(output)) return true;
+  if (!may_write || !file.begin(output)) return true;
   const u32 period_ms = export_period_ms(configuration.text());
   if (write_table(&file, headings_of(session, columns), run, columns, period_ms) && file.finish()) file.take_place();
   return true;

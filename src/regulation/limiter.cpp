@@ -5,6 +5,7 @@
 
 #include "regulation/config_file.h"
 #include "regulation/number_text.h"
+#include "regulation/output_files.h"
 #include "support/platform/platform.h"
 
 namespace traguardo {
@@ -75,9 +76,8 @@ void LimiterCheck::append_section() {
                               "pts_number=4\n"
                               "threshold=2000\n"
                               "}\n\n";
-  if (platform::append_text(platform::path_in_folder(session_->working_folder(), kLimiterConfigurationName), section)) {
-    read_section();
-  }
+  const std::wstring path = platform::path_in_folder(session_->working_folder(), kLimiterConfigurationName);
+  if (may_be_written(*session_, path) && platform::append_text(path, section)) read_section();
 }
 
 bool LimiterCheck::run(const SessionRun& run) {
@@ -111,10 +111,14 @@ bool LimiterCheck::run(const SessionRun& run) {
   return true;
 }
 
-void LimiterCheck::report(const SessionRun& run, std::string_view text) const {
-  // A report that can't be written is lost, and nothing else with it.
-  platform::append_text(platform::path_in_folder(session_->working_folder(), kLimiterReportName),
-                        run_header(*session_, run).append(text));
+void LimiterCheck::report(const SessionRun& run, std::string_view text) {
+  report_.append(run_header(*session_, run)).append(text);
+}
+
+// A report that can't be written is lost, and nothing else with it.
+void LimiterCheck::write_report() const {
+  const std::wstring path = platform::path_in_folder(session_->working_folder(), kLimiterReportName);
+  if (!report_.empty() && may_be_written(*session_, path)) platform::append_text(path, report_);
 }
 
 // The total is that of the whole run, also where the run claims more than the output channel holds.

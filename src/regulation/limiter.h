@@ -51,11 +51,14 @@ class LimiterCheck {
   // One run; what it has to say goes into the report. Without a section for the logger one is appended to the
   // configuration file, for the runs that follow. False without an engine speed; the output is untouched then.
   bool run(const SessionRun& run);
+  const std::string& report() const { return report_; }
+  // Adds it to the reports of earlier computations, in one piece.
+  void write_report() const;
 
  private:
   void read_section();
   void append_section();
-  void report(const SessionRun& run, std::string_view text) const;
+  void report(const SessionRun& run, std::string_view text);
   float fill(const SessionRun& run);
 
   SessionView* session_;
@@ -63,6 +66,7 @@ class LimiterCheck {
   std::string logger_id_;
   std::optional<std::size_t> engine_;
   std::optional<LimiterSettings> settings_;
+  std::string report_;
 };
 
 }  // namespace traguardo

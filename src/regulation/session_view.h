@@ -54,6 +54,8 @@ class SessionView {
   // The session file without its folder, and whole.
   virtual std::wstring session_file_name() const = 0;
   virtual std::wstring session_path() const = 0;
+  // All files that the session is read from, whole.
+  virtual std::vector<std::wstring> input_paths() const { return {session_path()}; }
   // Where configuration files are sought and reports written; without a trailing slash.
   virtual std::wstring working_folder() const = 0;
 };

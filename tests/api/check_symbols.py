@@ -10,6 +10,8 @@ import re
 import subprocess
 import sys
 
+VERSION = "TRAGUARDO_1.0"
+
 
 def exported(library, objdump):
     if library.endswith(".dll"):
@@ -17,7 +19,9 @@ def exported(library, objdump):
         table = text[text.index("[Ordinal/Name Pointer] Table"):]
         return set(re.findall(r"^\s*\[\s*\d+\](?: \+base\[\s*\d+\])?\s+(?:[0-9a-f]+ )?(\S+)$", table.split("\n\n")[0], re.M))
     text = subprocess.run(["nm", "-D", "--defined-only", library], check=True, capture_output=True, text=True).stdout
-    return {line.split()[-1].split("@")[0] for line in text.splitlines() if line.split()[-2] != "A"}
+    names = {line.split()[-1] for line in text.splitlines() if line.split()[-2] != "A"}
+    # A name under another version, or none, keeps that, and is none of the list.
+    return {name.removesuffix("@@" + VERSION) for name in names}
 
 
 SYSTEM = {"kernel32.dll", "msvcrt.dll", "advapi32.dll", "shell32.dll", "user32.dll", "ole32.dll"}

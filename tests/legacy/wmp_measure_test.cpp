@@ -87,14 +87,16 @@ TEST(Measure, RewritesOldUnitFields) {
     u8 form;
     std::string stored;
     std::string wanted;  // all ten bytes
+    std::string shown;
   };
   const std::string old_201 = packed_descriptor(201, 2) + "zz" + rest;
   const std::string old_800_3 = packed_descriptor(800, 3) + "ab" + rest;
   const Case cases[] = {
-      {"a speed", 3001, 1, old_201, "\t02011" + nuls},
-      {"a hidden one as well", 3004, 253, old_201, "\t04052" + nuls},
-      {"only where the record says so", 3001, 0, old_201, old_201 + nuls.substr(3)},
-      {"600 by number", 600, 1, old_800_3, "\t08003" + nuls},
+      {"a speed", 3001, 1, old_201, "\t02011" + nuls, "km/h"},
+      // What is shown is the unit of the new field, not that of the old one.
+      {"a hidden one as well", 3004, 253, old_201, "\t04052" + nuls, "g"},
+      {"only where the record says so", 3001, 0, old_201, old_201 + nuls.substr(3), "km/h"},
+      {"600 by number", 600, 1, old_800_3, "\t08003" + nuls, ""},
   };
   for (const Case& one : cases) {
     SCOPED_TRACE(one.what);
@@ -103,6 +105,7 @@ TEST(Measure, RewritesOldUnitFields) {
     OneMeasure alone(channel);
     const u8* field = alone.session().tables.channels[0].record.unit_bytes();
     EXPECT_EQ(std::string(field, field + 10), one.wanted);
+    EXPECT_EQ(alone.shown_unit(), one.shown);
   }
 }
 

@@ -257,6 +257,22 @@ TEST(Report, EndsItsLinesAsThePlatformDoes) {
 #endif
 }
 
+// A place of a list that had no channel when the list was read has no row when there is one, as it takes no samples.
+TEST(Report, ListsNoChannelAtAPlaceThatHadNone) {
+  const Bytes lists = test::acd(6, 103, {1, 2}) + test::grp(5, {2, 1});
+  ParsedSession session(test::cnf({{1, "first"}}, lists) + test::cnf({{1, "again"}, {2, "late"}}) +
+                            frame('A', 20, 6, Bytes{2, 0, 3, 0}) + frame('G', 30, 5, Bytes{4, 0}) + test::tail(),
+                        kGpsSamples);
+  const std::string report = report_of(session);
+  const std::string rows = report.substr(report.find("AcquisDescs"));
+  EXPECT_EQ(rows.find("late"), std::string::npos) << rows;
+  for (const std::string row : {"\nidx   6 / id   1 ", "\nidx   5 / id   1 "}) {
+    EXPECT_NE(rows.find(row), std::string::npos) << rows;
+  }
+  EXPECT_EQ(session.samples("again").size(), 2U);
+  EXPECT_TRUE(session.samples("late").empty());
+}
+
 // Without a setting it is left alone, else a longer one is replaced whole; where it can't be written, the open goes on.
 TEST(Report, MeetsAnOlderOne) {
   const test::TempFolder folder;
@@ -270,6 +286,12 @@ TEST(Report, MeetsAnOlderOne) {
   EXPECT_EQ(folder.read("a.qlt.tw3.log"), older);
   EXPECT_TRUE(opens(kGpsSamples));
   EXPECT_EQ(folder.read("a.qlt.tw3.log").find('?'), std::string::npos);
+  // Also one that is the session itself by another name: that name goes to the report.
+  std::filesystem::remove(folder.path() / "a.qlt.tw3.log");
+  std::filesystem::create_hard_link(folder.path() / "a.qlt", folder.path() / "a.qlt.tw3.log");
+  EXPECT_TRUE(opens(kGpsSamples));
+  const Bytes session = damaged_session();
+  EXPECT_EQ(folder.read("a.qlt"), std::string(session.begin(), session.end()));
   std::filesystem::remove(folder.path() / "a.qlt.tw3.log");
   std::filesystem::create_directory(folder.path() / "a.qlt.tw3.log");
   EXPECT_TRUE(opens(kEverything));

@@ -726,6 +726,7 @@ class CliTest(unittest.TestCase):
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         self.assertIn("was added to " + configuration, done.stdout)
         self.assertIn("Verdict: the engine kept to its limit", done.stdout)
+        self.assertNotIn("made for .wmp", done.stdout)
         logger = re.search(r"\{\nid=(\d+)\n.*limiter=13000\n", self.read_text(configuration), re.S).group(1)
 
         engine = self.json("samples", legacy, "Engine")
@@ -749,6 +750,7 @@ class CliTest(unittest.TestCase):
         done = run("check", self.session, "--fmi", configuration)
         self.assertEqual(done.returncode, 1)
         self.assertIn("Can't find any 'Engine' channel", done.stdout)
+        self.assertIn("these regulations are made for .wmp sessions", done.stdout)
         serial, = struct.unpack_from("<I", self.expected.texts["SRC"], 12)
         self.assertIn(f"\nid={serial}\n", self.read_text(configuration))
 

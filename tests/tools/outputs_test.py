@@ -17,6 +17,8 @@ import zlib
 from cli_test import SessionFile, tag
 
 TOOL = ""
+MATH_CHANNELS = "MATHCHANNELS/ZEP_TWMATH_2.ZMC"
+TABLE = "user/et_prediction/Default.etp"
 RULES = "BarometricPressure=1\nRPM=Engine RPM\nPboost=Speed\nThrottle=Throttle\nMaxPboost=limits.txt\n"
 
 
@@ -83,12 +85,22 @@ class Outputs(unittest.TestCase):
         os.symlink("..", self.path("folder", "up"))
         yield from (name, "symbolic", self.path(name), "folder/../" + name, "folder/up/" + name)
 
+    def read_beside_a_wmp(self):
+        """All that the reader of a .wmp takes from its folder of configurations."""
+        return {"FIA.txt": RULES, "limits.txt": "1000=1\n9000=2\n", "FMI-limiter.txt": "", "Exporter.txt": "ch=Nope\n",
+                MATH_CHANNELS: "", TABLE: ""}
+
     def test_no_output_replaces_an_input(self):
+        # What lies beside the session is nothing that its reader takes.
         self.write("FIA.txt", RULES)
-        self.write("limits.txt", "1000=1\n9000=2\n")
+        self.ok("export", "w.wmp", "--channel", "Speed #1", "-o", "FIA.txt")
+        self.environment["TRAGUARDO_HOME"] = self.data
+        for name, content in self.read_beside_a_wmp().items():
+            os.makedirs(os.path.dirname(self.path(name)), exist_ok=True)
+            self.write(name, content)
         cases = [(command, source, taken) for source, inputs in (
-            ("s.qlt", ["s.qlt"]), ("c.qlc", ["c.qlc", "c.qlt"]), ("w.wmp", ["w.wmp", "w.jts", "FIA.txt", "limits.txt"]))
-            for taken in inputs for command in (
+            ("s.qlt", ["s.qlt"]), ("c.qlc", ["c.qlc", "c.qlt"]),
+            ("w.wmp", ["w.wmp", "w.jts", *self.read_beside_a_wmp()])) for taken in inputs for command in (
                 ["export"], ["export", "--channel", "Speed"], ["export", "--gpx"], ["export", "--geojson"],
                 ["eval", "1+1"], ["eval", "1+1", "--json"])]
         cases.append((["unpack"], "c.qlc", "c.qlc"))
@@ -117,12 +129,78 @@ class Outputs(unittest.TestCase):
         self.fails("report", "c.qlc", "--tag", "ABC=.tag", saying="c.qlt.tag")
         self.fails("report", "c.qlc", "--tag", "ABC=.tw3.log", saying="one file")
         self.fails("simulate", "-o", "n.wmp", saying="one file")
-        for command in (["export", "s.qlt", "-o", "-"], ["samples", "s.qlt", "Speed"], ["report", "s.qlt"]):
-            with open(self.path("s.qlt"), "ab") as session:
-                done = subprocess.run([TOOL, *command], cwd=self.data, stdout=session, stderr=subprocess.PIPE,
-                                      check=False)
-            self.assertEqual(done.returncode, 1, command)
+        os.makedirs(self.path("user/et_prediction"))
+        self.write(TABLE, "")
+        for command, onto in ((["export", "s.qlt", "-o", "-"], "s.qlt"), (["samples", "s.qlt", "Speed"], "s.qlt"),
+                              (["report", "s.qlt"], "s.qlt"), (["info", "w.wmp"], "w.jts"),
+                              (["export", "s.qlt", "-o", "/dev/stdout"], "s.qlt"),
+                              (["predict", "s.qlt", "--tables", "."], TABLE)):
+            with open(self.path(onto), "ab") as file:
+                done = subprocess.run([TOOL, *command], cwd=self.data, env=self.environment, stdout=file,
+                                      stderr=subprocess.PIPE, check=False)
+            self.assertEqual((done.returncode, b"which the command reads" in done.stderr), (1, True), command)
         self.assertEqual(self.everything(), before)
+
+    def test_no_report_of_the_reader_goes_through_to_an_input(self):
+        home = self.environment["TRAGUARDO_HOME"] = self.path("home")
+        os.makedirs(os.path.join(home, "MATHCHANNELS"))
+        os.makedirs(os.path.join(home, "user/et_prediction"))
+        for name, content in self.read_beside_a_wmp().items():
+            self.write(os.path.join("home", name), content)
+        self.ok("info", "w.wmp")  # Gives the limiter its section.
+        reports = ("w.wmp.export.csv", "home/FIA_comp_output.txt", "home/FMI-output.txt")
+        self.assertTrue(all(os.path.exists(self.path(name)) for name in reports))
+        self.assertIn(b"No valid channel name", self.read(reports[0]))
+        inputs = ["w.wmp", "w.jts"] + ["home/" + name for name in self.read_beside_a_wmp() if name != TABLE]
+        for channel in ("Nope", "Speed #1"):
+            self.write("home/Exporter.txt", f"ch={channel}\n")
+            before = {name: self.read(name) for name in inputs}
+            for taken in inputs:
+                for report in reports:
+                    for link in (os.symlink, os.link):
+                        os.unlink(self.path(report))
+                        link(self.path(taken), self.path(report))
+                        self.ok("info", "w.wmp")
+                        self.assertEqual({name: self.read(name) for name in inputs}, before, (taken, report, link))
+                        self.assertTrue(os.path.samefile(self.path(taken), self.path(report)))
+        # A session that is the limiter's configuration, too, gets no section.
+        for taken in ("w.wmp", "w.jts"):
+            for link in (os.symlink, os.link):
+                os.unlink(self.path("home/FMI-limiter.txt"))
+                link(self.path(taken), self.path("home/FMI-limiter.txt"))
+                self.ok("info", "w.wmp")
+                self.assertEqual(self.read(taken), before[taken])
+
+    def test_what_is_open_already_is_written_to_where_it_stands(self):
+        command = f"{TOOL} export s.qlt --channel Speed -o"
+        wanted = self.ok("export", "s.qlt", "--channel", "Speed", "-o", "-")
+        self.write("log", "earlier\n")
+        for line, text in ((f"{command} /dev/stdout | cat", wanted), (f"{command} /dev/fd/3 3>&1 | cat", wanted),
+                           (f"{command} /dev/fd/3 3>> log; cat log", b"earlier\n" + wanted),
+                           (f"{command} >(cat > copy); sleep 0.3; cat copy", wanted),
+                           (f"{command} pipe & cat pipe", wanted),
+                           (f"{TOOL} unpack c.qlc -o /dev/stdout | cmp - c.qlt && echo same", b"same\n")):
+            if line.endswith("cat pipe"):
+                os.mkfifo(self.path("pipe"))
+            if "c.qlt" in line:
+                self.ok("unpack", "c.qlc")
+            done = subprocess.run(["bash", "-c", line], cwd=self.data, env=self.environment, capture_output=True,
+                                  timeout=60, check=False)
+            self.assertEqual((done.stdout == text, done.stderr), (True, b""), line)
+
+    def test_a_protected_file_stays(self):
+        self.write("old.csv", "old\n")
+        os.chmod(self.path("old.csv"), 0o444)
+        user = {}
+        if os.geteuid() == 0:  # whom no protection holds
+            user = {"user": 65534, "group": 65534, "extra_groups": []}
+            for folder in (os.path.dirname(self.data), self.data):
+                os.chmod(folder, 0o777)
+        for command in (["export", "s.qlt", "-o", "old.csv"], ["simulate", "-o", "old.csv"], ["unpack", "c.qlc", "-o", "old.csv"]):
+            done = self.run_tool(*command, **user)
+            self.assertEqual((done.returncode, done.stderr),
+                             (1, b"traguardo: cannot write old.csv: Permission denied\n"), command)
+        self.assertEqual(self.read("old.csv"), b"old\n")
 
     def test_an_output_keeps_its_permissions_and_its_links(self):
         self.write("old.csv", "old\n")
@@ -196,7 +274,18 @@ class Outputs(unittest.TestCase):
         self.assertEqual(os.listdir(temporary), [])
         self.environment["TRAGUARDO_STORE_FOLDER"] = os.path.join(temporary, "missing")
         self.fails("info", "s.qlt", saying="no room or no place")
-        self.fails("report", "c.qlc", saying="no room or place for its expansion")
+        self.fails("report", "c.qlc", saying="no room or place for its expansion in " + temporary)
+        self.fails("report", "s.qlt", saying="no room or place for its samples in " + temporary)
+        del self.environment["TRAGUARDO_STORE_FOLDER"]
+        self.environment["TMPDIR"] = os.path.join(temporary, "missing")
+        self.fails("info", "s.qlt", saying="no room or no place for its samples in .")
+        self.fails("report", "s.qlt", saying="no room or place to work")
+
+    def test_a_report_without_a_folder_for_temporary_files(self):
+        self.environment["TMPDIR"] = "/nonexistent"
+        before = sorted(os.listdir(self.data))
+        self.assertIn(b"User information", self.run_tool("report", "s.qlt").stdout)
+        self.assertEqual(sorted(os.listdir(self.data)), sorted([*before, "s.qlt.tw3.log"]))
 
     def test_why_a_session_is_not_opened(self):
         self.write("notes.txt", "no session\n")
@@ -204,7 +293,12 @@ class Outputs(unittest.TestCase):
         self.write("junk.qlt", "no tags here" * 100)
         os.mkfifo(self.path("pipe.qlt"))
         os.mkdir(self.path("folder.qlt"))
-        cases = {"missing.qlt": "No such file", "folder.qlt": "Is a directory", "pipe.qlt": "a pipe",
+        for trace, name in ((None, "bare.wmp"), ("folder.jts", "folder.wmp")):
+            shutil.copy(self.path("w.wmp"), self.path(name))
+            if trace is not None:
+                os.mkdir(self.path(trace))
+        cases = {"bare.wmp": "its trace file is missing", "folder.wmp": "its trace file folder.jts can't be read: Is a",
+                 "missing.qlt": "No such file", "folder.qlt": "Is a directory", "pipe.qlt": "a pipe",
                  "/dev/null": "a device", "notes.txt": "not a kind of session file", "empty.qlt": "no session",
                  "junk.qlt": "no session"}
         if os.geteuid() != 0:
@@ -283,6 +377,17 @@ class Outputs(unittest.TestCase):
                 self.assertTrue("Café" in text)
                 self.assertTrue(command[0] == "report" or "λ" in text)
 
+    def test_a_degree_sign_of_another_character_set(self):
+        self.ok("simulate", "--version", "450", "--laps", "1", "-o", "g.wmp")
+        data = bytearray(self.read("g.wmp"))
+        at = data.index(b"Yaw Rate\0")
+        gyro = 42
+        data[at + 20: at + 30] = bytes(10)  # unit
+        struct.pack_into("<H", data, at + 64, gyro)
+        self.write("g.wmp", bytes(data))
+        units = {channel["name"]: channel["unit"] for channel in json.loads(self.ok("channels", "g.wmp", "--json"))}
+        self.assertEqual(units["Yaw Rate"], "°/sec")
+
     # --- Bounds -----------------------------------------------------------------------------------------------------
 
     def test_two_solutions_far_apart(self):
@@ -313,7 +418,8 @@ class Outputs(unittest.TestCase):
                     process.returncode = os.waitstatus_to_exitcode(status)
                 self.assertIn(process.returncode, (0, 141), said)
                 self.assertLess(usage.ru_maxrss, 200_000, "kilobytes")
-                self.assertEqual(b"about to write 60000" in said, arguments[0] == "export")
+                writes_all = arguments[0] == "export" or arguments[-1] == "--json"
+                self.assertEqual(b"about to write" in said, writes_all)
 
     def test_a_question_about_an_unknown_channel(self):
         for wanted, meant in (("speeds", '"Speed"'), ("EngineRPM", '"Engine RPM"'), ("Brakepres", '"Brake Press"')):

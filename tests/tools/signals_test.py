@@ -5,7 +5,7 @@
     signals_test.py TOOL [MOMENTS [MINUTES]]
 
 Each command is stopped at so many moments (default 4), by each of the signals in turn, on a session of so many minutes
-(default 1; 40 make 50 MB). Whatever the moment, files that stood there before are as they were, and a new one is whole or
+(default 1; 75 make 50 MB). Whatever the moment, files that stood there before are as they were, and a new one is whole or
 not there. The exit status is 128 + the signal's number, unless the command was done before.
 
 The seed of the moments is printed; SEED in the environment repeats them."""
@@ -21,6 +21,7 @@ import time
 import unittest
 
 TOOL, MOMENTS, MINUTES = "", 4, 1
+RULES = "BarometricPressure=1\nRPM=Engine\nPboost=Speed #1\nThrottle=Throttle\nMaxPboost=limits.txt\n"
 SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGPIPE)
 
 
@@ -49,9 +50,16 @@ class Signals(unittest.TestCase):
             minutes = min(MINUTES, 5) if name == "w.wmp" else MINUTES
             subprocess.run([TOOL, "simulate", "--minutes", str(minutes), "-o", name], cwd=cls.stock, check=True,
                            stdout=subprocess.DEVNULL)
-        for name in ("out.csv", "s.qlt.tag"):
-            with open(os.path.join(cls.stock, name), "w", encoding="ascii") as file:
+        for name in ("out.csv", "s.qlt.tag", "rules/FMI-output.txt"):
+            path = os.path.join(cls.stock, name)
+            os.makedirs(os.path.dirname(path), exist_ok=True)
+            with open(path, "w", encoding="ascii") as file:
                 file.write("of yesterday\n")
+        # The configurations of a reader of .wmp, and a logger's own section.
+        for name, content in (("FIA.txt", RULES), ("limits.txt", "1000=1\n9000=2\n"),
+                              ("FMI-limiter.txt", ""), ("Exporter.txt", "frq=500\nch=Engine\nch=Speed #1\n")):
+            with open(os.path.join(cls.stock, "rules", name), "w", encoding="ascii") as file:
+                file.write(content)
 
     @classmethod
     def tearDownClass(cls):
@@ -67,10 +75,14 @@ class Signals(unittest.TestCase):
         return place
 
     def start(self, place, arguments, **streams):
+        """A command; behind "rules" one whose configurations are those of the data."""
         environment = dict(os.environ, TMPDIR=os.path.join(place, "temporary"),
                            XDG_CONFIG_HOME=os.path.join(place, "config"))
         environment.pop("TRAGUARDO_STORE_FOLDER", None)
         environment.pop("TRAGUARDO_HOME", None)
+        if arguments[0] == "rules":
+            arguments = arguments[1:]
+            environment["TRAGUARDO_HOME"] = os.path.join(place, "data", "rules")
         return subprocess.Popen([TOOL, *arguments], cwd=os.path.join(place, "data"), env=environment,
                                 stderr=subprocess.DEVNULL, **{"stdout": subprocess.DEVNULL, **streams})
 
@@ -114,6 +126,16 @@ class Signals(unittest.TestCase):
             ["eval", "Speed*2", "s.qlt", "-o", "out.csv"],
             ["report", "s.qlt", "--tag", "ABC=.tag"],
             ["unpack", "c.qlc", "-o", "new.qlt"],
+            ["export", "s.qlt", "--gpx", "-o", "out.csv"],
+            ["eval", "Speed*2", "s.qlt", "--json", "-o", "new.json"],
+            ["samples", "s.qlt", "Engine RPM"],
+            ["report", "c.qlc"],
+            ["unpack", "c.qlc"],
+            ["predict", "w.wmp"],
+            ["check", "w.wmp", "--fia", "rules/FIA.txt"],
+            ["check", "w.wmp", "--fmi", "rules/FMI-limiter.txt"],
+            ["rules", "info", "w.wmp"],
+            ["simulate", "-o", "new.qlt", "--laps", "2"],
             ["simulate", "-o", "new.wmp", "--laps", "2"],
             ["simulate", "-o", "new.qlc", "--laps", "2"],
         ):
@@ -174,6 +196,41 @@ class Signals(unittest.TestCase):
         after.pop("data/out.csv")
         before.pop("data/out.csv")
         self.assertEqual(after, before)
+
+    def test_what_a_killed_report_left_goes_with_the_next(self):
+        place = self.fresh()
+        temporary = os.path.join(place, "temporary")
+        own = "traguardo-0123456789abcdeg"  # nearly a name of ours
+        os.makedirs(os.path.join(temporary, own, "in it"))
+
+        def working():
+            return {name for name in os.listdir(temporary) if name != own and os.listdir(os.path.join(temporary, name))}
+
+        def started():
+            known = working()
+            process = self.start(place, ["report", "s.qlt"])
+            while process.poll() is None and not working() - known:
+                time.sleep(0.001)
+            return process
+
+        with started() as process:
+            process.kill()
+        self.assertEqual(len(working()), 1)
+        with started() as living:
+            living.send_signal(signal.SIGSTOP)
+            try:
+                living_only = working()
+                self.assertEqual(len(living_only), 1)
+                self.assertEqual(self.start(place, ["report", "s.qlt"]).wait(), 0)
+                self.assertEqual(working(), living_only)
+            finally:
+                living.send_signal(signal.SIGCONT)
+            self.assertEqual(living.wait(), 0)
+        self.assertEqual(os.listdir(temporary), [own])
+        # No moment at which a killed opening of the older family would leave a copy.
+        with self.start(place, ["info", "w.wmp"]) as process:
+            while process.poll() is None:
+                self.assertFalse(os.path.exists(os.path.join(place, "data", "w.bak")))
 
 
 if __name__ == "__main__":

@@ -494,7 +494,10 @@ class WmpSimulatorTest(unittest.TestCase):
         file = self.file(path)
         self.assertEqual({c.rate for c in file.channels}, {4})
         self.assertEqual([(lap.time, lap.counts) for lap in file.laps], [(30000, 0)])
-        self.assertEqual([lap["duration_s"] for lap in self.json("laps", path)], [30.0])
+        self.assertEqual([(lap["duration_s"], lap["finished"]) for lap in self.json("laps", path)], [(30.0, False)])
+        *whole, cut = self.json("laps", self.simulate("longer", "--minutes", 5))
+        self.assertEqual((cut["finished"], cut["gap_s"]), (False, None))
+        self.assertEqual(({lap["finished"] for lap in whole}, min(lap["gap_s"] for lap in whole)), ({True}, 0))
 
     def test_damage_is_in_the_samples(self):
         for version in (320, 500, 550, 600):

@@ -2,6 +2,7 @@
 #include "legacy/derived/regulation_view.h"
 
 #include "legacy/texts/wmp_measure.h"
+#include "legacy/wmp_parser.h"
 #include "legacy/wmp_session.h"
 
 namespace traguardo {
@@ -49,6 +50,9 @@ std::wstring RegulationView::session_file_name() const {
 }
 std::wstring RegulationView::session_path() const {
   return session_->file_path;
+}
+std::vector<std::wstring> RegulationView::input_paths() const {
+  return {session_->file_path, CParserWMP::trace_path_of(session_->file_path)};
 }
 std::wstring RegulationView::working_folder() const {
   return session_->application_folder;

@@ -26,6 +26,7 @@ class RegulationView : public SessionView {
   std::string logger_id() const override;
   std::wstring session_file_name() const override;
   std::wstring session_path() const override;
+  std::vector<std::wstring> input_paths() const override;
   std::wstring working_folder() const override;
 
  private:

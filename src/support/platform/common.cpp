@@ -8,6 +8,7 @@
 
 #include "support/platform/detail.h"
 #include "support/platform/fault_injection.h"
+#include "support/platform/unfinished_files.h"
 
 namespace traguardo::platform {
 
@@ -119,8 +120,26 @@ bool read_whole_file(const std::wstring& path, std::string* bytes, u64 limit) {
 }
 
 bool write_whole_file(const std::wstring& path, std::string_view bytes) {
-  File file = File::open(path, Access::kReadWrite, Share::kRead, Creation::kCreateOrTruncate);
-  return file && file.write_at(0, bytes.data(), bytes.size());
+  PartFile file;
+  return file.begin(path) && file.write(bytes.data(), bytes.size()) && file.finish() && file.take_place();
+}
+
+bool write_text(const std::wstring& path, std::string_view text) {
+  return write_whole_file(path, detail::with_line_ends(text));
+}
+
+bool copy_file(const std::wstring& from, const std::wstring& to) {
+  const File source = File::open(from, Access::kRead, Share::kRead, Creation::kMustExist);
+  u64 size = 0;
+  PartFile target;
+  if (!source || !source.size(&size) || !target.begin(to)) return false;
+  std::string piece(1U << 16, '\0');
+  for (u64 done = 0; done < size; done += piece.size()) {
+    piece.resize(static_cast<std::size_t>(std::min<u64>(piece.size(), size - done)));
+    if (source.read_at(done, piece.data(), piece.size()) != piece.size()) return false;
+    if (!target.write(piece.data(), piece.size())) return false;
+  }
+  return target.finish() && target.take_place();
 }
 
 bool append_text(const std::wstring& path, std::string_view text) {

@@ -95,8 +95,10 @@ class File {
 };
 
 bool file_exists(const std::wstring& path);
+// Whether both lead to one file or folder that is there: by what the system knows, through links of any kind.
+bool is_same_file(const std::wstring& a, const std::wstring& b);
 bool delete_file(const std::wstring& path);
-// Replaces `to` if it exists.
+// Replaces `to` if it exists, in one step as write_whole_file does.
 bool copy_file(const std::wstring& from, const std::wstring& to);
 // Replaces `to`, in one step where the file system can.
 bool rename_file(const std::wstring& from, const std::wstring& to);
@@ -109,8 +111,12 @@ std::vector<std::wstring> list_files(const std::wstring& folder, std::wstring_vi
 // Whole files, for texts and configurations. read_whole_file gives false for a missing or unreadable file and for one
 // above `limit` bytes.
 bool read_whole_file(const std::wstring& path, std::string* bytes, u64 limit);
+// Replaces what has that name in one step, when the new file is whole: an earlier one stays until then, and what the
+// name was linked to stays for good.
 bool write_whole_file(const std::wstring& path, std::string_view bytes);
-// Appends in text mode: line feeds become the platform's line ends.
+// The same in text mode: line feeds become the platform's line ends.
+bool write_text(const std::wstring& path, std::string_view text);
+// Appends in text mode, to what a link of that name leads to.
 bool append_text(const std::wstring& path, std::string_view text);
 
 // --- Time and identity -----------------------------------------------------------------------------------------------

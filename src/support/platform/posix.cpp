@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "support/platform/detail.h"
+#include "support/platform/unfinished_files.h"
 
 namespace traguardo::platform {
 
@@ -117,10 +118,12 @@ File File::create_unnamed(const std::wstring& folder) {
   // Some file systems have no files without a name: one that nobody has is taken and given up at once.
   constexpr int kTries = 16;
   for (int i = 0; descriptor < 0 && i < kTries && errno != ENOENT && errno != EACCES && errno != EROFS; ++i) {
-    const std::string path =
-        host_bytes_from_path(path_in_folder(widen_bytes(where), L"." + widen_bytes(unique_token()) + L".tmp"));
-    descriptor = open_descriptor(path, O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0600);
-    if (descriptor >= 0) ::unlink(path.c_str());
+    const std::wstring path = path_in_folder(widen_bytes(where), L"." + widen_bytes(unique_token()) + L".tmp");
+    const UnfinishedFile mark(path);
+    descriptor = open_descriptor(host_bytes_from_path(path), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0600);
+    const int code = errno;
+    if (descriptor >= 0) ::unlink(host_bytes_from_path(path).c_str());
+    errno = code;
   }
   if (descriptor < 0) failed();
   file.handle_ = descriptor < 0 ? kNone : descriptor;
@@ -176,34 +179,16 @@ bool file_exists(const std::wstring& path) {
   return ::stat(host_bytes_from_path(path).c_str(), &info) == 0;
 }
 
+bool is_same_file(const std::wstring& a, const std::wstring& b) {
+  struct stat one;
+  struct stat other;
+  return ::stat(host_bytes_from_path(a).c_str(), &one) == 0 && ::stat(host_bytes_from_path(b).c_str(), &other) == 0 &&
+         one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
 bool delete_file(const std::wstring& path) {
   if (!detail::may_go_on(Operation::kDelete)) return false;
   return ::unlink(host_bytes_from_path(path).c_str()) == 0 || failed();
-}
-
-bool copy_file(const std::wstring& from, const std::wstring& to) {
-  const File source = File::open(from, Access::kRead, Share::kRead, Creation::kMustExist);
-  if (!source) return false;
-  File target = File::open(to, Access::kReadWrite, Share::kRead, Creation::kCreateOrTruncate);
-  if (!target) return false;
-  std::string buffer(1U << 16, '\0');
-  u64 offset = 0;
-  for (;;) {
-    const std::size_t got = source.read_at(offset, buffer.data(), buffer.size());
-    if (got == 0) break;
-    if (!target.write_at(offset, buffer.data(), got)) {
-      target.close();
-      delete_file(to);
-      return false;
-    }
-    offset += got;
-  }
-  // A read error looks like an early end.
-  u64 size = 0;
-  if (source.size(&size) && offset >= size) return true;
-  target.close();
-  delete_file(to);
-  return false;
 }
 
 bool rename_file(const std::wstring& from, const std::wstring& to) {

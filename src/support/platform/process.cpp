@@ -14,8 +14,12 @@
 #include <unistd.h>
 #endif
 
+#include <cerrno>
+#include <charconv>
 #include <cstdlib>
+#include <string_view>
 
+#include "support/platform/detail.h"
 #include "support/platform/platform.h"
 
 namespace traguardo::platform {
@@ -104,6 +108,19 @@ bool can_make_files_in(const std::wstring& folder) {
   return file != INVALID_HANDLE_VALUE && ::CloseHandle(file) != 0;
 }
 
+bool can_write_to(const std::wstring& path) {
+  constexpr int kWrite = 2;
+  return ::_waccess(path.c_str(), kWrite) == 0 || detail::fail_with(ERROR_ACCESS_DENIED);
+}
+
+int stream_number_of(const std::string&) {
+  return -1;
+}
+
+std::FILE* open_numbered_stream(int) {
+  return nullptr;
+}
+
 #else
 
 void occupy_standard_streams() {
@@ -158,6 +175,30 @@ std::wstring user_configuration_folder() {
 
 bool can_make_files_in(const std::wstring& folder) {
   return ::access(folder.empty() ? "." : host_bytes_from_path(folder).c_str(), W_OK | X_OK) == 0;
+}
+
+bool can_write_to(const std::wstring& path) {
+  return ::access(host_bytes_from_path(path).c_str(), W_OK) == 0 || detail::fail_with(static_cast<u32>(errno));
+}
+
+int stream_number_of(const std::string& path) {
+  constexpr const char* kNames[] = {"/dev/stdin", "/dev/stdout", "/dev/stderr"};
+  for (int number = 0; number < 3; ++number) {
+    if (path == kNames[number]) return number;
+  }
+  for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"}) {
+    if (!path.starts_with(folder)) continue;
+    int number = -1;
+    const char* const end = path.data() + path.size();
+    const auto result = std::from_chars(path.data() + folder.size(), end, number);
+    if (result.ec == std::errc{} && result.ptr == end) return number;
+  }
+  return -1;
+}
+
+std::FILE* open_numbered_stream(int number) {
+  const int descriptor = ::fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  return descriptor < 0 ? nullptr : ::fdopen(descriptor, "wb");
 }
 
 #endif

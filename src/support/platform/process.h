@@ -39,5 +39,13 @@ std::wstring user_configuration_folder();
 
 // Whether new files can be made in a folder, as far as its permissions and those of its medium say.
 bool can_make_files_in(const std::wstring& folder);
+// The same for writing to a file that is there; false with last_error().
+bool can_write_to(const std::wstring& path);
+
+// Some paths stand for what a process has open already, as /dev/stdout and /dev/fd/3 do: the number of that, -1 for
+// other paths.
+int stream_number_of(const std::string& path);
+// A stream of its own to write to what has that number, at the place where that stands. Null with errno if nothing has.
+std::FILE* open_numbered_stream(int number);
 
 }  // namespace traguardo::platform

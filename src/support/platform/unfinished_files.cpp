@@ -18,8 +18,10 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <new>
 #include <random>
+#include <system_error>
 #include <utility>
 
 #include "support/platform/detail.h"
@@ -36,6 +38,9 @@ ProcessId this_process() noexcept {
   return ::GetCurrentProcessId();
 }
 PathText path_text(const std::wstring& path) {
+  return path;
+}
+std::wstring wide_text(const PathText& path) {
   return path;
 }
 void remove_now(const PathText& path) noexcept {
@@ -56,6 +61,9 @@ ProcessId this_process() noexcept {
 }
 PathText path_text(const std::wstring& path) {
   return host_bytes_from_path(path);
+}
+std::wstring wide_text(const PathText& path) {
+  return path_from_host_bytes(path);
 }
 void remove_now(const PathText& path) noexcept {
   if (::unlink(path.c_str()) != 0) ::rmdir(path.c_str());
@@ -202,10 +210,10 @@ void remove_if_dead(const std::wstring& path) {
 
 #else
 
-bool is_still_named(int descriptor, const std::string& path) {
+bool is_still_named(int descriptor, const std::string& path, mode_t kind) {
   struct stat open;
   struct stat named;
-  return ::fstat(descriptor, &open) == 0 && ::lstat(path.c_str(), &named) == 0 && S_ISREG(named.st_mode) &&
+  return ::fstat(descriptor, &open) == 0 && ::lstat(path.c_str(), &named) == 0 && (named.st_mode & S_IFMT) == kind &&
          open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
@@ -214,7 +222,8 @@ void remove_if_dead(const std::wstring& path) {
   const std::string bytes = host_bytes_from_path(path);
   const int descriptor = ::open(bytes.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
   if (descriptor < 0) return;
-  if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && is_still_named(descriptor, bytes)) ::unlink(bytes.c_str());
+  if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && is_still_named(descriptor, bytes, S_IFREG))
+    ::unlink(bytes.c_str());
   ::close(descriptor);
 }
 
@@ -230,14 +239,143 @@ void remove_dead_parts(const std::wstring& target) {
   }
 }
 
-}  // namespace
-
+// Digits that nobody guesses, for the name of a file in a folder that others write to.
 std::wstring random_token() {
   std::random_device random;
   std::wstring token;
   for (std::size_t i = 0; i < kTokenLength; ++i) token.push_back(kDigits[random() % kDigits.size()]);
   return token;
 }
+
+}  // namespace
+
+// --- Folders to work in ----------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::wstring_view kWorkFolder = L"traguardo-";
+
+std::filesystem::path file_system_path(const std::wstring& path) {
+  return path_text(path);
+}
+
+}  // namespace
+
+bool WorkFolder::begin(const std::wstring& place) {
+  std::error_code problem;
+  std::vector<std::wstring> found;
+  std::filesystem::directory_iterator entry(file_system_path(place), problem);
+  for (; !problem && entry != std::filesystem::directory_iterator(); entry.increment(problem)) {
+    const std::wstring name = wide_text(entry->path().filename().native());
+    if (name.starts_with(kWorkFolder) && is_token(std::wstring_view(name).substr(kWorkFolder.size()))) {
+      found.push_back(name);
+    }
+  }
+  for (const std::wstring& name : found) remove_if_dead(path_in_folder(place, name));
+  constexpr int kTries = 100;
+  for (int i = 0; i < kTries; ++i) {
+    if (begin_as(path_in_folder(place, std::wstring(kWorkFolder).append(random_token())))) return true;
+    if (last_error() != 0) return false;
+  }
+  return false;
+}
+
+void WorkFolder::expect(const std::wstring& name) {
+  marks_.emplace_back(path_in_folder(path_, name));
+}
+
+#ifdef _WIN32
+
+namespace {
+
+HANDLE open_folder(const std::wstring& path, DWORD shared) {
+  return ::CreateFileW(path.c_str(), FILE_LIST_DIRECTORY, shared, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS,
+                       nullptr);
+}
+
+}  // namespace
+
+WorkFolder::~WorkFolder() {
+  if (life_ != -1) ::CloseHandle(reinterpret_cast<HANDLE>(life_));
+  std::error_code ignored;
+  if (!path_.empty()) std::filesystem::remove_all(file_system_path(path_), ignored);
+}
+
+bool WorkFolder::begin_as(const std::wstring& path) {
+  marks_.emplace_back(path);
+  if (::CreateDirectoryW(path.c_str(), nullptr) == 0) {
+    const u32 code = ::GetLastError();
+    marks_.clear();
+    return detail::fail_with(code == ERROR_ALREADY_EXISTS ? 0 : code);
+  }
+  path_ = path;
+  const HANDLE life = open_folder(path, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
+  if (life != INVALID_HANDLE_VALUE) life_ = reinterpret_cast<std::intptr_t>(life);
+  return true;
+}
+
+// Nobody opens it alone while a living process has it.
+void WorkFolder::remove_if_dead(const std::wstring& path) {
+  const HANDLE folder = open_folder(path, 0);
+  if (folder == INVALID_HANDLE_VALUE) return;
+  ::CloseHandle(folder);
+  std::error_code ignored;
+  std::filesystem::remove_all(file_system_path(path), ignored);
+}
+
+#else
+
+namespace {
+
+int open_folder(const std::string& path) {
+  return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+}
+
+}  // namespace
+
+WorkFolder::~WorkFolder() {
+  std::error_code ignored;
+  if (!path_.empty()) std::filesystem::remove_all(file_system_path(path_), ignored);
+  if (life_ >= 0) ::close(static_cast<int>(life_));
+}
+
+bool WorkFolder::begin_as(const std::wstring& path) {
+  const std::string bytes = host_bytes_from_path(path);
+  marks_.emplace_back(path);
+  if (::mkdir(bytes.c_str(), 0700) != 0) {
+    const u32 code = static_cast<u32>(errno);
+    marks_.clear();
+    return detail::fail_with(code == EEXIST ? 0 : code);
+  }
+  life_ = open_folder(bytes);
+  // Where folders can't be locked nobody takes one for dead. Who looks for dead ones may have come between.
+  const bool has_rival = life_ >= 0 && ::flock(static_cast<int>(life_), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  if (life_ >= 0 && !has_rival && is_still_named(static_cast<int>(life_), bytes, S_IFDIR)) {
+    path_ = path;
+    return true;
+  }
+  if (life_ >= 0) ::close(static_cast<int>(std::exchange(life_, -1)));
+  marks_.clear();
+  return detail::fail_with(0);
+}
+
+// A lock dies with its process. What others own is theirs to remove, also for the superuser.
+void WorkFolder::remove_if_dead(const std::wstring& path) {
+  const std::string bytes = host_bytes_from_path(path);
+  const int descriptor = open_folder(bytes);
+  if (descriptor < 0) return;
+  struct stat folder;
+  const bool is_own = ::fstat(descriptor, &folder) == 0 && folder.st_uid == ::geteuid();
+  if (is_own && ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && is_still_named(descriptor, bytes, S_IFDIR)) {
+    std::error_code ignored;
+    std::filesystem::remove_all(file_system_path(path), ignored);
+  }
+  ::close(descriptor);
+}
+
+#endif
+
+// --- One file --------------------------------------------------------------------------------------------------------
 
 bool PartFile::write(const void* bytes, std::size_t count) {
   if (!detail::may_go_on(Operation::kWrite) || !detail::disk_takes(count)) return false;
@@ -316,7 +454,7 @@ bool PartFile::begin_as(const std::wstring& path) {
   }
   // Whoever looks for dead parts may have come between; a file system without locks has nobody who would.
   const bool has_rival = ::flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-  if (has_rival || !is_still_named(descriptor, bytes)) {
+  if (has_rival || !is_still_named(descriptor, bytes, S_IFREG)) {
     ::close(descriptor);
     give_up();
     return detail::fail_with(0);

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 namespace traguardo::platform {
 
@@ -36,9 +37,6 @@ void remove_all_unfinished() noexcept;
 // SIGQUIT, SIGPIPE, SIGTERM; the console's events on Windows) removes what is unfinished first and ends it with status
 // 128 + its number. Signals that were ignored stay so. A file that gets too long is a failed write.
 void remove_unfinished_when_killed();
-
-// Sixteen digits that nobody guesses, for the name of a file in a folder that others write to.
-std::wstring random_token();
 
 // A file on its way to its name: written beside its place, brought there when it is whole.
 class PartFile {
@@ -74,6 +72,30 @@ class PartFile {
   UnfinishedFile mark_;
   std::FILE* stream_ = nullptr;
   std::intptr_t life_ = -1;  // tells others, until the rename is done, that somebody is at work
+};
+
+// A folder that nobody else works in and that goes with this object, with all that is in it.
+class WorkFolder {
+ public:
+  WorkFolder() = default;
+  WorkFolder(const WorkFolder&) = delete;
+  WorkFolder& operator=(const WorkFolder&) = delete;
+  ~WorkFolder();
+
+  // Removes what dead processes left in `place`, and makes one there. False on failure, with last_error().
+  bool begin(const std::wstring& place);
+  const std::wstring& path() const { return path_; }
+  // What will be made in it, as a path below it: an outer folder before what is in it.
+  void expect(const std::wstring& name);
+
+ private:
+  bool begin_as(const std::wstring& path);
+  // Where `path` is a folder of a process that died, it goes.
+  static void remove_if_dead(const std::wstring& path);
+
+  std::wstring path_;
+  std::vector<UnfinishedFile> marks_;
+  std::intptr_t life_ = -1;  // tells others that somebody is at work
 };
 
 }  // namespace traguardo::platform

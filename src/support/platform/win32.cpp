@@ -33,6 +33,18 @@ bool is_folder(const std::wstring& path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
+// False where nothing has that name.
+bool identify(const std::wstring& path, BY_HANDLE_FILE_INFORMATION* identity) {
+  constexpr DWORD kEverybody = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  // Folders open with that flag only.
+  const HANDLE file =
+      CreateFileW(path.c_str(), 0, kEverybody, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  const bool good = GetFileInformationByHandle(file, identity) != 0;
+  CloseHandle(file);
+  return good;
+}
+
 OVERLAPPED position(u64 offset) {
   OVERLAPPED at{};
   at.Offset = static_cast<DWORD>(offset & 0xFFFFFFFF);
@@ -197,13 +209,16 @@ bool file_exists(const std::wstring& path) {
   return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
+bool is_same_file(const std::wstring& a, const std::wstring& b) {
+  BY_HANDLE_FILE_INFORMATION one;
+  BY_HANDLE_FILE_INFORMATION other;
+  return identify(a, &one) && identify(b, &other) && one.dwVolumeSerialNumber == other.dwVolumeSerialNumber &&
+         one.nFileIndexHigh == other.nFileIndexHigh && one.nFileIndexLow == other.nFileIndexLow;
+}
+
 bool delete_file(const std::wstring& path) {
   if (!detail::may_go_on(Operation::kDelete)) return false;
   return DeleteFileW(path.c_str()) || failed();
-}
-
-bool copy_file(const std::wstring& from, const std::wstring& to) {
-  return CopyFileW(from.c_str(), to.c_str(), FALSE) || failed();
 }
 
 bool rename_file(const std::wstring& from, const std::wstring& to) {
