@@ -144,10 +144,11 @@ void Command::calls(std::function<void()> work) {
 }
 
 std::string help_text(CLI::App& app, const std::string& command) {
-  if (command.empty()) return app.help();
-  const CLI::App* const named = app.get_subcommand_no_throw(command);
-  if (named == nullptr) throw CLI::ValidationError("COMMAND", "there is no " + command);
-  return named->help(app.get_name());
+  // Its own help() would be that of the command that asks.
+  if (command.empty()) return app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
+  const auto named = app.get_subcommands([&command](const CLI::App* one) { return one->get_name() == command; });
+  if (named.empty()) throw CLI::ValidationError("COMMAND", "there is no " + command);
+  return named.front()->help(app.get_name());
 }
 
 namespace {

@@ -27,7 +27,7 @@ struct SimulateOptions {
   simulator::SimulationOptions session;
   std::vector<std::string> slow_corners;  // CORNER=PERCENT
   std::uint64_t circuit = 0;
-  std::string truth;                      // file for how the car really went; empty: none
+  std::string truth;  // file for how the car really went; empty: none
 };
 
 std::optional<simulator::SlowCorner> slow_corner(const std::string& text) {
@@ -123,8 +123,9 @@ void add_simulate_command(CLI::App& app, int& /*status*/) {
       .one_of({"mixed", "single", "block", "group"})
       .shows_default();
   const Option circuit = command.add("--circuit", options->circuit, "Seed of the circuit (default: that of --seed)");
-  command.add("--slow", options->slow_corners,
-              "CORNER=PERCENT: the driver is slower in this corner, counted from 1; may be repeated")
+  command
+      .add("--slow", options->slow_corners,
+           "CORNER=PERCENT: the driver is slower in this corner, counted from 1; may be repeated")
       .check(reason_not_a_slow_corner);
   command.add("--fuel", session.fuel_kg, "Kilograms of fuel at the start, which slow the car less from lap to lap");
   command.add("--truth", options->truth, "File to write as JSON: when the car really was where in each lap (.qlt)");

@@ -110,10 +110,7 @@ class SessionWriter {
 };
 
 SessionWriter::SessionWriter(const SimulationOptions& options, const Circuit& circuit, StreamWriter& stream)
-    : options_(options),
-      stream_(stream),
-      car_(circuit, options),
-      receiver_(options) {
+    : options_(options), stream_(stream), car_(circuit, options), receiver_(options) {
   for (PlannedChannel& plan : plan_channels(options)) {
     RunningChannel channel;
     channel.index = static_cast<std::uint16_t>(channels_.size() + 1);
@@ -380,8 +377,8 @@ std::vector<Damage> choose_damage(std::uint64_t count, std::uint64_t begin, std:
 
 void simulate(const SimulationOptions& options, const std::string& path, SimulationSummary* summary) {
   check(options);
-  const Circuit circuit =
-      options.circle_radius_m > 0 ? Circuit::circle(options.circle_radius_m) : Circuit::winding(options.circuit.value_or(options.seed));
+  const Circuit circuit = options.circle_radius_m > 0 ? Circuit::circle(options.circle_radius_m)
+                                                      : Circuit::winding(options.circuit.value_or(options.seed));
   if (is_legacy(options, path)) {
     if (options.keep_truth) throw tool::Failure("the truth is told of .qlt and .qlc sessions alone");
     const SimulationSummary written = write_wmp_session(options, circuit, path);

@@ -36,15 +36,15 @@ struct SlowCorner {
 
 struct SimulationOptions {
   SessionFormat format = SessionFormat::by_name;
-  int laps = 5;            // marks that close a lap, 1 to 30,000
-  int channels = 0;        // channels that a host sees, up to 60,000; 0 for the usual set
-  std::uint64_t seed = 1;  // the same seed gives the same file
+  int laps = 5;                          // marks that close a lap, 1 to 30,000
+  int channels = 0;                      // channels that a host sees, up to 60,000; 0 for the usual set
+  std::uint64_t seed = 1;                // the same seed gives the same file
   std::optional<std::uint64_t> circuit;  // seed of the circuit, apart from the driver's; usually the same
   std::vector<SlowCorner> slow_corners;
   double fuel_kg = 0;  // at the start; it makes the car slow, and less so from lap to lap
   bool keep_truth = false;
-  double minutes = 0;      // length of the session, up to 60,000; 0: as long as the laps take. Above 0 laps don't count
-  int damage = 0;          // places behind the channel table where a byte is changed, lost or added; in a .wmp changed
+  double minutes = 0;  // length of the session, up to 60,000; 0: as long as the laps take. Above 0 laps don't count
+  int damage = 0;      // places behind the channel table where a byte is changed, lost or added; in a .wmp changed
   FrameMix frames = FrameMix::mixed;
   int rate_hz = 0;             // one rate for every channel, a divisor of 1000; 0: each channel its own
   double latitude_deg = 44.5;  // the start line
@@ -69,10 +69,11 @@ struct SimulatedChannel {
 // How the car really went, without any sensor between.
 struct DrivenTruth {
   static constexpr int kStepSegments = 10;
-  double length_m = 0;                        // of a lap
+  double length_m = 0;  // of a lap
   double step_m = 0;
-  std::vector<double> apexes_m;               // of the corners, from the line
-  std::vector<std::vector<double>> laps_s;    // of each lap that was driven to its end: moments since its start, a step apart
+  std::vector<double> apexes_m;  // of the corners, from the line
+  std::vector<std::vector<double>>
+      laps_s;  // of each lap that was driven to its end: moments since its start, a step apart
 };
 
 // What the undamaged file holds.

@@ -57,10 +57,7 @@ class Recorder {
 };
 
 Recorder::Recorder(const SimulationOptions& options, const Circuit& circuit, std::span<const WmpChannel> logged)
-    : options_(options),
-      logged_(logged),
-      car_(circuit, options),
-      receiver_(options) {
+    : options_(options), logged_(logged), car_(circuit, options), receiver_(options) {
   recording_.samples.resize(logged.size());
   for (std::size_t i = 0; i < logged.size(); ++i) {
     noise_.emplace_back(options.seed * 1000003u + i + 1);
