@@ -18,6 +18,7 @@ export interface Frame {
   box: Box;
   low: number; // values at the lower and the upper edge
   high: number;
+  isMoving: boolean; // seen for a moment: minimum and maximum of columns by turns
 }
 
 // The times at which the columns of a view begin, and the end of the last one. They are the same for all channels.
@@ -99,7 +100,7 @@ function columnByColumn(channel: Channel, frame: Frame, times: Float64Array, fro
       const high = y(channel.number(found[1]));
       if (isOpen) path.lineTo(x, isRising ? low : high);
       else path.moveTo(x, isRising ? low : high);
-      path.lineTo(x, isRising ? high : low);
+      if (!frame.isMoving) path.lineTo(x, isRising ? high : low);
       isRising = !isRising;
       isOpen = true;
     } else {

@@ -151,7 +151,8 @@ class Plot {
   private drawLines(): void {
     const { state } = this.plots;
     const { ctx, bbox } = this.plot;
-    const frame: Frame = { axis: state.axis, view: state.view, box: bbox, low: this.low, high: this.high };
+    const { isMoving } = this.plots;
+    const frame: Frame = { axis: state.axis, view: state.view, box: bbox, low: this.low, high: this.high, isMoving };
     ctx.save();
     ctx.beginPath();
     ctx.rect(bbox.left, bbox.top, bbox.width, bbox.height);
@@ -212,7 +213,7 @@ export class Plots {
   private readonly behind = new Map<Trace, Float64Array>();
   private readonly sight: IntersectionObserver;
   private isWaiting = false;
-  private isMoving = false;
+  isMoving = false;
   private stillTimer = 0;
 
   constructor(
