@@ -7,10 +7,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
-#include <filesystem>
 
 #include "failure.h"
 #include "lap_choice.h"
+#include "paths.h"
 #include "speed.h"
 #include "text.h"
 
@@ -96,7 +96,7 @@ void choose_speed(PageFile* file, const PageOptions& options, Wish* wish) {
 // Files of one name are told apart by their paths.
 void name_files(std::vector<PageFile>* files) {
   for (PageFile& file : *files) {
-    file.name = to_utf8(std::filesystem::path(file.session->path()).filename().string());
+    file.name = to_utf8(bytes_of(path_of(file.session->path()).filename()));
   }
   std::vector<std::string> names;
   for (const PageFile& file : *files) names.push_back(file.name);
