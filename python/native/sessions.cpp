@@ -133,7 +133,7 @@ int tg_lap_finished(int handle, int lap) {
   const int finished = traguardo::with_file(handle, [&](const SFileQLT& file) {
     const traguardo::SRkLap* found = nullptr;
     return static_cast<int>(traguardo::find_lap(file, lap, &found) == traguardo::LapLookup::kFound &&
-                            found->lap_number != 0);
+                            found->lap_number != 0 && found->counts);
   });
   return static_cast<int>(finished == 1);
 }

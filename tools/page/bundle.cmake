@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # page_shell: the source with the session page's script and style, and whether it has any. Node makes it of page/ where it has its packages
 # (scripts/setup.sh bundle); else the tool is built without, and says so when it is asked for a page.
 find_program(TRAGUARDO_NODE NAMES node nodejs)
