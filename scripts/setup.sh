@@ -24,7 +24,7 @@ install_from_npm() {
 packages_of() {
   case "$1" in
     build) echo "g++ cmake ninja-build zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev" ;;
-    test) echo "python3 libgtest-dev libgmock-dev googletest libbenchmark-dev libgeographiclib-dev gpsbabel" ;;
+    test) echo "python3 libgtest-dev libgmock-dev googletest libbenchmark-dev gpsbabel" ;;
     python)
       echo "python3 python3-numpy python3-pandas python3-h5py python3-scipy python3-dask python3-distributed" \
         "python3-matplotlib python3-pytest mypy python3-pip python3-setuptools python3-wheel python3-venv"

@@ -10,11 +10,6 @@
 #include "geodesy/haversine.h"
 #include "helpers/gps_records.h"
 
-#if __has_include(<GeographicLib/Geocentric.hpp>)
-#include <GeographicLib/Geocentric.hpp>
-#define TRAGUARDO_HAS_GEOGRAPHICLIB
-#endif
-
 namespace traguardo {
 namespace {
 
@@ -69,38 +64,17 @@ const Accuracy kAccuracies[] = {
     {"one step", geodetic_in_one_step, 4.3e-8, 0.0056},
 };
 
-void expect_within(const WorstError& worst, const Accuracy& accuracy) {
-  EXPECT_LT(worst.latitude, accuracy.degrees) << accuracy.name;
-  EXPECT_LT(worst.longitude, 1e-8) << accuracy.name;
-  EXPECT_LT(worst.height, accuracy.metres) << accuracy.name;
-}
-
 TEST(Geodesy, KeepsItsAccuracyAtAllLatitudesFrom1KmBelowTo10KmAboveTheEllipsoid) {
   for (const Accuracy& accuracy : kAccuracies) {
     WorstError worst;
     for (const Place& place : places_between(-1000.0, 10000.0)) {
       worst.take(place, accuracy.conversion(test::gps_position(place.latitude, place.longitude, place.height)));
     }
-    expect_within(worst, accuracy);
+    EXPECT_LT(worst.latitude, accuracy.degrees) << accuracy.name;
+    EXPECT_LT(worst.longitude, 1e-8) << accuracy.name;
+    EXPECT_LT(worst.height, accuracy.metres) << accuracy.name;
   }
 }
-
-#ifdef TRAGUARDO_HAS_GEOGRAPHICLIB
-TEST(Geodesy, AgreesWithGeographicLib) {
-  const GeographicLib::Geocentric& earth = GeographicLib::Geocentric::WGS84();
-  for (const Accuracy& accuracy : kAccuracies) {
-    WorstError worst;
-    for (const Place& place : places_between(-1000.0, 10000.0)) {
-      Ecef position;
-      earth.Forward(place.latitude, place.longitude, place.height, position.x, position.y, position.z);
-      Place truth{};
-      earth.Reverse(position.x, position.y, position.z, truth.latitude, truth.longitude, truth.height);
-      worst.take(truth, accuracy.conversion(position));
-    }
-    expect_within(worst, accuracy);
-  }
-}
-#endif
 
 struct SpecialPlace {
   const char* name;
