@@ -25,6 +25,7 @@ if(WIN32)
     _WIN32_WINNT=0x0601 __USE_MINGW_ANSI_STDIO=1)
   target_link_options(traguardo_flags INTERFACE -static)
 endif()
+include(cmake/hardening.cmake)
 
 function(traguardo_room name)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${name}/*.cpp)
