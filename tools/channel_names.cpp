@@ -98,6 +98,7 @@ std::vector<std::size_t> named(const std::string& wanted, const std::vector<std:
   }
   if (places.size() > 1) {
     std::vector<std::string> fitting;
+    fitting.reserve(places.size());
     for (const std::size_t place : places) fitting.push_back(names[place]);
     refuse_several(wanted, fitting, where);
   }
@@ -111,6 +112,7 @@ void refuse_several(const std::string& wanted, const std::vector<std::string>& f
 std::string question_about_names(const std::string& wanted, const std::vector<std::string>& names) {
   constexpr std::size_t kMost = 3;
   std::vector<std::pair<std::size_t, std::string>> near;
+  near.reserve(names.size());
   for (const std::string& name : names) near.emplace_back(how_far(folded(wanted), folded(name)), name);
   std::stable_sort(near.begin(), near.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   const bool is_likely = !near.empty() && near.front().first < kFar;

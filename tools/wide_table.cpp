@@ -66,6 +66,7 @@ struct Stretch {
 
 std::vector<Stretch> stretches_of(const Session& session, const std::vector<Lap>& laps) {
   std::vector<Stretch> stretches;
+  stretches.reserve(laps.size() + 1);
   for (const Lap& lap : laps) {
     stretches.push_back({lap.number, to_us(lap.start_s), to_us(lap.start_s + lap.duration_s)});
   }
