@@ -79,7 +79,7 @@ std::string for_zsh(const std::vector<DescribedCommand>& commands) {
                                 : option.choices.empty() ? ":value:_default"
                                                          : fmt::format(":value:({})", fmt::join(option.choices, " "));
       for (const std::string& name : option.names) {
-        cases += fmt::format(" \\\n      {}", quoted("*" + name + "[" + zsh_text(option.help) + "]" + value));
+        cases += fmt::format(" \\\n      {}", quoted(fmt::format("*{}[{}]{}", name, zsh_text(option.help), value)));
       }
     }
     cases += " \\\n      '*:file:_files' ;;\n";

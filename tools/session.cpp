@@ -102,6 +102,7 @@ Channel channel_of(ChannelKind kind, int index, const char* name, const char* un
 
 std::vector<std::string> names_of(const std::vector<Channel>& channels) {
   std::vector<std::string> names;
+  names.reserve(channels.size());
   for (const Channel& channel : channels) names.push_back(channel.name);
   return names;
 }
