@@ -23,7 +23,8 @@ endif()
 if(WIN32)
   target_compile_definitions(traguardo_flags INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
     _WIN32_WINNT=0x0601 __USE_MINGW_ANSI_STDIO=1)
-  target_link_options(traguardo_flags INTERFACE -static)
+  # No time of linking in what is packed: packages of one commit are equal.
+  target_link_options(traguardo_flags INTERFACE -static -Wl,--no-insert-timestamp)
 endif()
 include(cmake/hardening.cmake)
 

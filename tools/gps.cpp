@@ -12,6 +12,7 @@
 #include "command.h"
 #include "failure.h"
 #include "json_output.h"
+#include "lap_choice.h"
 #include "print_out.h"
 #include "session.h"
 #include "table.h"
@@ -24,6 +25,7 @@ namespace {
 
 struct GpsOptions {
   std::string file;
+  std::string lap;  // as people name laps; empty: the whole file
   bool json = false;
 };
 
@@ -94,13 +96,17 @@ double quality_cm(Session& session, const std::vector<TrackPoint>& track) {
 
 void show_gps(const GpsOptions& options) {
   Session session(options.file);
-  const std::vector<TrackPoint> track = read_track(session, {});
+  std::vector<Lap> laps;
+  if (!options.lap.empty()) laps = chosen_laps(session, options.lap);
+  const std::vector<TrackPoint> track = read_track(session, laps);
   if (track.empty()) throw Failure(fmt::format("no GPS track in {}", session.path()));
   const double quality = quality_cm(session, track);
   const double distance_m = length_of(track);
   const Box box = bounding_box(track);
   const std::vector<Channel>& derived = session.gps_channels();
-  const std::uint64_t samples = derived.empty() ? 0 : session.sample_count(derived.front(), std::nullopt);
+  std::uint64_t samples = 0;
+  if (laps.empty() && !derived.empty()) samples = session.sample_count(derived.front(), std::nullopt);
+  for (const Lap& lap : laps) samples += derived.empty() ? 0 : session.sample_count(derived.front(), lap.index());
 
   if (options.json) {
     Json json;
@@ -133,7 +139,12 @@ void show_gps(const GpsOptions& options) {
 }  // namespace
 
 void add_gps_command(CLI::App& app, int& /*status*/) {
-  add_plain_command<GpsOptions>(app, "gps", "Show quality, distance and bounds of the GPS track", show_gps);
+  Command command(app, "gps", "Show quality, distance and bounds of the GPS track");
+  const auto options = std::make_shared<GpsOptions>();
+  command.add_file(options->file);
+  command.add_lap(options->lap);
+  command.add_json(options->json);
+  command.calls([options] { show_gps(*options); });
 }
 
 }  // namespace traguardo::tool
