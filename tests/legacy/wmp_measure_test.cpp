@@ -96,7 +96,7 @@ TEST(Measure, RewritesOldUnitFields) {
       // What is shown is the unit of the new field, not that of the old one.
       {"a hidden one as well", 3004, 253, old_201, "\t04052" + nuls, "g"},
       {"only where the record says so", 3001, 0, old_201, old_201 + nuls.substr(3), "km/h"},
-      {"600 by number", 600, 1, old_800_3, "\t08003" + nuls, ""},
+      {"600 by number", 600, 1, old_800_3, "\t08003" + nuls, "#"},
   };
   for (const Case& one : cases) {
     SCOPED_TRACE(one.what);

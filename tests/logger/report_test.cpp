@@ -261,7 +261,7 @@ TEST(Report, EndsItsLinesAsThePlatformDoes) {
 TEST(Report, ListsNoChannelAtAPlaceThatHadNone) {
   const Bytes lists = test::acd(6, 103, {1, 2}) + test::grp(5, {2, 1});
   ParsedSession session(test::cnf({{1, "first"}}, lists) + test::cnf({{1, "again"}, {2, "late"}}) +
-                            frame('A', 20, 6, Bytes{2, 0, 3, 0}) + frame('G', 30, 5, Bytes{4, 0}) + test::tail(),
+                            frame('A', 20, 6, Bytes{2, 0}) + frame('G', 30, 5, Bytes{4, 0}) + test::tail(),
                         kGpsSamples);
   const std::string report = report_of(session);
   const std::string rows = report.substr(report.find("AcquisDescs"));
