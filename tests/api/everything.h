@@ -32,22 +32,35 @@ auto in_library(Call&& call) {
   return result;
 }
 
+// How much of a file is asked for.
+struct Limits {
+  int laps = 1'000'000;
+  int channels = 1'000'000;
+  int samples = 1'000'000;
+};
+
 class Everything {
  public:
   // Opens, asks everything and closes. REQUIRES nothing: a failed open is the only answer then.
-  static std::vector<Answer> of(const std::string& path) {
-    Everything run;
+  static std::vector<Answer> of(const std::string& path, const Limits& limits = {}) {
+    Everything run(limits);
     const int handle = in_library([&] { return open_file(path.c_str()); });
     // Handles differ from run to run.
     run.note("open_file", std::min(handle, 1));
     if (handle > 0) {
       run.ask(handle);
-      run.note("close_file_i", in_library([&] { return close_file_i(handle); }) == handle ? 1 : 0);
+      const int closed = in_library([&] { return close_file_n(path.c_str()); });
+      run.note("close_file_n", closed == handle ? 1 : closed);
+      // A name takes memory; a handle takes none.
+      const int again = in_library([&] { return close_file_i(handle); });
+      run.note("close_file_i", again == handle && closed != handle ? -1 : again);
     }
     return std::move(run.answers_);
   }
 
  private:
+  explicit Everything(const Limits& limits) : limits_(limits) {}
+
   void note(std::string call, int result, std::string bytes = {}) {
     answers_.push_back({std::move(call), result, std::move(bytes), false});
   }
@@ -71,7 +84,7 @@ class Everything {
   template <typename Counting, typename Filling>
   void samples(const std::string& call, Counting&& count_them, Filling&& fill) {
     const int count = number(call + " count", count_them);
-    if (count <= 0 || count > 1'000'000) return;
+    if (count <= 0 || count > limits_.samples) return;
     std::vector<double> both(static_cast<std::size_t>(count) * 2, -1.0);
     const int written = in_library([&] { return fill(both.data(), both.data() + count, count); });
     std::string bytes(both.size() * sizeof(double), '\0');
@@ -82,7 +95,7 @@ class Everything {
 
   void channels(const std::string& kind, int handle, int found, int laps, Count count, Fill fill, LapCount lap_count,
                 LapFill lap_fill) {
-    for (int i = 0; i < found; ++i) {
+    for (int i = 0; i < std::min(found, limits_.channels); ++i) {
       const std::string channel = kind + std::to_string(i);
       samples(
           channel, [&] { return count(handle, i); },
@@ -102,14 +115,16 @@ class Everything {
     text("championship", [&] { return get_championship_name(handle); });
     text("venue", [&] { return get_venue_type_name(handle); });
     answers_.push_back({"date", 0, "", in_library([&] { return get_date_and_time(handle); }) == nullptr});
-    const int laps = number("laps", [&] { return get_laps_count(handle); });
+    text("build date", get_library_date);
+    text("build time", get_library_time);
+    const int laps = std::min(number("laps", [&] { return get_laps_count(handle); }), limits_.laps);
     for (int lap = 0; lap < laps; ++lap) {
       double times[2] = {0, 0};
       const int result = in_library([&] { return get_lap_info(handle, lap, &times[0], &times[1]); });
       note("lap", result, result == 1 ? std::string(reinterpret_cast<const char*>(times), sizeof times) : "");
     }
     const int logged = number("channels", [&] { return get_channels_count(handle); });
-    for (int i = 0; i < logged; ++i) {
+    for (int i = -1; i <= std::min(logged, limits_.channels); ++i) {
       text("name", [&] { return get_channel_name(handle, i); });
       text("unit", [&] { return get_channel_units(handle, i); });
     }
@@ -127,6 +142,7 @@ class Everything {
              get_lap_GPS_raw_channel_samples_count, get_lap_GPS_raw_channel_samples);
   }
 
+  Limits limits_;
   std::vector<Answer> answers_;
 };
 

@@ -5,6 +5,15 @@
 
 #include <gtest/gtest.h>
 
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#endif
+
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
@@ -68,6 +77,49 @@ void operator delete[](void* block, std::size_t) noexcept {
   std::free(block);
 }
 
+#ifndef _WIN32
+
+namespace {
+
+// Of each of these calls every other one is interrupted, while that is wanted.
+enum Call { kOpenCall, kReadCall, kWriteAtCall, kWriteCall, kResizeCall, kCalls };
+std::atomic<bool> g_interrupts{false};
+std::atomic<int> g_calls[kCalls];
+
+bool is_interrupted(Call call) {
+  if (!g_interrupts || g_calls[call]++ % 2 == 1) return false;
+  errno = EINTR;
+  return true;
+}
+
+}  // namespace
+
+extern "C" {
+
+int open(const char* path, int flags, ...) {
+  va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, mode_t) : 0;
+  va_end(rest);
+  return is_interrupted(kOpenCall) ? -1 : static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+}
+ssize_t pread(int file, void* out, std::size_t count, off_t at) {
+  return is_interrupted(kReadCall) ? -1 : ::syscall(SYS_pread64, file, out, count, at);
+}
+ssize_t pwrite(int file, const void* bytes, std::size_t count, off_t at) {
+  return is_interrupted(kWriteAtCall) ? -1 : ::syscall(SYS_pwrite64, file, bytes, count, at);
+}
+ssize_t write(int file, const void* bytes, std::size_t count) {
+  return is_interrupted(kWriteCall) ? -1 : ::syscall(SYS_write, file, bytes, count);
+}
+int ftruncate(int file, off_t size) noexcept {
+  return is_interrupted(kResizeCall) ? -1 : static_cast<int>(::syscall(SYS_ftruncate, file, size));
+}
+
+}  // extern "C"
+
+#endif
+
 namespace traguardo {
 namespace {
 
@@ -100,7 +152,7 @@ std::string fault_in(const std::vector<Answer>& good, const std::vector<Answer>&
   return {};
 }
 
-class Faults : public ::testing::TestWithParam<const char*> {
+class Faults : public ::testing::TestWithParam<std::string> {
  protected:
   Faults() : path_(stored(folder_, GetParam())), before_(folder_.names()) {
     good_ = Everything::of(path_);
@@ -133,6 +185,7 @@ class Faults : public ::testing::TestWithParam<const char*> {
 
 TEST_P(Faults, OfTheDiskAreFailuresOrNone) {
   ASSERT_GT(good_.size(), 20U);
+  int faults = 0;
   for (int kind = 0; kind < platform::kOperations; ++kind) {
     for (u64 n = 0; n < 100'000; ++n) {
       remove_made();
@@ -141,8 +194,10 @@ TEST_P(Faults, OfTheDiskAreFailuresOrNone) {
       const bool came_to_fail = platform::let_nothing_fail();
       check("operation " + std::to_string(kind) + ", number " + std::to_string(n), found);
       if (!came_to_fail || HasFailure()) break;
+      ++faults;
     }
   }
+  RecordProperty("faults", faults);
   remove_made();
   EXPECT_EQ(Everything::of(path_), good_);
 }
@@ -156,14 +211,55 @@ TEST_P(Faults, OfTheMemoryAreFailuresOrNone) {
     g_allocations_left = kNever;
     check("allocation " + std::to_string(n), found);
     if (!g_an_allocation_failed || HasFailure()) break;
+    RecordProperty("faults", static_cast<int>(n) + 1);
   }
   remove_made();
   EXPECT_EQ(Everything::of(path_), good_);
 }
 
-INSTANTIATE_TEST_SUITE_P(Sessions, Faults,
-                         ::testing::Values("gps/gps_channel_packets.qlt", "logger/compressed_level6.qlc",
-                                           "legacy/random_9010.wmp"));
+#ifndef _WIN32
+
+TEST_P(Faults, OfInterruptedCallsAreNone) {
+  for (std::atomic<int>& calls : g_calls) calls = 0;
+  g_interrupts = true;
+  const std::vector<Answer> found = Everything::of(path_);
+  g_interrupts = false;
+  EXPECT_EQ(found, good_);
+  EXPECT_GT(g_calls[kOpenCall], 1);
+  EXPECT_GT(g_calls[kReadCall], 1);
+  EXPECT_GT(g_calls[kWriteAtCall] + g_calls[kWriteCall], 1);
+  EXPECT_EQ(g_calls[kWriteCall] > 1, path_.ends_with(".qlc"));
+}
+
+TEST(PlantedLinks, AtTheNameOfACopyAreNeverWrittenThrough) {
+  const TempFolder folder;
+  const std::string path = stored(folder, "legacy/random_9010.wmp");
+  const std::string elsewhere = folder.file("elsewhere");
+  std::filesystem::create_symlink(elsewhere, folder.path() / "random_9010.bak");
+  const int handle = open_file(path.c_str());
+  EXPECT_EQ(close_file_i(handle), handle);
+  EXPECT_FALSE(std::filesystem::exists(elsewhere));
+  EXPECT_EQ(folder.read("random_9010.bak"), folder.read("random_9010.wmp"));
+  EXPECT_FALSE(std::filesystem::is_symlink(folder.path() / "random_9010.bak"));
+}
+
+#endif
+
+// One of each kind; all that are stored where TRAGUARDO_ALL_SESSIONS is set.
+std::vector<std::string> sessions() {
+  std::vector<std::string> names = {"gps/random_9027.qlt", "logger/compressed_level6.qlc", "legacy/random_9010.wmp"};
+  if (std::getenv("TRAGUARDO_ALL_SESSIONS") == nullptr) return names;
+  names.clear();
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(TRAGUARDO_SESSIONS)) {
+    const std::filesystem::path name = entry.path().lexically_relative(TRAGUARDO_SESSIONS);
+    const std::string ending = name.extension().string();
+    if (ending == ".qlt" || ending == ".qlc" || ending == ".wmp") names.push_back(name.generic_string());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(Sessions, Faults, ::testing::ValuesIn(sessions()));
 
 }  // namespace
 }  // namespace traguardo

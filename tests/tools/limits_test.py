@@ -8,13 +8,22 @@ Each case runs a small host (this file again, over ctypes) in a process of its o
 import ctypes as ct
 import os
 import resource
+import shutil
+import struct
 import subprocess
 import sys
 import tempfile
+import threading
+import time
 import unittest
 from pathlib import Path
 
 LIBRARY = TOOL = None
+
+
+def tag(name, payload, version=1):
+    return b"<h%s%s%c>%s<%s%s>" % (name, struct.pack("<I", len(payload)), version, payload, name,
+                                    struct.pack("<H", sum(payload) & 0xFFFF))
 
 
 def load(library):
@@ -32,6 +41,15 @@ def host(library, path, mode):
     if mode == "memory":
         resource.setrlimit(resource.RLIMIT_DATA, (96 << 20, 96 << 20))
     lib = load(library)
+    if mode == "cut":
+        print(*open_while_it_is_cut(lib, path))
+        return
+    if mode == "bounded":
+        # Far above what is needed: seconds that tell a line from a square, and memory beside what Python has.
+        resource.setrlimit(resource.RLIMIT_CPU, (10, 10))
+        held = int(Path("/proc/self/statm").read_text().split()[5]) * resource.getpagesize()
+        room = held + 4 * os.path.getsize(path) + (16 << 20)
+        resource.setrlimit(resource.RLIMIT_DATA, (room, room))
     handle = lib.open_file(path.encode())
     samples = 0
     if handle > 0 and mode == "pause":
@@ -50,6 +68,36 @@ def host(library, path, mode):
     print(handle, samples, flush=True)
     if mode == "killed":
         os.kill(os.getpid(), 9)
+
+
+def open_while_it_is_cut(lib, whole):
+    """How many of 20 openings failed, and how many samples the others saw, which are those of a whole session or of
+    one that was cut before it was opened."""
+    path = os.path.join(os.path.dirname(whole), "a.qlt")
+
+    def opened(cut_after_s, source=whole):
+        shutil.copy(source, path)
+        cut = threading.Timer(cut_after_s, os.truncate, (path, 4096))
+        cut.start()
+        start = time.perf_counter()
+        handle = lib.open_file(path.encode())
+        duration = time.perf_counter() - start
+        samples = sum(lib.get_channel_samples_count(handle, c) for c in range(lib.get_channels_count(handle)))
+        lib.close_file_i(handle)
+        cut.cancel()
+        cut.join()
+        return handle, samples, duration
+
+    _, of_whole, duration = opened(60)
+    seen = [opened(duration * i / 20)[:2] for i in range(20)]
+    head = path + ".head"
+    shutil.copy(path, head)
+    os.truncate(head, 4096)
+    _, of_cut, _ = opened(60, head)
+    os.remove(head)
+    failed = [handle for handle, _ in seen].count(0)
+    good = all(handle == 0 or samples in (of_whole, of_cut) for handle, samples in seen)
+    return failed, of_whole if good else 0
 
 
 def run_host(path, mode="plain", check=True):
@@ -81,6 +129,16 @@ class Limits(unittest.TestCase):
         session = self.simulate(self.path / "long.qlt", "--minutes", "120", "--channels", "60")
         self.assertGreater(session.stat().st_size, 100 << 20)
         self.assertGreater(run_host(session, "memory")[0], 0)
+
+    def test_cost_is_bounded_by_the_file(self):
+        channels = b"".join(tag(b"CHS\0", struct.pack("<H10xI4xi8x32sIIIII28x", i, 0x10, 4, b"c%d" % i, 10000, 0, 2, 0, 0))
+                            for i in range(65536))
+        laps = b"".join(tag(b"LAP\0", struct.pack("<BBHiI16xI", 1, 0, i + 1, 1000, 0, 1000 * i), 2)
+                        for i in range(40000))
+        for name, content in ("channels.qlt", tag(b"CNF\0", channels)), ("laps.qlt", laps), ("zeros.qlt", bytes(1 << 26)):
+            (self.path / name).write_bytes(content)
+            handle, _ = run_host(self.path / name, "bounded")
+            self.assertEqual(handle > 0, name != "zeros.qlt", name)
 
     def test_a_full_disk_is_a_failed_open_that_leaves_nothing(self):
         room = self.path / "room"
@@ -127,6 +185,13 @@ class Limits(unittest.TestCase):
         out, _ = first.communicate("\n")
         self.assertEqual((first.returncode, int(out.split()[1])), (0, alone))
 
+    def test_a_session_that_is_cut_while_it_is_read_is_a_failed_open(self):
+        self.simulate(self.path / "whole.qlt", "--laps", "20")
+        failed, samples = run_host(self.path / "whole.qlt", "cut")
+        self.assertGreater(samples, 0)
+        self.assertEqual(sorted(p.name for p in self.path.iterdir()), ["a.qlt", "whole.qlt"])
+        print(f"{failed} of 20 cuts came while the session was read")
+
     def test_a_pipe_is_no_session(self):
         os.mkfifo(self.path / "a.qlt")
         self.assertEqual(run_host(self.path / "a.qlt")[0], 0)
@@ -137,4 +202,4 @@ if __name__ == "__main__":
         host(*sys.argv[2:])
     else:
         LIBRARY, TOOL = sys.argv[1], sys.argv[2]
-        unittest.main(argv=sys.argv[:1])
+        unittest.main(argv=sys.argv[:1]+sys.argv[3:])

@@ -140,7 +140,11 @@ bool File::size(u64* bytes) const {
 
 bool File::resize(u64 bytes) {
   if (!detail::may_go_on(Operation::kResize)) return false;
-  return ::ftruncate(static_cast<int>(handle_), static_cast<off_t>(bytes)) == 0 || failed();
+  int result;
+  do {
+    result = ::ftruncate(static_cast<int>(handle_), static_cast<off_t>(bytes));
+  } while (result != 0 && errno == EINTR);
+  return result == 0 || failed();
 }
 
 std::size_t File::read_bytes(u64 offset, void* out, std::size_t count) const {
@@ -171,7 +175,8 @@ bool File::write_bytes(u64 offset, const void* bytes, std::size_t count) {
 
 bool File::close() {
   if (handle_ == kNone) return true;
-  return ::close(static_cast<int>(std::exchange(handle_, kNone))) == 0 || failed();
+  // An interrupted close has closed.
+  return ::close(static_cast<int>(std::exchange(handle_, kNone))) == 0 || errno == EINTR || failed();
 }
 
 bool file_exists(const std::wstring& path) {
@@ -212,7 +217,9 @@ std::vector<std::wstring> list_files(const std::wstring& folder, std::wstring_vi
   struct Closer {
     void operator()(DIR* open) const { ::closedir(open); }
   };
-  const std::unique_ptr<DIR, Closer> stream(::opendir(path.empty() ? "." : path.c_str()));
+  const int descriptor = open_descriptor(path.empty() ? "." : path, O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0);
+  const std::unique_ptr<DIR, Closer> stream(descriptor < 0 ? nullptr : ::fdopendir(descriptor));
+  if (stream == nullptr && descriptor >= 0) ::close(descriptor);
   if (stream == nullptr) {
     failed();
     return names;

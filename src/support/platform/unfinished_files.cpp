@@ -378,9 +378,7 @@ void WorkFolder::remove_if_dead(const std::wstring& path) {
 // --- One file --------------------------------------------------------------------------------------------------------
 
 bool PartFile::write(const void* bytes, std::size_t count) {
-  if (!detail::may_go_on(Operation::kWrite) || !detail::disk_takes(count)) return false;
-  errno = 0;
-  return std::fwrite(bytes, 1, count, stream_) == count || detail::fail_with(static_cast<u32>(errno));
+  return detail::may_go_on(Operation::kWrite) && detail::disk_takes(count) && write_bytes(bytes, count);
 }
 
 bool PartFile::begin(const std::wstring& target) {
@@ -418,6 +416,11 @@ bool PartFile::begin_as(const std::wstring& path) {
   return stream_ != nullptr;
 }
 
+bool PartFile::write_bytes(const void* bytes, std::size_t count) {
+  errno = 0;
+  return std::fwrite(bytes, 1, count, stream_) == count || detail::fail_with(static_cast<u32>(errno));
+}
+
 bool PartFile::finish() {
   const bool good = std::fflush(stream_) == 0 && std::ferror(stream_) == 0;
   return std::fclose(std::exchange(stream_, nullptr)) == 0 && good;
@@ -445,7 +448,10 @@ bool PartFile::begin_as(const std::wstring& path) {
   const std::string& bytes = path_bytes_;
   path_ = path;
   mark_ = UnfinishedFile(path);
-  const int descriptor = ::open(bytes.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  int descriptor;
+  do {
+    descriptor = ::open(bytes.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  } while (descriptor < 0 && errno == EINTR);
   if (descriptor < 0) {
     const u32 code = static_cast<u32>(errno);
     path_.clear();
@@ -467,6 +473,19 @@ bool PartFile::begin_as(const std::wstring& path) {
   if (stream_ == nullptr) ::close(descriptor);
   give_up();
   return false;
+}
+
+// A stream would take an interrupted write for an error.
+bool PartFile::write_bytes(const void* bytes, std::size_t count) {
+  const char* at = static_cast<const char*>(bytes);
+  while (count > 0) {
+    const ssize_t put = ::write(::fileno(stream_), at, count);
+    if (put < 0 && errno == EINTR) continue;
+    if (put < 0) return failed();
+    at += put;
+    count -= static_cast<std::size_t>(put);
+  }
+  return true;
 }
 
 bool PartFile::finish() {

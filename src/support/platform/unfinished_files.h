@@ -50,7 +50,8 @@ class PartFile {
   // Removes what dead processes left of this target, and begins a file of its own beside it. False on failure, with
   // last_error().
   bool begin(const std::wstring& target);
-  // All or nothing, between begin() and finish(): false, with last_error(), if not every byte was taken.
+  // All or nothing, between begin() and finish(): false, with last_error(), if not every byte was taken. For files that
+  // nothing goes to through stream().
   bool write(const void* bytes, std::size_t count);
   // Null before begin() and behind finish().
   std::FILE* stream() const { return stream_; }
@@ -64,6 +65,7 @@ class PartFile {
 
  private:
   bool begin_as(const std::wstring& path);
+  bool write_bytes(const void* bytes, std::size_t count);
   void give_up();
 
   std::wstring target_;
