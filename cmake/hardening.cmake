@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What an attacker who finds a fault shall not get for nothing: flags for optimised builds, on traguardo_flags.
 # tests/api/check_hardening.py looks for their traces in the built files. Sanitizers have checks of their own, and
 # don't go with fortified calls.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # scripts/package.sh: a .deb for Debian, a zip for Windows, from what cmake --install would install. Nothing in them tells
 # when or by whom they were made: scripts/package.sh gives the time, the files belong to root.
 set(CPACK_PACKAGE_NAME traguardo)
