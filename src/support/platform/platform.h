@@ -98,8 +98,8 @@ bool file_exists(const std::wstring& path);
 // Whether both lead to one file or folder that is there: by what the system knows, through links of any kind.
 bool is_same_file(const std::wstring& a, const std::wstring& b);
 bool delete_file(const std::wstring& path);
-// Replaces `to` if it exists, in one step as write_whole_file does; where that is a link, the link and not what it leads
-// to.
+// Replaces `to` if it exists, in one step as write_whole_file does; where that is a link, the link and not what it
+// leads to.
 bool copy_file(const std::wstring& from, const std::wstring& to);
 // Replaces `to`, in one step where the file system can.
 bool rename_file(const std::wstring& from, const std::wstring& to);
