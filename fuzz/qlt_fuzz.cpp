@@ -1,33 +1,19 @@
 // SPDX-License-Identifier: MIT
 // A whole .qlt from the fuzzer's bytes: it must open or not, hand out what it has, and leave nothing behind.
 
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <string>
+#include "mutators.h"
+#include "whole_file.h"
 
-#include "read_everything.h"
+using namespace traguardo;
 
-namespace {
-
-const std::string& session_path() {
-  static const std::string path =
-      (std::filesystem::temp_directory_path() / ("traguardo-fuzz-" + std::to_string(std::rand()) + ".qlt")).string();
-  return path;
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t room, unsigned seed) {
+  return fuzz::mutate(data, size, room, seed, [room](const fuzz::Bytes& bytes, fuzz::Random& random) {
+    return fuzz::changed_tags(bytes, room, random);
+  });
 }
 
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  {
-    std::ofstream file(session_path(), std::ios::binary);
-    file.write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
-  }
-  const int handle = open_file(session_path().c_str());
-  if (handle > 0) {
-    read_everything(handle);
-    if (close_file_i(handle) != handle) std::abort();
-  }
-  std::filesystem::remove(session_path());
+  fuzz::read_everything(fuzz::folder().write("a.qlt", fuzz::Bytes(data, data + size)));
+  fuzz::check(fuzz::folder().names().size() == 1);
   return 0;
 }

@@ -22,6 +22,7 @@ constexpr std::size_t kLapExtensionSize = 122;
 constexpr std::size_t kRunSize = 4096;
 constexpr std::size_t kExtraSize = 64;
 constexpr std::size_t kAreaSize = 65536;
+constexpr std::size_t kLengthAt = 84;  // in the header
 
 std::uint32_t as_u32(std::size_t value) {
   return static_cast<std::uint32_t>(value);
@@ -240,7 +241,7 @@ void build_groups(const File& file, Writer* out) {
 }
 
 // Makes the sum in a group's head right for its records.
-void reseal(Bytes* bytes, std::size_t head_at, std::size_t size) {
+void reseal_group(Bytes* bytes, std::size_t head_at, std::size_t size) {
   const auto begin = bytes->begin() + static_cast<std::ptrdiff_t>(head_at + kHeadSize);
   put_u32(&bytes->at(head_at + 4), sum_of(Bytes(begin, begin + static_cast<std::ptrdiff_t>(size))));
 }
@@ -248,7 +249,6 @@ void reseal(Bytes* bytes, std::size_t head_at, std::size_t size) {
 }  // namespace
 
 Bytes build(const File& file, std::vector<Range>* samples) {
-  constexpr std::size_t kLengthAt = 84;
   Writer out(samples);
   if (file.has_groups()) {
     build_groups(file, &out);
@@ -283,11 +283,35 @@ std::size_t channel_group_at(std::size_t index) {
 }
 
 void reseal_first_group(Bytes* bytes) {
-  reseal(bytes, 0, kHeaderSize + kConfigurationSize);
+  reseal_group(bytes, 0, kHeaderSize + kConfigurationSize);
 }
 
 void reseal_channel(Bytes* bytes, std::size_t index) {
-  reseal(bytes, channel_group_at(index), kChannelSize + kChannelExtensionSize);
+  reseal_group(bytes, channel_group_at(index), kChannelSize + kChannelExtensionSize);
+}
+
+void reseal(Bytes* bytes) {
+  constexpr std::size_t kVersionAt = 2;
+  if (bytes->size() < kHeadSize + kHeaderSize + kConfigurationSize) return;
+  const auto u16_at = [bytes](std::size_t at) {
+    return std::size_t{bytes->at(at)} | std::size_t{bytes->at(at + 1)} << 8;
+  };
+  const auto version = static_cast<std::uint16_t>(u16_at(kVersionAt));
+  const std::size_t header = header_at(version);
+  set_u32(bytes, header + kLengthAt, as_u32(bytes->size()));
+  if (version < 600) return;
+  const std::size_t tables = configuration_at(version);
+  std::vector<std::size_t> sizes = {kHeaderSize + kConfigurationSize, kNamesSize + kExtendedNamesSize, kIdentitySize};
+  sizes.insert(sizes.end(), u16_at(header + 96), kChannelSize + kChannelExtensionSize);
+  sizes.insert(sizes.end(), u16_at(header + 98), kLapSize + kLapExtensionSize);
+  sizes.insert(sizes.end(), u16_at(tables + 18), kRunSize);
+  sizes.insert(sizes.end(), u16_at(tables + 22), kExtraSize);
+  std::size_t at = 0;
+  for (const std::size_t size : sizes) {
+    if (at + kHeadSize + size > bytes->size()) return;
+    reseal_group(bytes, at, size);
+    at += kHeadSize + size;
+  }
 }
 
 }  // namespace traguardo::wire::wmp

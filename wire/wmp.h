@@ -120,5 +120,7 @@ std::size_t first_channel_at(std::uint16_t version);
 std::size_t channel_group_at(std::size_t index);
 void reseal_first_group(Bytes* bytes);
 void reseal_channel(Bytes* bytes, std::size_t index);
+// The length and all sums of any bytes that begin as a file does, as far as they go.
+void reseal(Bytes* bytes);
 
 }  // namespace traguardo::wire::wmp

@@ -7,7 +7,7 @@
 namespace traguardo {
 
 // clang-format off
-const std::array<RawGpsChannel, kRawGpsChannelCount> kRawGpsChannels = {{
+constexpr std::array<RawGpsChannel, kRawGpsChannelCount> kRawGpsChannels = {{
     {"ECEF position_X", "m",   [](const SGpsRecord& record) { return record.ecef_x_cm() * 0.01; }},
     {"ECEF position_Y", "m",   [](const SGpsRecord& record) { return record.ecef_y_cm() * 0.01; }},
     {"ECEF position_Z", "m",   [](const SGpsRecord& record) { return record.ecef_z_cm() * 0.01; }},
