@@ -12,6 +12,6 @@ run() {
 run support '*'
 run model '*-*MemoryMappedArray*'
 run logger '*-Damage.AccountCoversTheLoss:Damage.*Clock*:Damage.Stored*'
-run legacy 'OpenFile*:HostileClaims.EveryCount*:DumpRebuild*:SessionTexts*:WmpParser*:TraceFile*'
+run legacy 'OpenFile*:HostileClaims.EveryCount*:DumpRebuild*:TraceFile*'
 run api 'Exports*:OpenFile*:Threads.Share*'
 run regulation 'BoostLimit*:Limiter*:Exporter*:ConfigFile*'
