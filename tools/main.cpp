@@ -71,6 +71,7 @@ int run(const std::vector<std::string>& words) {
 #undef COMMAND
   try {
     std::vector<const char*> arguments;
+    arguments.reserve(words.size());
     for (const std::string& word : words) arguments.push_back(word.c_str());
     app.parse(static_cast<int>(arguments.size()), arguments.data());
     return status;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <tuple>
 #include <utility>
 
 #include "support/event_log.h"
@@ -195,7 +196,9 @@ u32 CParsedChannel::GetValori(double* times, double* values, int count) {
 // The first record whose time is not below `time`. REQUIRES: times_ascend_.
 u64 CParsedChannel::FirstNotBelow(u64 time) const {
   const auto is_below = [&](u64 stored) { return stored + time_shift_ < time; };
-  auto [low, high] = store_.Bracket(is_below);
+  u64 low = 0;
+  u64 high = 0;
+  std::tie(low, high) = store_.Bracket(is_below);
   // Below this many records one read is cheaper than several.
   constexpr u64 kReadAtOnce = 128;
   u8 bytes[kReadAtOnce * SChannelRecord::kSize];
