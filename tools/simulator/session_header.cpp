@@ -11,8 +11,8 @@ namespace traguardo::simulator {
 
 using wire::Byte;
 using wire::tag;
-// Bytes are put together with a plus sign.
-using wire::operator+;
+// Bytes are put together with a plus sign; the analyser doesn't see that.
+using wire::operator+;  // NOLINT(misc-unused-using-decls)
 
 namespace {
 
@@ -93,6 +93,7 @@ wire::Bytes session_tags(const SimulationOptions& options) {
 
 wire::Bytes channel_table(const std::vector<PlannedChannel>& channels) {
   std::vector<wire::Channel> rows;
+  rows.reserve(channels.size() + 1);
   for (const PlannedChannel& channel : channels) {
     rows.push_back(row_of(channel, static_cast<std::uint16_t>(rows.size() + 1)));
   }
