@@ -13,7 +13,9 @@ if(NOT sanitized AND NOT TRAGUARDO_FUZZ)
   set(optimised "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
   target_compile_options(traguardo_flags INTERFACE $<${optimised}:-fstack-protector-strong>)
   if(WIN32)
+    # Said to the linker as well, the option brings the protector's own library, as a part of what is built.
     target_link_options(traguardo_flags INTERFACE
+      $<${optimised}:-fstack-protector-strong>
       $<${optimised}:-Wl,--dynamicbase,--nxcompat,--high-entropy-va>)
   else()
     include(CheckPIESupported)
