@@ -7,7 +7,8 @@
 #                                                      has fallen below three quarters of that in bench/ratios.json
 set -euo pipefail
 cd "$(dirname "$0")/.."
-[ -f build/release/build.ninja ] || cmake --preset release
+# Other scripts share the folder and may have left the benchmarks out.
+cmake --preset release -DTRAGUARDO_BENCH=ON > /dev/null
 cmake --build --preset release --target roofline
 if [ "${1:-}" != --check ]; then
   exec build/release/bench/roofline "$@"
