@@ -58,14 +58,14 @@ void BM_rows_of_a_trace(benchmark::State& state) {
     state.PauseTiming();
     const std::unique_ptr<CGPSSamples> trace = long_trace();
     state.ResumeTiming();
-    u64 points = trace->GetGrid(kStep, 0, 1).size();
+    u64 points = trace->grid(kStep, 0, 1).size();
     benchmark::DoNotOptimize(points);
   }
 }
 BENCHMARK(BM_rows_of_a_trace)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 void BM_all_channels_into_host_arrays(benchmark::State& state) {
-  const GpsGrid grid = long_trace()->GetGrid(kStep, 0, 1);
+  const GpsGrid grid = long_trace()->grid(kStep, 0, 1);
   std::vector<double> times(grid.size());
   std::vector<double> values(grid.size());
   for (auto _ : state) {
@@ -80,7 +80,7 @@ BENCHMARK(BM_all_channels_into_host_arrays)->Unit(benchmark::kMillisecond);
 
 // A lap of 90 s near the start and near the end: both cost the same.
 void BM_one_lap_of_one_channel(benchmark::State& state) {
-  const GpsGrid grid = long_trace()->GetGrid(kStep, 0, 1);
+  const GpsGrid grid = long_trace()->grid(kStep, 0, 1);
   const u64 from = static_cast<u64>(state.range(0)) * 1000000;
   std::vector<double> times(9001);
   std::vector<double> values(9001);

@@ -36,18 +36,18 @@ class HourSession : public IMathSession {
  public:
   HourSession() : sources_{wave(kHour, 90.0F), wave(kHour, 5000.0F), wave(kHour, 20.0F)}, result_(kHour) {}
 
-  std::size_t ChannelCount() const override { return 3; }
-  std::string_view ChannelName(std::size_t index) const override {
+  std::size_t channel_count() const override { return 3; }
+  std::string_view channel_name(std::size_t index) const override {
     constexpr std::string_view kNames[] = {"Speed #1", "Engine", "Gyro"};
     return kNames[index];
   }
   std::string_view Formula(std::size_t) const override { return {}; }
-  double PeriodMs(std::size_t) const override { return 1000.0 / kRateHz; }
-  u32 FrequencyHz(std::size_t) const override { return kRateHz; }
+  double period_ms(std::size_t) const override { return 1000.0 / kRateHz; }
+  u32 frequency_hz(std::size_t) const override { return kRateHz; }
   std::span<float> Samples(std::size_t) override { return result_; }
-  std::size_t LapCount() const override { return 40; }
+  std::size_t lap_count() const override { return 40; }
   SMathLap Lap(std::size_t index) const override { return {90'000.0 * static_cast<double>(index), 90'000.0}; }
-  void FillInput(std::size_t source, std::size_t, std::size_t first, std::span<float> out) override {
+  void fill_input(std::size_t source, std::size_t, std::size_t first, std::span<float> out) override {
     resample_linear(sources_[source], 1000 / kRateHz, 1000 / kRateHz, first, out);
   }
 
@@ -101,7 +101,7 @@ void ComputeChannel(benchmark::State& state, const std::string& formula) {
   CGestMathChan manager(units, L"");
   HourSession session;
   for (auto _ : state) {
-    if (!manager.ComputeFormula(formula, session, 3)) state.SkipWithError("The formula doesn't compile");
+    if (!manager.compute_formula(formula, session, 3)) state.SkipWithError("The formula doesn't compile");
     benchmark::DoNotOptimize(session.Samples(3).data());
   }
   state.SetItemsProcessed(state.iterations() * static_cast<i64>(kHour));

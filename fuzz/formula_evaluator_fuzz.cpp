@@ -27,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::vector<float> expected = test::FormulaReference(formula.tree, session, target).compute();
   const CUserUnitsOfMeasureMgr units;
   CGestMathChan manager(units, L"");
-  if (!manager.ComputeFormula(formula.text, session, target)) {
+  if (!manager.compute_formula(formula.text, session, target)) {
     std::fprintf(stderr, "refused: %s\n", formula.text.c_str());
     std::abort();
   }

@@ -20,7 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   session.add("Speed #1", 50, {0.0F, 20.0F, 80.0F, 81.0F});
   const std::size_t target = session.add("result", 100, std::vector<float>(8));
   session.laps = {{0, 300}, {300, 200}};
-  const FormulaOutcome outcome = manager.ComputeFormula(formula, session, target);
+  const FormulaOutcome outcome = manager.compute_formula(formula, session, target);
   if (outcome.code != kFormulaOk && (outcome.code < 100 || outcome.code > 110 || outcome.code == 104)) std::abort();
   if (outcome.character > size || outcome.message.empty()) std::abort();
   return 0;

@@ -70,15 +70,15 @@ class FormulaSession : public IMathSession {
   }
 
   // --- IMathSession
-  std::size_t ChannelCount() const override { return names_.size(); }
-  std::string_view ChannelName(std::size_t index) const override { return names_[index]; }
+  std::size_t channel_count() const override { return names_.size(); }
+  std::string_view channel_name(std::size_t index) const override { return names_[index]; }
   std::string_view Formula(std::size_t) const override { return {}; }
-  double PeriodMs(std::size_t) const override { return static_cast<double>(step_us_) / 1000.0; }
-  u32 FrequencyHz(std::size_t) const override { return frequency_hz_; }
+  double period_ms(std::size_t) const override { return static_cast<double>(step_us_) / 1000.0; }
+  u32 frequency_hz(std::size_t) const override { return frequency_hz_; }
   std::span<float> Samples(std::size_t) override { return values_; }
-  std::size_t LapCount() const override { return laps_.size(); }
+  std::size_t lap_count() const override { return laps_.size(); }
   SMathLap Lap(std::size_t index) const override { return laps_[index]; }
-  void FillInput(std::size_t source, std::size_t, std::size_t first, std::span<float> out) override {
+  void fill_input(std::size_t source, std::size_t, std::size_t first, std::span<float> out) override {
     auto [known, is_new] = grids_.try_emplace(source);
     if (is_new) known->second = grid_of(source);
     resample_linear(known->second, 1, 1, first, out);
@@ -151,14 +151,14 @@ std::string name_at(const std::string& formula, std::size_t place) {
 FormulaOutcome compute(std::string* formula, FormulaSession& session, const std::string& path) {
   constexpr int kMostNames = 128;
   CGestMathChan math(*CUserUnitsOfMeasureMgr::GetInstance(), std::wstring());
-  FormulaOutcome outcome = math.ComputeFormula(*formula, session, session.result());
+  FormulaOutcome outcome = math.compute_formula(*formula, session, session.result());
   for (int i = 0; i < kMostNames; ++i) {
     if (outcome.code != kErrorUnknownName && outcome.code != kErrorUnknownSymbol) break;
     const std::string name = name_at(*formula, outcome.character);
     const std::vector<std::size_t> places = named(name, session.names(), path);
     if (places.size() != 1 || session.names()[places.front()] == name) break;
     formula->replace(outcome.character, name.size(), session.names()[places.front()]);
-    outcome = math.ComputeFormula(*formula, session, session.result());
+    outcome = math.compute_formula(*formula, session, session.result());
   }
   return outcome;
 }

@@ -61,7 +61,7 @@ LapSlice grid_slice_of(const SFileQLT& file, std::optional<int> lap) {
   if (!lap) return {0, file.gps.grid().size()};
   const SRkLap* found = nullptr;
   if (find_lap(file, *lap, &found) != LapLookup::kFound) return {};
-  return file.gps.GridLap(found->start, found->start + found->duration);
+  return file.gps.grid_lap(found->start, found->start + found->duration);
 }
 
 u64 axis_us(const SFileQLT& file) {

@@ -23,7 +23,7 @@ class Table {
 
   // REQUIRES: as many cells, in UTF-8, as there are columns. Control characters show where a terminal gets them.
   void add_row(std::vector<std::string> cells, Tone tone = Tone::plain);
-  // Title row and rows, each with its line feed.
+  // title row and rows, each with its line feed.
   std::string to_text() const;
 
  private:

@@ -46,7 +46,7 @@ UnitChange change_between(const UnitRow& from, const UnitRow& to) {
 // The sets that have the present unit, that of the channel's function in front.
 std::vector<UnitSet> sets_with(u32 function, const std::string& present) {
   std::vector<UnitSet> sets;
-  const FunctionRow* const row = function == 0 ? nullptr : CFunzioni::FindRow(function);
+  const FunctionRow* const row = function == 0 ? nullptr : CFunzioni::find_row(function);
   if (row != nullptr && find_row(row->units, present) != nullptr) sets.push_back(row->units);
   for (const UnitSet& units : catalogue::unit_sets()) {
     if (find_row(units, present) != nullptr) sets.push_back(units);

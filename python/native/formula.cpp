@@ -51,15 +51,15 @@ class FormulaSession : public IMathSession {
     std::stable_sort(laps_.begin(), laps_.end(), [](const auto& a, const auto& b) { return a.start_ms < b.start_ms; });
   }
 
-  std::size_t ChannelCount() const override { return file_.view->GetCanali().size(); }
-  std::string_view ChannelName(std::size_t index) const override { return file_.view->GetCanali()[index]->GetNome(); }
+  std::size_t channel_count() const override { return file_.view->GetCanali().size(); }
+  std::string_view channel_name(std::size_t index) const override { return file_.view->GetCanali()[index]->GetNome(); }
   std::string_view Formula(std::size_t) const override { return {}; }
-  double PeriodMs(std::size_t) const override { return static_cast<double>(step_us_) / 1000.0; }
-  u32 FrequencyHz(std::size_t) const override { return rate_hz_; }
+  double period_ms(std::size_t) const override { return static_cast<double>(step_us_) / 1000.0; }
+  u32 frequency_hz(std::size_t) const override { return rate_hz_; }
   std::span<float> Samples(std::size_t) override { return out_; }
-  std::size_t LapCount() const override { return laps_.size(); }
+  std::size_t lap_count() const override { return laps_.size(); }
   SMathLap Lap(std::size_t index) const override { return laps_[index]; }
-  void FillInput(std::size_t source, std::size_t, std::size_t first, std::span<float> out) override {
+  void fill_input(std::size_t source, std::size_t, std::size_t first, std::span<float> out) override {
     auto [known, is_new] = grids_.try_emplace(source);
     if (is_new) known->second = grid_of(*file_.view->GetCanali()[source]);
     resample_linear(known->second, 1, 1, first, out);
@@ -103,7 +103,7 @@ int tg_formula(int handle, const char* formula, double rate_hz, float* out, int6
     if (!file || count < 0 || traguardo::points_of(*file, rate_hz) != count) return -1;
     traguardo::FormulaSession session(*file, rate_hz, {out, static_cast<std::size_t>(count)});
     traguardo::CGestMathChan math(*traguardo::CUserUnitsOfMeasureMgr::GetInstance(), std::wstring());
-    const traguardo::FormulaOutcome outcome = math.ComputeFormula(formula, session, session.ChannelCount());
+    const traguardo::FormulaOutcome outcome = math.compute_formula(formula, session, session.channel_count());
     *character = static_cast<int>(outcome.character);
     const std::size_t length = std::min(outcome.message.size(), static_cast<std::size_t>(std::max(room, 1)) - 1);
     std::memcpy(message, outcome.message.data(), length);

@@ -49,7 +49,7 @@ namespace traguardo {
 
 int SFileQLT::GetCampioniGpsGiro(int channel, u64 from, u64 to, double* times, double* values, int count) {
   if (times == nullptr || values == nullptr) return kNothingWritten;
-  const LapSlice slice = gps.GridLap(from, to);
+  const LapSlice slice = gps.grid_lap(from, to);
   const u64 most = std::min(slice.count, wanted(count));
   return host_count(
       gps.grid().fill(static_cast<u32>(channel), slice.first, most, GpsTimeUnit::kSeconds, times, values));
@@ -58,7 +58,7 @@ int SFileQLT::GetCampioniGpsGiro(int channel, u64 from, u64 to, double* times, d
 int SFileQLT::GetCampioniRawGiro(int channel, u64 from, u64 to, double* times, double* values, int count) {
   if (static_cast<u32>(channel) >= kRawGpsChannelCount) return 0;
   if (times == nullptr || values == nullptr) return kNothingWritten;
-  const LapSlice slice = gps.RawLap(from, to);
+  const LapSlice slice = gps.raw_lap(from, to);
   const u64 most = std::min(slice.count, wanted(count));
   return host_count(gps.raw().fill(static_cast<u32>(channel), slice.first, most, times, values));
 }
@@ -68,7 +68,7 @@ int SFileQLT::GetCampioniRawGiro(int channel, u64 from, u64 to, double* times, d
 int get_GPS_channels_count(int handle) {
   return with_file(handle, [](SFileQLT& file) {
     IRkGpsTrace* trace = best_trace(file);
-    return trace == nullptr ? traguardo::kNoTrace : file.gps.BuildChannels(trace);
+    return trace == nullptr ? traguardo::kNoTrace : file.gps.build_channels(trace);
   });
 }
 
@@ -104,7 +104,7 @@ int get_GPS_channel_samples(int handle, int channel, double* times, double* valu
 
 int get_lap_GPS_channel_samples_count(int handle, int lap, int channel) {
   return with_lap(handle, lap, [&](const SFileQLT& file, u64 from, u64 to) {
-    return has_channel(file, channel) ? host_count(file.gps.GridLap(from, to).count) : traguardo::kLapGpsNothing;
+    return has_channel(file, channel) ? host_count(file.gps.grid_lap(from, to).count) : traguardo::kLapGpsNothing;
   });
 }
 
@@ -119,7 +119,7 @@ int get_GPS_raw_channels_count(int handle) {
   return with_file(handle, [](SFileQLT& file) {
     const IRkGpsTrace* trace = best_trace(file);
     if (trace == nullptr) return traguardo::kNoTrace;
-    file.gps.BuildRawSamples(*trace);
+    file.gps.build_raw_samples(*trace);
     return static_cast<int>(kRawGpsChannelCount);
   });
 }
@@ -156,7 +156,7 @@ int get_GPS_raw_channel_samples(int handle, int channel, double* times, double* 
 int get_lap_GPS_raw_channel_samples_count(int handle, int lap, int) {
   return with_lap(handle, lap, [](const SFileQLT& file, u64 from, u64 to) {
     if (file.gps.raw().size() == 0) return traguardo::kLapRawGpsEmpty;
-    return host_count(file.gps.RawLap(from, to).count);
+    return host_count(file.gps.raw_lap(from, to).count);
   });
 }
 

@@ -18,19 +18,19 @@ struct GridTimes {
 
 }  // namespace
 
-int GpsView::BuildChannels(IRkGpsTrace* trace) {
+int GpsView::build_channels(IRkGpsTrace* trace) {
   // Start 0 and end 1 ask for the whole trace: the grid ends with the records.
-  grid_ = trace->GetGrid(kStep, 0, 1);
+  grid_ = trace->grid(kStep, 0, 1);
   return grid_.size() == 0 ? 0 : static_cast<int>(kGpsChannelCount);
 }
 
-void GpsView::BuildRawSamples(const IRkGpsTrace& trace) {
+void GpsView::build_raw_samples(const IRkGpsTrace& trace) {
   std::vector<const SGpsRecord*> records;
   trace.GetGoodSamplePointers(records);
   raw_ = RawGpsSamples(std::move(records));
 }
 
-LapSlice GpsView::GridLap(u64 from, u64 to) const {
+LapSlice GpsView::grid_lap(u64 from, u64 to) const {
   return lap_slice(GridTimes{&grid_}, from, to, kStep);
 }
 

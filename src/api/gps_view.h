@@ -15,16 +15,16 @@ class GpsView {
   static constexpr u64 kStep = 10000;
 
   // Works the derived channels of the trace out; gives the number of those that have samples.
-  int BuildChannels(IRkGpsTrace* trace);
+  int build_channels(IRkGpsTrace* trace);
   // Lists the good records of the trace.
-  void BuildRawSamples(const IRkGpsTrace& trace);
+  void build_raw_samples(const IRkGpsTrace& trace);
 
   // All derived channels share their times, so either all have samples or none has.
   const GpsGrid& grid() const { return grid_; }
   const RawGpsSamples& raw() const { return raw_; }
   // The grid's samples of a lap, whose ends are in microseconds.
-  LapSlice GridLap(u64 from, u64 to) const;
-  LapSlice RawLap(u64 from, u64 to) const { return raw_.lap(from, to, kStep); }
+  LapSlice grid_lap(u64 from, u64 to) const;
+  LapSlice raw_lap(u64 from, u64 to) const { return raw_.lap(from, to, kStep); }
 
  private:
   GpsGrid grid_;

@@ -139,7 +139,7 @@ std::unique_ptr<IRkParser> CreaParser(const std::wstring& path, int kind, const 
   if (reader == nullptr) return nullptr;
   if (kind == kKindQlc) reader->AddFileTemporaneo(work_path);
   if (failure != ParseFailure::kContent) reader->refuse(failure);
-  reader->SetRecoverClock(settings.recover_clock);
+  reader->set_recover_clock(settings.recover_clock);
   reader->SetTagDiDebug(settings.debug_tags);
   reader->SetMantieniCostanti(keep_constant);
   return reader;

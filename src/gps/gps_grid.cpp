@@ -67,43 +67,43 @@ GpsGrid::GpsGrid(std::shared_ptr<const GpsRows> rows, u64 step, u64 start, u64 e
 
 float GpsGrid::value_at(u32 channel, u64 index) const {
   double value = 0.0;
-  FillValues(channel, index, 1, &value);
+  fill_values(channel, index, 1, &value);
   return static_cast<float>(value);
 }
 
 u64 GpsGrid::fill(u32 channel, u64 first, u64 count, GpsTimeUnit unit, double* times, double* values) const {
   if (channel >= kGpsChannelCount || first >= size_) return 0;
   count = std::min(count, size_ - first);
-  FillTimes(first, count, unit, times);
-  FillValues(channel, first, count, values);
+  fill_times(first, count, unit, times);
+  fill_values(channel, first, count, values);
   return count;
 }
 
-void GpsGrid::FillTimes(u64 first, u64 count, GpsTimeUnit unit, double* times) const {
+void GpsGrid::fill_times(u64 first, u64 count, GpsTimeUnit unit, double* times) const {
   for (u64 i = 0; i < count; ++i) {
     const double time_us = static_cast<double>(time_at(first + i));
     times[i] = unit == GpsTimeUnit::kMilliseconds ? time_us / 1000.0 : time_us * 1e-6;
   }
 }
 
-void GpsGrid::FillValues(u32 channel, u64 first, u64 count, double* values) const {
+void GpsGrid::fill_values(u32 channel, u64 first, u64 count, double* values) const {
   const u64 even = first < even_points_ ? std::min(count, even_points_ - first) : 0;
   if (channel == kGpsNsat) {
-    FillEvenPoints<HeldStretch>(channel, first, even, values);
+    fill_even_points<HeldStretch>(channel, first, even, values);
   } else if (channel == kGpsRadius) {
-    FillEvenPoints<RadiusStretch>(channel, first, even, values);
+    fill_even_points<RadiusStretch>(channel, first, even, values);
   } else {
-    FillEvenPoints<LinearStretch>(channel, first, even, values);
+    fill_even_points<LinearStretch>(channel, first, even, values);
   }
   if (even < count) std::fill(values + even, values + count, double{value_at(channel, even_points_ - 1)});
 }
 
 template <typename Stretch>
-void GpsGrid::FillEvenPoints(u32 channel, u64 first, u64 count, double* values) const {
+void GpsGrid::fill_even_points(u32 channel, u64 first, u64 count, double* values) const {
   u64 t = start_ + first * step_;
   std::size_t row = 0;
   for (u64 done = 0; done < count;) {
-    row = RowAt(row, t);
+    row = row_at(row, t);
     const Stretch stretch(*rows_, channel, row);
     const u64 stretch_end = rows_->times_us[row];
     for (; done < count && t <= stretch_end; ++done, t += step_) values[done] = double{stretch.at(t)};
@@ -111,7 +111,7 @@ void GpsGrid::FillEvenPoints(u32 channel, u64 first, u64 count, double* values) 
 }
 
 // The first row from `from` on whose time isn't below t. There is one for every even point.
-std::size_t GpsGrid::RowAt(std::size_t from, u64 t) const {
+std::size_t GpsGrid::row_at(std::size_t from, u64 t) const {
   // A receiver is slower than the grid: from point to point the row stays or moves by one.
   const std::vector<u64>& highest = rows_->highest_times_us;
   if (highest[from] >= t) return from;

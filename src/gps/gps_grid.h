@@ -34,11 +34,11 @@ class GpsGrid {
   u64 fill(u32 channel, u64 first, u64 count, GpsTimeUnit unit, double* times, double* values) const;
 
  private:
-  void FillTimes(u64 first, u64 count, GpsTimeUnit unit, double* times) const;
-  void FillValues(u32 channel, u64 first, u64 count, double* values) const;
+  void fill_times(u64 first, u64 count, GpsTimeUnit unit, double* times) const;
+  void fill_values(u32 channel, u64 first, u64 count, double* values) const;
   template <typename Stretch>
-  void FillEvenPoints(u32 channel, u64 first, u64 count, double* values) const;
-  std::size_t RowAt(std::size_t from, u64 t) const;
+  void fill_even_points(u32 channel, u64 first, u64 count, double* values) const;
+  std::size_t row_at(std::size_t from, u64 t) const;
 
   std::shared_ptr<const GpsRows> rows_;
   u64 step_ = 1;

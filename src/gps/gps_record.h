@@ -33,7 +33,6 @@ struct SGpsRecord {
   i32 fractional_ns() const { return load_i32(at(8)); }
   i16 week() const { return load_i16(at(12)); }
   u8 fix_type() const { return bytes[14]; }
-  u8 fix_flags() const { return bytes[15]; }
   i32 ecef_x_cm() const { return load_i32(at(16)); }
   i32 ecef_y_cm() const { return load_i32(at(20)); }
   i32 ecef_z_cm() const { return load_i32(at(24)); }

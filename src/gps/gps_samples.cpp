@@ -199,11 +199,11 @@ double CGPSSamples::GetQuality() const {
 const GpsCentre& CGPSSamples::GetCentre() {
   const bool all_zero = centre_.x_m == 0.0 && centre_.y_m == 0.0 && centre_.z_m == 0.0 && centre_.latitude_deg == 0.0 &&
                         centre_.longitude_deg == 0.0 && centre_.altitude_m == 0.0;
-  if (all_zero) FindCentre();
+  if (all_zero) find_centre();
   return centre_;
 }
 
-void CGPSSamples::FindCentre() {
+void CGPSSamples::find_centre() {
   Extent x;
   Extent y;
   Extent z;
@@ -221,7 +221,7 @@ void CGPSSamples::FindCentre() {
   centre_ = {middle.x, middle.y, middle.z, geodetic.latitude_deg, geodetic.longitude_deg, geodetic.height_m};
 }
 
-void CGPSSamples::FindMeans() {
+void CGPSSamples::find_means() {
   good_count_ = 0;
   Ecef sum;
   for (const SGpsRecord& record : records_) {
@@ -241,9 +241,9 @@ void CGPSSamples::FindMeans() {
 
 const std::shared_ptr<const GpsRows>& CGPSSamples::Rows() {
   if (rows_ != nullptr) return rows_;
-  FindMeans();
+  find_means();
   if (good_count_ == 0) return rows_;
-  if (centre_.latitude_deg == 0.0 || centre_.longitude_deg == 0.0) FindCentre();
+  if (centre_.latitude_deg == 0.0 || centre_.longitude_deg == 0.0) find_centre();
   if (reference_.latitude_deg == 0.0 || reference_.longitude_deg == 0.0) reference_ = centre_;
   rows_ = std::make_shared<const GpsRows>(build_gps_rows(records_, reference_));
   return rows_;
@@ -257,7 +257,7 @@ void CGPSSamples::GetChannels(u64 step, u64 start, u64 end, std::vector<SGpsChan
   if (rows != nullptr) fill_gps_channels(*rows, step, start, end, channels, times);
 }
 
-GpsGrid CGPSSamples::GetGrid(u64 step, u64 start, u64 end) {
+GpsGrid CGPSSamples::grid(u64 step, u64 start, u64 end) {
   return {Rows(), step, start, end};
 }
 

@@ -25,7 +25,7 @@ class CGPSSamples : public IRkGpsTrace {
   void SetReference(const GpsCentre& reference) override { reference_ = reference; }
   bool GetFirstFixTime(std::tm& when) const override;
   void GetGoodSamples(platform::HeapHandle heap, SGpsRecord*& buffer, u32& count) const override;
-  GpsGrid GetGrid(u64 step, u64 start, u64 end) override;
+  GpsGrid grid(u64 step, u64 start, u64 end) override;
 
   // time_us: the highest time of the reader, or the time of the frame that holds the record. True if the record was
   // stored, also where it thereby cleared the trace; false for a wrong size, a copy of the record before, or a clock of
@@ -55,8 +55,8 @@ class CGPSSamples : public IRkGpsTrace {
  private:
   void Store(const SGpsRecord& record);
   const std::shared_ptr<const GpsRows>& Rows();
-  void FindMeans();
-  void FindCentre();
+  void find_means();
+  void find_centre();
 
   SGpsRecord last_record_;  // the one passed last, stored or not
   std::vector<SGpsRecord> records_;

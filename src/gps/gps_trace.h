@@ -109,7 +109,7 @@ class IRkGpsTrace {
   virtual void GetGoodSamples(platform::HeapHandle heap, SGpsRecord*& buffer, u32& count) const = 0;
 
   // The same grid as that of GetChannels, with values worked out when they are asked for. It outlives the trace.
-  virtual GpsGrid GetGrid(u64 step, u64 start, u64 end) = 0;
+  virtual GpsGrid grid(u64 step, u64 start, u64 end) = 0;
 };
 
 }  // namespace traguardo

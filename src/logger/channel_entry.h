@@ -11,19 +11,19 @@ struct ChannelEntry {
   ChannelEntry() = default;
   explicit ChannelEntry(CCanaleQLT* channel)
       : object(channel),
-        sink(channel->HasBareReader() ? channel->channel() : nullptr),
+        sink(channel->has_bare_reader() ? channel->channel() : nullptr),
         reader(channel->bare_reader()),
         sample_size(channel->sample_size()),
         statistics(channel->statistics()) {}
 
   // One sample, with the file offset that it is reported under.
   CCanaleQLT::Esito Add(u64 time, const u8* sample, u64 offset) const {
-    return sink != nullptr ? CCanaleQLT::OutcomeOf(sink->AddValore(time, reader(sample)))
+    return sink != nullptr ? CCanaleQLT::outcome_of(sink->AddValore(time, reader(sample)))
                            : object->ConvertiAndAddValore(time, sample, offset);
   }
 
   // `count` samples, one period apart: as CCanaleQLT::ConvertiAndAddValori.
-  CCanaleQLT::Esito AddMany(u64 time, u32 count, const u8* samples) const {
+  CCanaleQLT::Esito add_many(u64 time, u32 count, const u8* samples) const {
     if (sink == nullptr) return object->ConvertiAndAddValori(time, count, samples);
     const u64 period = object->record().period_us();
     const SampleReader read = reader;

@@ -37,14 +37,14 @@ ChannelRecord record_at(InputFile* file, u64 place) {
 bool ChannelTable::Take(const SAtomTag& tag) {
   // "CDE" and "FT1" say more of a channel, which nothing reads.
   if (!GeneraMappeSCanale(tag)) return false;
-  TakeDescriptors(tag);
-  AssignConverters();
+  take_descriptors(tag);
+  assign_converters();
   return true;
 }
 
 // The first descriptor of an index stays.
-void ChannelTable::TakeDescriptors(const SAtomTag& configuration) {
-  const auto is_known = [this](u16 channel) { return ChannelAt(channel) != nullptr; };
+void ChannelTable::take_descriptors(const SAtomTag& configuration) {
+  const auto is_known = [this](u16 channel) { return channel_at(channel) != nullptr; };
   const u64 payload = u64{configuration.offset} + kTagOpeningSize;
   tags::PartSource source(&input_, payload);
   tags::for_each(&source, configuration.payloadSize, [&](const SAtomTag& inner) {
@@ -69,14 +69,14 @@ void ChannelTable::Clear() {
 
 // A file
 // that changes its table again and again under long descriptors gets so much work out of the reader and no more.
-ChannelDescriptor* ChannelTable::FindDescriptor(const DescriptorTable& table, u16 index) {
+ChannelDescriptor* ChannelTable::find_descriptor(const DescriptorTable& table, u16 index) {
   constexpr u64 kPlacesPerByte = 64;
   constexpr u64 kAnyway = 1U << 24;
   ChannelDescriptor* descriptor = table.Find(index);
   if (descriptor != nullptr && descriptor->generation != generation_) {
     resolved_places_ += descriptor->count();
     if (resolved_places_ > kPlacesPerByte * size_ + kAnyway) return nullptr;
-    descriptor->Resolve([this](u16 channel) { return EntryAt(channel); });
+    descriptor->Resolve([this](u16 channel) { return entry_at(channel); });
     descriptor->generation = generation_;
   }
   return descriptor;
@@ -103,34 +103,34 @@ bool ChannelTable::GeneraMappeSCanale(const SAtomTag& configuration) {
 
   bool good = true;
   for (const u64 place : records) {
-    if (TakeChannelRecord(record_at(&input_, place), &names) == Entry::kFailed) good = false;
+    if (take_channel_record(record_at(&input_, place), &names) == Entry::kFailed) good = false;
   }
   return good;
 }
 
-ChannelTable::Entry ChannelTable::TakeChannelRecord(const ChannelRecord& record, ChannelNames* names) {
-  if (ChannelAt(record.id()) != nullptr && ChannelAt(record.id())->record() == record) return Entry::kSkipped;
-  std::unique_ptr<CCanaleQLT> object = KeptObject(record);
+ChannelTable::Entry ChannelTable::take_channel_record(const ChannelRecord& record, ChannelNames* names) {
+  if (channel_at(record.id()) != nullptr && channel_at(record.id())->record() == record) return Entry::kSkipped;
+  std::unique_ptr<CCanaleQLT> object = kept_object(record);
   if (!wanted_.empty() && !wanted_.contains(record.name())) return Entry::kSkipped;
   if (!keeps_samples_) {
     // Its samples are of no interest yet.
     if (object == nullptr) object = std::make_unique<CCanaleQLT>(record);
-    object->SetRecord(record);
+    object->set_record(record);
     Enter(record.id(), std::move(object));
     return Entry::kTaken;
   }
   if (record.quantity() == FID_PHI_PACKAGE) {
     // A packet has no samples that could go on.
-    object = PacketObject(record);
+    object = packet_object(record);
     if (object == nullptr) return Entry::kSkipped;
-    if (measures_) object->InstallOffsetsOnly();
+    if (measures_) object->install_offsets_only();
     Enter(record.id(), std::move(object));
     return Entry::kTaken;
   }
   if (object == nullptr) {
     object = std::make_unique<CCanaleQLT>(record);
   } else {
-    object->SetRecord(record);
+    object->set_record(record);
   }
 
   const std::string plain = record.name();
@@ -139,16 +139,16 @@ ChannelTable::Entry ChannelTable::TakeChannelRecord(const ChannelRecord& record,
     TRAGUARDO_LOG(kGeneraMappe, "%s [%d] WARNING = Duplicate found! Channel \"%s\" hase been renamed into \"%s\"\n",
                   plain, name);
   }
-  if (object->channel() == nullptr && !GiveChannel(object.get(), name)) return Entry::kFailed;
-  SetProperties(object.get(), name);
+  if (object->channel() == nullptr && !give_channel(object.get(), name)) return Entry::kFailed;
+  set_properties(object.get(), name);
   Enter(record.id(), std::move(object));
   return Entry::kTaken;
 }
 
 // The object under the record's index, taken out of the table, if its samples may go on under the new record; null if
 // there is none or its unit is another one now.
-std::unique_ptr<CCanaleQLT> ChannelTable::KeptObject(const ChannelRecord& record) {
-  if (ChannelAt(record.id()) == nullptr) return nullptr;
+std::unique_ptr<CCanaleQLT> ChannelTable::kept_object(const ChannelRecord& record) {
+  if (channel_at(record.id()) == nullptr) return nullptr;
   std::unique_ptr<CCanaleQLT> object = std::move(channels_[record.id()]);
   by_index_[record.id()] = {};
   without_converter_.erase(record.id());
@@ -158,7 +158,7 @@ std::unique_ptr<CCanaleQLT> ChannelTable::KeptObject(const ChannelRecord& record
   return object;
 }
 
-std::unique_ptr<CCanaleQLT> ChannelTable::PacketObject(const ChannelRecord& record) {
+std::unique_ptr<CCanaleQLT> ChannelTable::packet_object(const ChannelRecord& record) {
   ILapReceiver* laps = &laps_;
   switch (record.object()) {
     case FID_DETTAGLI_GPS:
@@ -185,17 +185,17 @@ std::unique_ptr<CCanaleQLT> ChannelTable::PacketObject(const ChannelRecord& reco
   return std::make_unique<CCanaleQLT_IgnoredPacket>(record);
 }
 
-bool ChannelTable::GiveChannel(CCanaleQLT* object, const std::string& name) {
+bool ChannelTable::give_channel(CCanaleQLT* object, const std::string& name) {
   auto channel = std::make_unique<CParsedChannel>(name, session_.GetFileStore(), session_.GetMantieniCostanti());
   if (!channel->IsStoreValido()) {
     TRAGUARDO_LOG(kGeneraMappe, "%s [%d] ERROR = Can't alloc memory in channel\n");
     return false;
   }
-  object->SetChannel(std::move(channel));
+  object->set_channel(std::move(channel));
   return true;
 }
 
-void ChannelTable::SetProperties(CCanaleQLT* object, const std::string& name) {
+void ChannelTable::set_properties(CCanaleQLT* object, const std::string& name) {
   const ChannelRecord& record = object->record();
   CParsedChannel* channel = object->channel();
   const bool is_bit_field = record.format() == kSMPL_FMT_BITFIELD_8;
@@ -213,7 +213,7 @@ void ChannelTable::SetProperties(CCanaleQLT* object, const std::string& name) {
   channel->SetVelocita(record.quantity() == FID_PHI_SPEED);
   channel->SetAccLaterale((record.fp_code() & 0x7FFF) == kLateralAcceleration);
   channel->SetPeriodo(record.period_us());
-  if (measures_) object->InstallStatistics();
+  if (measures_) object->install_statistics();
 }
 
 void ChannelTable::Enter(u16 index, std::unique_ptr<CCanaleQLT> object) {
@@ -227,19 +227,19 @@ void ChannelTable::Enter(u16 index, std::unique_ptr<CCanaleQLT> object) {
   ++generation_;
 }
 
-void ChannelTable::AssignConverters() {
+void ChannelTable::assign_converters() {
   for (const u16 index : without_converter_) {
-    AssignConverter(ChannelAt(index));
-    by_index_[index] = ChannelEntry(ChannelAt(index));
+    assign_converter(channel_at(index));
+    by_index_[index] = ChannelEntry(channel_at(index));
   }
   without_converter_.clear();
 }
 
 // An object whose format has no reader stays its own converter: every sample reads 0.0.
-void ChannelTable::AssignConverter(CCanaleQLT* object) {
+void ChannelTable::assign_converter(CCanaleQLT* object) {
   const ChannelRecord& record = object->record();
   if (record.format() == kSMPL_FMT_BITFIELD_8) {
-    object->SetConverter(std::make_unique<CConverterWMP>(&record, true), {});
+    object->set_converter(std::make_unique<CConverterWMP>(&record, true), {});
     // Bits have no unit, also where the channel had one under an earlier record.
     if (CParsedChannel* channel = object->channel()) channel->SetUnita(std::string_view());
     return;
@@ -249,7 +249,7 @@ void ChannelTable::AssignConverter(CCanaleQLT* object) {
       CUserUnitsOfMeasureMgr::GetInstance()->AssicuraPresenzaIniFunzione(record.fp_code());
   // The user's choice belongs to the function's catalogue word; it counts where this function has that unit, too.
   std::set<std::string> units;
-  functions.FillUnitSet(record.fp_code(), &units);
+  functions.fill_unit_set(record.fp_code(), &units);
   const bool is_chosen = choice != nullptr && units.contains(choice->GetChosenUnit());
   const std::string unit = is_chosen ? choice->GetChosenUnit() : functions.GetUnitName(record.fp_code());
   if (CParsedChannel* channel = object->channel()) {
@@ -265,7 +265,7 @@ void ChannelTable::AssignConverter(CCanaleQLT* object) {
   SampleReader reader;
   if (const auto* plain = dynamic_cast<const CConverter*>(converter.get())) reader = plain->reader();
   if (reader.bytes_needed > record.sample_size()) reader = {};
-  object->SetConverter(std::move(converter), reader);
+  object->set_converter(std::move(converter), reader);
 }
 
 }  // namespace traguardo

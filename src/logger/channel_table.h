@@ -25,7 +25,7 @@ class ChannelTable {
       : session_(*session), laps_(*laps), input_(*input), size_(size), measures_(measure) {}
 
   // Channels to read; empty for all.
-  void SetWanted(std::set<std::string> names) { wanted_ = std::move(names); }
+  void set_wanted(std::set<std::string> names) { wanted_ = std::move(names); }
   // Without them the table only tells frames from other bytes.
   void set_keeps_samples(bool keeps) { keeps_samples_ = keeps; }
 
@@ -33,8 +33,8 @@ class ChannelTable {
   bool Take(const SAtomTag& configuration);
   void Clear();
 
-  CCanaleQLT* ChannelAt(u16 index) const { return index < by_index_.size() ? by_index_[index].object : nullptr; }
-  const ChannelEntry* EntryAt(u16 index) const {
+  CCanaleQLT* channel_at(u16 index) const { return index < by_index_.size() ? by_index_[index].object : nullptr; }
+  const ChannelEntry* entry_at(u16 index) const {
     return index < by_index_.size() && by_index_[index].object != nullptr ? &by_index_[index] : nullptr;
   }
   const std::vector<ChannelEntry>& entries() const { return by_index_; }
@@ -44,21 +44,21 @@ class ChannelTable {
   const DescriptorTable& groups() const { return groups_; }
   // The descriptor under an index of one of the two, looked up against the channels as they stand now; null if there is
   // none.
-  ChannelDescriptor* FindDescriptor(const DescriptorTable& table, u16 index);
+  ChannelDescriptor* find_descriptor(const DescriptorTable& table, u16 index);
 
  private:
   bool GeneraMappeSCanale(const SAtomTag& configuration);
-  void TakeDescriptors(const SAtomTag& configuration);
+  void take_descriptors(const SAtomTag& configuration);
   enum class Entry { kTaken, kSkipped, kFailed };
-  Entry TakeChannelRecord(const ChannelRecord& record, ChannelNames* names);
-  Entry TakeValues(const ChannelRecord& record, std::unique_ptr<CCanaleQLT> object, ChannelNames* names);
-  std::unique_ptr<CCanaleQLT> KeptObject(const ChannelRecord& record);
-  std::unique_ptr<CCanaleQLT> PacketObject(const ChannelRecord& record);
-  bool GiveChannel(CCanaleQLT* object, const std::string& name);
-  void SetProperties(CCanaleQLT* object, const std::string& name);
+  Entry take_channel_record(const ChannelRecord& record, ChannelNames* names);
+  Entry take_values(const ChannelRecord& record, std::unique_ptr<CCanaleQLT> object, ChannelNames* names);
+  std::unique_ptr<CCanaleQLT> kept_object(const ChannelRecord& record);
+  std::unique_ptr<CCanaleQLT> packet_object(const ChannelRecord& record);
+  bool give_channel(CCanaleQLT* object, const std::string& name);
+  void set_properties(CCanaleQLT* object, const std::string& name);
   void Enter(u16 index, std::unique_ptr<CCanaleQLT> object);
-  void AssignConverters();
-  void AssignConverter(CCanaleQLT* object);
+  void assign_converters();
+  void assign_converter(CCanaleQLT* object);
 
   CParser& session_;
   ILapReceiver& laps_;

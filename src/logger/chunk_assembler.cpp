@@ -10,7 +10,7 @@ void CanMsgAssembler::Open(char letter) {
 }
 
 // A first chunk shorter than a time stamp gives a malformed frame, which the frame decoder rejects.
-void CanMsgAssembler::AppendTimeAndIndex(u16 index) {
+void CanMsgAssembler::append_time_and_index(u16 index) {
   const std::span<const u8> first = chunks_.begin()->second.data();
   rebuilt_.insert(rebuilt_.end(), first.begin(),
                   first.begin() + std::min<std::ptrdiff_t>(kTimeStampSize, std::ssize(first)));
@@ -18,7 +18,7 @@ void CanMsgAssembler::AppendTimeAndIndex(u16 index) {
   rebuilt_.push_back(static_cast<u8>(index >> 8));
 }
 
-void CanMsgAssembler::AppendRest(std::vector<u8>* out) const {
+void CanMsgAssembler::append_rest(std::vector<u8>* out) const {
   bool is_first = true;
   for (const auto& [number, chunk] : chunks_) {
     const std::span<const u8> data = chunk.data();
@@ -28,21 +28,21 @@ void CanMsgAssembler::AppendRest(std::vector<u8>* out) const {
   }
 }
 
-void CanMsgAssembler::RebuildSingle(char letter, u16 index) {
+void CanMsgAssembler::rebuild_single(char letter, u16 index) {
   Open(letter);
-  AppendTimeAndIndex(index);
-  AppendRest(&rebuilt_);
+  append_time_and_index(index);
+  append_rest(&rebuilt_);
   rebuilt_.push_back(')');
 }
 
-bool CanMsgAssembler::GroupIndex(u16* index) const {
+bool CanMsgAssembler::group_index(u16* index) const {
   constexpr std::size_t kIndexOffset = 6;
   if (rebuilt_.size() < kIndexOffset + 3) return false;
   *index = load_u16(rebuilt_.data() + kIndexOffset);
   return true;
 }
 
-void CanMsgAssembler::RebuildGroup() {
+void CanMsgAssembler::rebuild_group() {
   Open('G');
   for (const auto& [number, chunk] : chunks_) {
     rebuilt_.insert(rebuilt_.end(), chunk.data().begin(), chunk.data().end());
@@ -51,11 +51,11 @@ void CanMsgAssembler::RebuildGroup() {
 }
 
 // The sample that stands first in the chunks ends up as the last of the frame: the device sends it so.
-void CanMsgAssembler::RebuildMultiple(u16 index, u32 sample_size) {
+void CanMsgAssembler::rebuild_multiple(u16 index, u32 sample_size) {
   Open('M');
-  AppendTimeAndIndex(index);
+  append_time_and_index(index);
   std::vector<u8> samples;
-  AppendRest(&samples);
+  append_rest(&samples);
   const std::size_t first_sample = std::min<std::size_t>(sample_size, samples.size());
   const std::size_t others = samples.size() - first_sample;
   const u16 count = static_cast<u16>((sample_size == 0 ? 0 : others / sample_size) + 1);

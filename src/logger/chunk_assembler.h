@@ -36,8 +36,8 @@ class CanMsgAssembler {
     if (chunk > highest_chunk_) highest_chunk_ = chunk;
     return true;
   }
-  bool IsComplete() const { return highest_chunk_ == static_cast<i32>(chunks_.size()) - 1; }
-  bool IsEmpty() const { return chunks_.empty(); }
+  bool is_complete() const { return highest_chunk_ == static_cast<i32>(chunks_.size()) - 1; }
+  bool is_empty() const { return chunks_.empty(); }
   void Clear() {
     chunks_.clear();
     rebuilt_.clear();
@@ -45,11 +45,11 @@ class CanMsgAssembler {
   }
 
   // Rebuilds a frame from the stored chunks. kM needs the channel's sample size.
-  void RebuildSingle(char letter, u16 index);
-  void RebuildMultiple(u16 index, u32 sample_size);
-  void RebuildGroup();
+  void rebuild_single(char letter, u16 index);
+  void rebuild_multiple(u16 index, u32 sample_size);
+  void rebuild_group();
   // The group index of a rebuilt kG packet, which stands inside it; false if the packet is too short to hold it.
-  bool GroupIndex(u16* index) const;
+  bool group_index(u16* index) const;
   std::span<const u8> rebuilt() const { return rebuilt_; }
 
   ErrorList m_err_dim_trama;
@@ -65,9 +65,9 @@ class CanMsgAssembler {
   static constexpr std::size_t kTimeStampSize = 4;
 
   void Open(char letter);
-  void AppendTimeAndIndex(u16 index);
+  void append_time_and_index(u16 index);
   // All chunks' bytes behind the time stamp.
-  void AppendRest(std::vector<u8>* out) const;
+  void append_rest(std::vector<u8>* out) const;
 
   // The bytes of one message.
   class Chunk {

@@ -18,15 +18,15 @@ constexpr u64 kMostData = 8;
 }  // namespace
 
 // `has_length`: the form "(c" with a length byte; "(C" ends at its first parenthesis.
-u32 FrameDecoder::DecodeChunk(const Frame& frame, bool has_length) {
+u32 FrameDecoder::decode_chunk(const Frame& frame, bool has_length) {
   if (!frame.rebuilt && !progress_.Report(frame.position)) return kStopWalk;
   const u64 data_offset = has_length ? 7 : 6;
   if (frame.left < data_offset) {
-    return Reject(frame.position, &errors_.c, &Losses::broken_frames);
+    return reject(frame.position, &errors_.c, &Losses::broken_frames);
   }
   const ChunkHeader header(load_u32(frame.at + kHeaderOffset));
   if (header.kind() > kLargestKind) {
-    return Reject(frame.position, &errors_.c, &Losses::broken_frames);
+    return reject(frame.position, &errors_.c, &Losses::broken_frames);
   }
   CanMsgAssembler& assembler = assemblers_[header.key()];
 
@@ -40,14 +40,14 @@ u32 FrameDecoder::DecodeChunk(const Frame& frame, bool has_length) {
     if (begin + length == end) length = kMostData + 1;
   }
   if (length < 1 || length > kMostData) {
-    return Reject(frame.position, &assembler.m_err_dim_trama, &Losses::broken_frames);
+    return reject(frame.position, &assembler.m_err_dim_trama, &Losses::broken_frames);
   }
   const u64 frame_length = data_offset + length + 1;
   if (frame_length > frame.left) {
-    return Reject(frame.position, &assembler.m_err_lun_residua, &Losses::broken_frames);
+    return reject(frame.position, &assembler.m_err_lun_residua, &Losses::broken_frames);
   }
   if (frame.at[frame_length - 1] != ')') {
-    return Reject(frame.position, &assembler.m_err_parentesi, &Losses::broken_frames);
+    return reject(frame.position, &assembler.m_err_parentesi, &Losses::broken_frames);
   }
 
   // From here on the frame is consumed, whatever happens to its packet.
@@ -56,17 +56,17 @@ u32 FrameDecoder::DecodeChunk(const Frame& frame, bool has_length) {
     assembler.m_err_frame_n_gia_presente.Append(frame.position);
   }
   if (!header.is_last()) return consumed;
-  if (!assembler.IsComplete()) {
+  if (!assembler.is_complete()) {
     // The chunks stay: the next packet of this stream meets them.
     assembler.m_err_highest_frame.Append(frame.position);
     ++losses_.packets;
     return consumed;
   }
-  if (assembler.IsEmpty()) return consumed;
+  if (assembler.is_empty()) return consumed;
   u64 failed_index = 0;
   if (Rebuild(header, &assembler, &failed_index)) {
     const std::span<const u8> rebuilt = assembler.rebuilt();
-    const u32 result = DecodeFrame(rebuilt[1], Frame{rebuilt.data(), rebuilt.size(), frame.position, true});
+    const u32 result = decode_frame(rebuilt[1], Frame{rebuilt.data(), rebuilt.size(), frame.position, true});
     if (result == kStopWalk) return kStopWalk;
     if (result == kRejected) assembler.m_err_interpreta.Append(frame.position);
   } else {
@@ -84,22 +84,22 @@ bool FrameDecoder::Rebuild(const ChunkHeader& header, CanMsgAssembler* assembler
   *failed_index = index;
   switch (static_cast<PacketKind>(header.kind())) {
     case PacketKind::kS:
-      if (table_.ChannelAt(index) == nullptr) return false;
-      assembler->RebuildSingle('S', index);
+      if (table_.channel_at(index) == nullptr) return false;
+      assembler->rebuild_single('S', index);
       return true;
     case PacketKind::kM:
-      if (table_.ChannelAt(index) == nullptr) return false;
-      assembler->RebuildMultiple(index, table_.ChannelAt(index)->sample_size());
+      if (table_.channel_at(index) == nullptr) return false;
+      assembler->rebuild_multiple(index, table_.channel_at(index)->sample_size());
       return true;
     case PacketKind::kA:
       if (table_.acquisitions().Find(index) == nullptr) return false;
-      assembler->RebuildSingle('A', index);
+      assembler->rebuild_single('A', index);
       return true;
     case PacketKind::kG: {
       // The index stands in the packet; one too short to hold it is a malformed frame, which the decoder rejects.
-      assembler->RebuildGroup();
+      assembler->rebuild_group();
       u16 group = 0;
-      if (!assembler->GroupIndex(&group)) return true;
+      if (!assembler->group_index(&group)) return true;
       *failed_index = group;
       return table_.groups().Find(group) != nullptr;
     }

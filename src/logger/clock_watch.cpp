@@ -18,7 +18,7 @@ u64 distance(u64 a, u64 b) {
 }  // namespace
 
 void ClockWatch::Take(const Stamp& stamp) {
-  if (!TakeOne(stamp)) return;
+  if (!take_one(stamp)) return;
   // What stood behind the suspect is judged again without it, and may hold the next one.
   std::vector<Stamp> again;
   std::size_t next = 0;
@@ -32,7 +32,7 @@ void ClockWatch::Take(const Stamp& stamp) {
       again = std::exchange(held_, {});
       next = 0;
     }
-    contradicted = TakeOne(again[next++]);
+    contradicted = take_one(again[next++]);
   }
 }
 
@@ -42,18 +42,18 @@ std::vector<u64> ClockWatch::taken_back() const {
   return positions;
 }
 
-bool ClockWatch::TakeOne(const Stamp& stamp) {
-  if (suspect_ && is_plausible(stamp.first, highest_)) Acquit();
+bool ClockWatch::take_one(const Stamp& stamp) {
+  if (suspect_ && is_plausible(stamp.first, highest_)) acquit();
   if (suspect_) {
-    run_ = AgreesWithRun(stamp) ? run_ + 1 : 1;
+    run_ = agrees_with_run(stamp) ? run_ + 1 : 1;
     run_highest_ = run_ == 1 ? stamp.last : std::max(run_highest_, stamp.last);
     held_.push_back(stamp);
     if (run_ >= kWitnesses) return true;
-    if (held_.size() >= kMostHeld) Acquit();
+    if (held_.size() >= kMostHeld) acquit();
     return false;
   }
   const u64 before = highest_;
-  Believe(stamp);
+  believe(stamp);
   // A frame that begins in time may well end far ahead: it says how long its samples are, not when it was written.
   if (distance(highest_, before) <= kOneMinute || distance(stamp.first, before) <= kOneMinute) return false;
   suspect_ = stamp;
@@ -63,7 +63,7 @@ bool ClockWatch::TakeOne(const Stamp& stamp) {
 }
 
 // As the reader does without being told to recover anything.
-void ClockWatch::Believe(const Stamp& stamp) {
+void ClockWatch::believe(const Stamp& stamp) {
   if (stamp.is_set) {
     const u64 highest_ms = highest_ / kMicrosecondsPerMillisecond;
     if (stamp.first / kMicrosecondsPerMillisecond <= highest_ms + kTagLeadMs) highest_ = stamp.first;
@@ -72,12 +72,12 @@ void ClockWatch::Believe(const Stamp& stamp) {
   }
 }
 
-void ClockWatch::Acquit() {
+void ClockWatch::acquit() {
   suspect_.reset();
-  for (const Stamp& stamp : std::exchange(held_, {})) Believe(stamp);
+  for (const Stamp& stamp : std::exchange(held_, {})) believe(stamp);
 }
 
-bool ClockWatch::AgreesWithRun(const Stamp& stamp) const {
+bool ClockWatch::agrees_with_run(const Stamp& stamp) const {
   return run_ != 0 && distance(stamp.first, run_highest_) <= kOneMinute;
 }
 

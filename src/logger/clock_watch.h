@@ -40,10 +40,10 @@ class ClockWatch {
   static constexpr std::size_t kMostHeld = 256;
 
   // True if the suspect is contradicted now.
-  bool TakeOne(const Stamp& stamp);
-  void Believe(const Stamp& stamp);
-  void Acquit();
-  bool AgreesWithRun(const Stamp& stamp) const;
+  bool take_one(const Stamp& stamp);
+  void believe(const Stamp& stamp);
+  void acquit();
+  bool agrees_with_run(const Stamp& stamp) const;
 
   u64 highest_ = 0;
   std::optional<Stamp> suspect_;

@@ -25,7 +25,7 @@ void CParserZep_2Gv4::SetTagDiDebug(const std::map<std::string, std::string>& re
   for (const auto& [name, suffix] : requests) debug_tags_[name].suffix = suffix;
 }
 
-void CParserZep_2Gv4::CollectDebugTag(const SAtomTag& tag) {
+void CParserZep_2Gv4::collect_debug_tag(const SAtomTag& tag) {
   for (auto& [name, debug_tag] : debug_tags_) {
     if (compared_part(name) != tag.name) continue;
     debug_tag.payloads.insert(debug_tag.payloads.end(), tag.payload, tag.payload + tag.payloadSize);

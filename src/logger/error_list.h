@@ -28,7 +28,7 @@ class ErrorList {
     if (times > 0) elements_.back() += times;
   }
   // As Append for each of `count` offsets from `first` on.
-  void AppendRun(u64 first, u64 count) {
+  void append_run(u64 first, u64 count) {
     for (; count > 0 && elements_.size() <= kListedOffsets; --count) Append(first++);
     if (count > 0) elements_.back() += count;
   }

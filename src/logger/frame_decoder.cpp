@@ -49,23 +49,23 @@ bool Accept(CCanaleQLT::Esito outcome, SStatMisura* statistics, u64 position) {
 
 }  // namespace
 
-u32 FrameDecoder::Decode(u32 offset) {
+u32 FrameDecoder::decode(u32 offset) {
   u64 at = offset;
   while (at < size_) {
     const u64 left = size_ - at;
     const u8* bytes = input_.At(at, std::min(left, kLookAhead));
     if (bytes[0] != '(') {
-      if (at == offset) return PassGarbage(bytes, at);
+      if (at == offset) return pass_garbage(bytes, at);
       // What follows good frames is the walker's: it may be a tag.
       if (!is_tag_mark(bytes, left)) errors_.file.Append(at);
       break;
     }
-    if (const u64 run = DecodePlainRun(bytes, std::min(input_.Ready(at), clock_.ToNextTakenBack(at))); run != 0) {
+    if (const u64 run = decode_plain_run(bytes, std::min(input_.ready(at), clock_.to_next_taken_back(at))); run != 0) {
       at += run;
       continue;
     }
     const u8 letter = left > 1 ? bytes[1] : 0;
-    const u32 consumed = DecodeFrame(letter, Frame{bytes, left, at, false});
+    const u32 consumed = decode_frame(letter, Frame{bytes, left, at, false});
     if (consumed == kStopWalk) return kStopWalk;
     if (consumed == kRejected) ++losses_.bytes;
     if (consumed == 0) {
@@ -89,23 +89,23 @@ void FrameDecoder::Reset() {
 
 // Bytes where neither a tag nor a frame begins: those up to the next that could. Where tags are no longer looked for
 // the walk ends.
-u32 FrameDecoder::PassGarbage(const u8* bytes, u64 at) {
+u32 FrameDecoder::pass_garbage(const u8* bytes, u64 at) {
   const u64 left = size_ - at;
   const u64 walked = left > kUnscannedTail ? left - kUnscannedTail : 1;
   if (is_tag_mark(bytes, left)) {
     ++losses_.bytes;
     return 1;
   }
-  const u64 within = std::min(walked, input_.Ready(at));
+  const u64 within = std::min(walked, input_.ready(at));
   const u64 count = static_cast<u64>(next_mark(bytes + 1, bytes + within) - bytes);
-  errors_.file.AppendRun(at, count);
+  errors_.file.append_run(at, count);
   losses_.bytes += count;
   return static_cast<u32>(count);
 }
 
 // The common case without its odd branches: (S frames of known channels with plain values, one behind the other, while
 // nobody counts them. Gives the bytes that they take; the frame behind them is DecodeFrame's, whatever it is.
-u64 FrameDecoder::DecodePlainRun(const u8* bytes, u64 ready) {
+u64 FrameDecoder::decode_plain_run(const u8* bytes, u64 ready) {
   const ChannelEntry* const channels = table_.entries().data();
   const u64 channel_count = table_.entries().size();
   const u8* at = bytes;
@@ -118,7 +118,7 @@ u64 FrameDecoder::DecodePlainRun(const u8* bytes, u64 ready) {
     const u64 length = kFrameHead + channel.sample_size + 1;
     if (channel.sink == nullptr || channel.statistics != nullptr) break;
     if (length > static_cast<u64>(end - at) || at[length - 1] != ')') break;
-    if (!channel.sink->HasRoom()) break;
+    if (!channel.sink->has_room()) break;
     const u64 time = time_of(at);
     if (!is_plausible(time, highest)) [[unlikely]]
       break;
@@ -126,32 +126,32 @@ u64 FrameDecoder::DecodePlainRun(const u8* bytes, u64 ready) {
     channel.sink->AddValore(time, channel.reader(at + kFrameHead));
     at += length;
   }
-  clock_.Raise(highest);
+  clock_.raise(highest);
   return static_cast<u64>(at - bytes);
 }
 
 // Its last byte is looked at first: a count in a broken frame may claim any length.
-bool FrameDecoder::ClosesFarAway(Frame* frame, u64 length) {
-  if (*input_.Far(frame->position + length - 1, 1) != ')') return false;
+bool FrameDecoder::closes_far_away(Frame* frame, u64 length) {
+  if (*input_.far(frame->position + length - 1, 1) != ')') return false;
   frame->at = input_.At(frame->position, length);
   return true;
 }
 
 // 0 for a letter that is no kind of frame.
-u32 FrameDecoder::DecodeFrame(u8 letter, const Frame& frame) {
+u32 FrameDecoder::decode_frame(u8 letter, const Frame& frame) {
   switch (letter) {
     case 'S':
-      return DecodeS(frame);
+      return decode_s(frame);
     case 'M':
-      return DecodeM(frame);
+      return decode_m(frame);
     case 'A':
-      return DecodeA(frame);
+      return decode_a(frame);
     case 'G':
-      return DecodeG(frame);
+      return decode_g(frame);
     case 'C':
-      return DecodeChunk(frame, false);
+      return decode_chunk(frame, false);
     case 'c':
-      return DecodeChunk(frame, true);
+      return decode_chunk(frame, true);
     default:
       return 0;
   }
@@ -159,7 +159,7 @@ u32 FrameDecoder::DecodeFrame(u8 letter, const Frame& frame) {
 
 // A sample without bytes is a claim without cover: a frame of 11 bytes could ask for 65,535 of them. A file is believed
 // a few for each of its bytes; beyond that they are left out, and nothing else.
-bool FrameDecoder::CoversEmptySamples(u64 samples) {
+bool FrameDecoder::covers_empty_samples(u64 samples) {
   constexpr u64 kPerByte = 4;
   constexpr u64 kAnyway = 65536;
   if (samples == 0) return true;
@@ -168,112 +168,112 @@ bool FrameDecoder::CoversEmptySamples(u64 samples) {
   return true;
 }
 
-u32 FrameDecoder::Reject(u64 position, ErrorList* errors, u64 Losses::*cause) {
+u32 FrameDecoder::reject(u64 position, ErrorList* errors, u64 Losses::*cause) {
   errors->Append(position);
   ++(losses_.*cause);
   return kRejected;
 }
 
-bool FrameDecoder::BelievesClock(u64 position, u64 time, u64 last) {
-  if (clock_.Believes(position, time, last)) return true;
+bool FrameDecoder::believes_clock(u64 position, u64 time, u64 last) {
+  if (clock_.believes(position, time, last)) return true;
   ++losses_.clocks;
   return false;
 }
 
-u32 FrameDecoder::StoreFailed() {
+u32 FrameDecoder::store_failed() {
   progress_.End(false);
   return kStopWalk;
 }
 
-u32 FrameDecoder::DecodeS(Frame frame) {
+u32 FrameDecoder::decode_s(Frame frame) {
   if (!frame.rebuilt && !progress_.Report(frame.position)) return kStopWalk;
-  if (frame.left < kFrameHead) return Reject(frame.position, &errors_.s, &Losses::broken_frames);
-  const ChannelEntry* channel = table_.EntryAt(load_u16(frame.at + kIndexOffset));
-  if (channel == nullptr) return Reject(frame.position, &errors_.s, &Losses::unknown_frames);
+  if (frame.left < kFrameHead) return reject(frame.position, &errors_.s, &Losses::broken_frames);
+  const ChannelEntry* channel = table_.entry_at(load_u16(frame.at + kIndexOffset));
+  if (channel == nullptr) return reject(frame.position, &errors_.s, &Losses::unknown_frames);
   const u64 length = kFrameHead + channel->sample_size + 1;
-  if (!Closes(&frame, length)) return Reject(frame.position, &errors_.s, &Losses::broken_frames);
+  if (!closes(&frame, length)) return reject(frame.position, &errors_.s, &Losses::broken_frames);
   const u64 time = time_of(frame.at);
   SStatMisura* statistics = channel->statistics;
-  if (!BelievesClock(frame.position, time, time)) {
+  if (!believes_clock(frame.position, time, time)) {
     if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
     return static_cast<u32>(length);
   }
   if (statistics != nullptr) statistics->ContaS();
-  clock_.Raise(time);
+  clock_.raise(time);
   const u8* sample = frame.at + kFrameHead;
-  if (!Accept(channel->Add(time, sample, frame.offset_of(sample)), statistics, frame.position)) return StoreFailed();
+  if (!Accept(channel->Add(time, sample, frame.offset_of(sample)), statistics, frame.position)) return store_failed();
   return static_cast<u32>(length);
 }
 
-u32 FrameDecoder::DecodeM(Frame frame) {
+u32 FrameDecoder::decode_m(Frame frame) {
   if (!frame.rebuilt && !progress_.Report(frame.position)) return kStopWalk;
-  if (frame.left < kMultipleHead) return Reject(frame.position, &errors_.m, &Losses::broken_frames);
-  const ChannelEntry* channel = table_.EntryAt(load_u16(frame.at + kIndexOffset));
-  if (channel == nullptr) return Reject(frame.position, &errors_.m, &Losses::unknown_frames);
+  if (frame.left < kMultipleHead) return reject(frame.position, &errors_.m, &Losses::broken_frames);
+  const ChannelEntry* channel = table_.entry_at(load_u16(frame.at + kIndexOffset));
+  if (channel == nullptr) return reject(frame.position, &errors_.m, &Losses::unknown_frames);
   const u32 count = load_u16(frame.at + kCountOffset);
   const u64 sample_size = channel->sample_size;
   const u64 length = kMultipleHead + count * sample_size + 1;
-  if (!Closes(&frame, length) || (sample_size == 0 && !CoversEmptySamples(count))) {
-    return Reject(frame.position, &errors_.m, &Losses::broken_frames);
+  if (!closes(&frame, length) || (sample_size == 0 && !covers_empty_samples(count))) {
+    return reject(frame.position, &errors_.m, &Losses::broken_frames);
   }
   const u64 time = time_of(frame.at);
   const u64 last = count == 0 ? 0 : time + u64{count - 1} * channel->object->record().period_us();
   SStatMisura* statistics = channel->statistics;
-  if (!BelievesClock(frame.position, time, last)) {
+  if (!believes_clock(frame.position, time, last)) {
     if (statistics != nullptr) statistics->AggiungiErrore(frame.position);
     return static_cast<u32>(length);
   }
   if (statistics != nullptr) statistics->ContaM();
-  if (!Accept(channel->AddMany(time, count, frame.at + kMultipleHead), statistics, frame.position))
-    return StoreFailed();
-  if (count != 0) clock_.Raise(last);
+  if (!Accept(channel->add_many(time, count, frame.at + kMultipleHead), statistics, frame.position))
+    return store_failed();
+  if (count != 0) clock_.raise(last);
   return static_cast<u32>(length);
 }
 
-u32 FrameDecoder::DecodeG(const Frame& frame) {
-  return DecodePlaces(frame, table_.groups(), &errors_.g, &SStatMisura::ContaG);
+u32 FrameDecoder::decode_g(const Frame& frame) {
+  return decode_places(frame, table_.groups(), &errors_.g, &SStatMisura::ContaG);
 }
 
-u32 FrameDecoder::DecodeA(const Frame& frame) {
-  return DecodePlaces(frame, table_.acquisitions(), &errors_.a, &SStatMisura::ContaA);
+u32 FrameDecoder::decode_a(const Frame& frame) {
+  return decode_places(frame, table_.acquisitions(), &errors_.a, &SStatMisura::ContaA);
 }
 
 // One sample for each place of a descriptor; place n is n steps later than the frame. The step of a group is 0.
-u32 FrameDecoder::DecodePlaces(Frame frame, const DescriptorTable& table, ErrorList* errors,
-                               void (SStatMisura::*count_sample)()) {
+u32 FrameDecoder::decode_places(Frame frame, const DescriptorTable& table, ErrorList* errors,
+                                void (SStatMisura::*count_sample)()) {
   if (!frame.rebuilt && !progress_.Report(frame.position)) return kStopWalk;
-  if (frame.left < kFrameHead) return Reject(frame.position, errors, &Losses::broken_frames);
-  ChannelDescriptor* descriptor = table_.FindDescriptor(table, load_u16(frame.at + kIndexOffset));
-  if (descriptor == nullptr) return Reject(frame.position, errors, &Losses::unknown_frames);
+  if (frame.left < kFrameHead) return reject(frame.position, errors, &Losses::broken_frames);
+  ChannelDescriptor* descriptor = table_.find_descriptor(table, load_u16(frame.at + kIndexOffset));
+  if (descriptor == nullptr) return reject(frame.position, errors, &Losses::unknown_frames);
   const u64 length = kFrameHead + descriptor->data_length() + 1;
-  if (!Closes(&frame, length)) return Reject(frame.position, errors, &Losses::broken_frames);
+  if (!closes(&frame, length)) return reject(frame.position, errors, &Losses::broken_frames);
   const u64 time = time_of(frame.at);
   // Places without a channel at the end of the list have their times, too.
   const u64 step = descriptor->step_us();
   const u64 last = time + (descriptor->count() - 1) * step;
-  if (!BelievesClock(frame.position, time, last)) {
+  if (!believes_clock(frame.position, time, last)) {
     errors->Append(frame.position);
     return static_cast<u32>(length);
   }
-  clock_.Raise(time);
+  clock_.raise(time);
   errors->Append(frame.position, descriptor->missing());
   const u8* data = frame.at + kFrameHead;
   const ChannelEntry* const channels = table_.entries().data();
-  for (const ChannelDescriptor::Place& place : BelievedPlaces(*descriptor)) {
+  for (const ChannelDescriptor::Place& place : believed_places(*descriptor)) {
     const ChannelEntry& channel = channels[place.channel];
     const u64 sample_time = time + place.number * step;
     SStatMisura* const statistics = channel.statistics;
-    if (channel.sink != nullptr && statistics == nullptr && channel.sink->HasRoom()) [[likely]] {
+    if (channel.sink != nullptr && statistics == nullptr && channel.sink->has_room()) [[likely]] {
       channel.sink->AddValore(sample_time, channel.reader(data));
     } else {
       if (statistics != nullptr) (statistics->*count_sample)();
       if (!Accept(channel.Add(sample_time, data, frame.offset_of(data)), statistics, frame.position)) {
-        return StoreFailed();
+        return store_failed();
       }
     }
     data += channel.sample_size;
   }
-  clock_.Raise(last);
+  clock_.raise(last);
   return static_cast<u32>(length);
 }
 

@@ -29,7 +29,7 @@ class FrameDecoder {
 
   // The bytes from an offset on, where no tag begins: gives how many of them the decoder is through with, at least 1,
   // or kStopWalk.
-  u32 Decode(u32 offset);
+  u32 decode(u32 offset);
   // Forgets all that it has seen.
   void Reset();
 
@@ -48,29 +48,29 @@ class FrameDecoder {
     u64 offset_of(const u8* bytes) const { return rebuilt ? position : position + static_cast<u64>(bytes - at); }
   };
   static constexpr u64 kLookAhead = 4096;
-  u32 PassGarbage(const u8* bytes, u64 at);
-  u64 DecodePlainRun(const u8* bytes, u64 ready);
-  u32 DecodeFrame(u8 letter, const Frame& frame);
-  u32 DecodeS(Frame frame);
-  u32 DecodeM(Frame frame);
-  u32 DecodeA(const Frame& frame);
-  u32 DecodeG(const Frame& frame);
+  u32 pass_garbage(const u8* bytes, u64 at);
+  u64 decode_plain_run(const u8* bytes, u64 ready);
+  u32 decode_frame(u8 letter, const Frame& frame);
+  u32 decode_s(Frame frame);
+  u32 decode_m(Frame frame);
+  u32 decode_a(const Frame& frame);
+  u32 decode_g(const Frame& frame);
   // Whether a frame of that length is all there, with its closing parenthesis; its bytes then stand in one piece.
-  bool Closes(Frame* frame, u64 length) {
+  bool closes(Frame* frame, u64 length) {
     if (length > frame->left) return false;
-    if (length > kLookAhead && !frame->rebuilt) return ClosesFarAway(frame, length);
+    if (length > kLookAhead && !frame->rebuilt) return closes_far_away(frame, length);
     return frame->at[length - 1] == ')';
   }
-  bool ClosesFarAway(Frame* frame, u64 length);
-  u32 DecodePlaces(Frame frame, const DescriptorTable& table, ErrorList* errors, void (SStatMisura::*count_sample)());
-  u32 Reject(u64 position, ErrorList* errors, u64 Losses::*cause);
-  bool BelievesClock(u64 position, u64 time, u64 last);
-  bool CoversEmptySamples(u64 samples);
-  const std::vector<ChannelDescriptor::Place>& BelievedPlaces(const ChannelDescriptor& descriptor) {
-    return CoversEmptySamples(descriptor.empty_places()) ? descriptor.places() : descriptor.places_with_bytes();
+  bool closes_far_away(Frame* frame, u64 length);
+  u32 decode_places(Frame frame, const DescriptorTable& table, ErrorList* errors, void (SStatMisura::*count_sample)());
+  u32 reject(u64 position, ErrorList* errors, u64 Losses::*cause);
+  bool believes_clock(u64 position, u64 time, u64 last);
+  bool covers_empty_samples(u64 samples);
+  const std::vector<ChannelDescriptor::Place>& believed_places(const ChannelDescriptor& descriptor) {
+    return covers_empty_samples(descriptor.empty_places()) ? descriptor.places() : descriptor.places_with_bytes();
   }
-  u32 StoreFailed();
-  u32 DecodeChunk(const Frame& frame, bool has_length);
+  u32 store_failed();
+  u32 decode_chunk(const Frame& frame, bool has_length);
   bool Rebuild(const ChunkHeader& header, CanMsgAssembler* assembler, u64* failed_index);
 
   InputFile& input_;

@@ -3,6 +3,7 @@
 // needs the whole file (date, idents, ECU info) is collected and worked out after the walk.
 
 #include <algorithm>
+#include <chrono>
 #include <ctime>
 
 #include "logger/logger_parser.h"
@@ -30,36 +31,26 @@ int digits(const u8* text, int count) {
   return value;
 }
 
-bool is_leap(int year) {
-  return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-}
-
-int days_of(int month, int year) {
-  constexpr int kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return month == 1 && is_leap(year) ? 29 : kDays[month];
-}
-
-// Days since Monday, 1 January of the year 1.
-int day_number(int year, int month, int day) {
-  const int before = year - 1;
-  int days = before * 365 + before / 4 - before / 100 + before / 400;
-  for (int m = 0; m < month; ++m) days += days_of(m, year);
-  return days + day - 1;
-}
-
 // Field by field; the day of the week and of the year follow from the date.
 std::tm clamped(const std::tm& given) {
+  using std::chrono::month;
+  using std::chrono::sys_days;
+  using std::chrono::year;
   constexpr int kYearZero = 1900;
   std::tm time{};
   time.tm_year = std::max(given.tm_year, 1990 - kYearZero);
   time.tm_mon = std::clamp(given.tm_mon, 0, 11);
-  time.tm_mday = std::clamp(given.tm_mday, 1, days_of(time.tm_mon, time.tm_year + kYearZero));
+  // The calendar comes again every 400 years: what isn't digits may give a year beyond those that the library knows.
+  const year known{2000 + (time.tm_year + kYearZero) % 400};
+  const std::chrono::year_month in = known / month{static_cast<unsigned>(time.tm_mon + 1)};
+  const unsigned last_day = static_cast<unsigned>((in / std::chrono::last).day());
+  time.tm_mday = std::clamp(given.tm_mday, 1, static_cast<int>(last_day));
   time.tm_hour = std::clamp(given.tm_hour, 0, 23);
   time.tm_min = std::clamp(given.tm_min, 0, 59);
   time.tm_sec = std::clamp(given.tm_sec, 0, 59);
-  const int day = day_number(time.tm_year + kYearZero, time.tm_mon, time.tm_mday);
-  time.tm_wday = (day + 1) % 7;
-  time.tm_yday = day - day_number(time.tm_year + kYearZero, 0, 1);
+  const sys_days day{in / time.tm_mday};
+  time.tm_wday = static_cast<int>(std::chrono::weekday{day}.c_encoding());
+  time.tm_yday = static_cast<int>((day - sys_days{known / std::chrono::January / 1}).count());
   return time;
 }
 
@@ -69,7 +60,7 @@ bool is_time_separator(u8 c) {
 
 }  // namespace
 
-bool CParserZep_2Gv4::WantsBytesOf(const SAtomTag& tag) const {
+bool CParserZep_2Gv4::wants_bytes_of(const SAtomTag& tag) const {
   return tag.name != "CNF";
 }
 
@@ -83,21 +74,21 @@ bool CParserZep_2Gv4::OnTag(const SAtomTag& tag) {
     return false;
   }
   if (clock_.is_watched()) {
-    WatchClockOf(tag);
+    watch_clock_of(tag);
     return true;
   }
   if (tag.name == "LAP") {
-    laps_.TakeTag(tag);
+    laps_.take_tag(tag);
   } else if (is_gps_name(tag.name)) {
-    AddGpsTag(tag);
-  } else if (!IsHeaderTag(tag)) {
-    CollectDebugTag(tag);
+    add_gps_tag(tag);
+  } else if (!is_header_tag(tag)) {
+    collect_debug_tag(tag);
   }
   return true;
 }
 
 // Takes a tag that describes the session; false if it is none of them.
-bool CParserZep_2Gv4::IsHeaderTag(const SAtomTag& tag) {
+bool CParserZep_2Gv4::is_header_tag(const SAtomTag& tag) {
   struct TextTag {
     const char* name;
     void (CParser::*set)(const std::string&);
@@ -136,14 +127,14 @@ bool CParserZep_2Gv4::IsHeaderTag(const SAtomTag& tag) {
 }
 
 // Only tags that may set the reader's time matter while nothing but clocks is looked at.
-void CParserZep_2Gv4::WatchClockOf(const SAtomTag& tag) {
+void CParserZep_2Gv4::watch_clock_of(const SAtomTag& tag) {
   if (!is_gps_name(tag.name) || tag.payloadSize != SGpsRecord::kSize) return;
   const u64 time = u64{load_u32(tag.payload)} * kMicrosecondsPerMillisecond;
-  clock_.WatchTag(tag.offset, time);
+  clock_.watch_tag(tag.offset, time);
 }
 
-void CParserZep_2Gv4::AddGpsTag(const SAtomTag& tag) {
-  if (clock_.IsTakenBack(tag.offset)) {
+void CParserZep_2Gv4::add_gps_tag(const SAtomTag& tag) {
+  if (clock_.is_taken_back(tag.offset)) {
     decoder_.errors().file.Append(tag.offset);
     ++decoder_.losses().clocks;
     return;
@@ -156,7 +147,7 @@ void CParserZep_2Gv4::AddGpsTag(const SAtomTag& tag) {
   }
 }
 
-void CParserZep_2Gv4::ExtractDateAndTime() {
+void CParserZep_2Gv4::extract_date_and_time() {
   std::tm time{};
   platform::local_time(std::time(nullptr), &time);
   for (const KeptTag& tag : time_tags_) {
@@ -176,7 +167,7 @@ void CParserZep_2Gv4::ExtractDateAndTime() {
   SetDataOra(clamped(time));
 }
 
-void CParserZep_2Gv4::ExtractIdents(const std::vector<KeptTag>& tags, IdentMap* idents) {
+void CParserZep_2Gv4::extract_idents(const std::vector<KeptTag>& tags, IdentMap* idents) {
   constexpr u32 kNoDevice = 0xFFFFFFFF;
   for (const KeptTag& tag : tags) {
     if (tag.payload.size() % SIdentRecord::kSize != 0) {
@@ -195,7 +186,7 @@ void CParserZep_2Gv4::ExtractIdents(const std::vector<KeptTag>& tags, IdentMap* 
   }
 }
 
-void CParserZep_2Gv4::ExtractEcuInfo() {
+void CParserZep_2Gv4::extract_ecu_info() {
   for (const KeptTag& tag : ecu_tags_) {
     std::vector<SAtomTag> inner_tags;
     CAtomTagDecoder().VectorTagsNamed(tag.payload.data(), static_cast<u32>(tag.payload.size()), {"MAN", "MOD"},

@@ -23,13 +23,13 @@ class InputFile {
   // `length` bytes from `offset` on in one piece, good until the next call.
   // REQUIRES: offset + length <= size(). Throws ReadFailure.
   const u8* At(u64 offset, u64 length) {
-    return Holds(offset, length) ? window_.get() + (offset - from_) : Load(offset, length);
+    return holds(offset, length) ? window_.get() + (offset - from_) : Load(offset, length);
   }
   // Bytes behind what At gave for `offset`, from there on.
-  u64 Ready(u64 offset) const { return end_ - offset; }
+  u64 ready(u64 offset) const { return end_ - offset; }
   // The same for a look at bytes elsewhere: what At gave stays good. REQUIRES: length <= kLongestLook.
-  const u8* Far(u64 offset, u64 length) {
-    return Holds(offset, length) ? window_.get() + (offset - from_) : Look(offset);
+  const u8* far(u64 offset, u64 length) {
+    return holds(offset, length) ? window_.get() + (offset - from_) : Look(offset);
   }
   static constexpr u64 kLongestLook = 2048;
 
@@ -38,7 +38,7 @@ class InputFile {
   static constexpr u64 kPage = 4096;
   static constexpr std::size_t kPages = 16;
 
-  bool Holds(u64 offset, u64 length) const { return offset >= from_ && offset + length <= end_; }
+  bool holds(u64 offset, u64 length) const { return offset >= from_ && offset + length <= end_; }
   const u8* Load(u64 offset, u64 length);
   const u8* Look(u64 offset);
 

@@ -18,7 +18,7 @@ u64 microseconds(i64 ms) {
 
 }  // namespace
 
-void LapBook::Begin(bool keep_lines) {
+void LapBook::begin(bool keep_lines) {
   keeps_lines_ = keep_lines;
   if (keep_lines) statistics_ = std::make_unique<SStatLap>();
   last_session_ = 0;
@@ -26,7 +26,7 @@ void LapBook::Begin(bool keep_lines) {
   last_lap_ = nullptr;
 }
 
-void LapBook::TakeTag(const SAtomTag& tag) {
+void LapBook::take_tag(const SAtomTag& tag) {
   const u64 offset = u64{tag.offset} + kTagOpeningSize;
   if (tag.version == 3) {
     LapRecord20(tag.payload, tag.payloadSize, offset);
@@ -35,12 +35,12 @@ void LapBook::TakeTag(const SAtomTag& tag) {
   } else if (tag.payloadSize == LapRecord::kSizeV1) {
     RegistraLap(LapRecord(tag.payload, LapRecord::kSizeV1), offset);
   } else {
-    NoteBadSize(offset);
+    note_bad_size(offset);
   }
 }
 
 // Kept only where it will be printed, so that memory doesn't grow with damage.
-void LapBook::NoteBadSize(u64 offset) {
+void LapBook::note_bad_size(u64 offset) {
   if (keeps_lines_) statistics_->bad_size_offsets.push_back(offset);
 }
 
@@ -48,7 +48,7 @@ void LapBook::LapRecord32(const u8* record, u32 size, u64 offset) {
   if (size == LapRecord::kSizeV2) {
     RegistraLap(LapRecord(record, size), offset);
   } else {
-    NoteBadSize(offset);
+    note_bad_size(offset);
   }
 }
 
@@ -56,14 +56,14 @@ void LapBook::LapRecord20(const u8* record, u32 size, u64 offset) {
   if (size == LapRecord::kSizeV3) {
     RegistraLap(LapRecord(record, size), offset);
   } else {
-    NoteBadSize(offset);
+    note_bad_size(offset);
   }
 }
 
 void LapBook::RegistraLap(const LapRecord& record, u64 offset) {
   const u64 mark_time = record.time_ms() != 0 ? u64{record.time_ms()} * kMicrosecondsPerMillisecond : now_;
   if (record.split() == 0) {
-    RegisterLapMark(record, mark_time, offset);
+    register_lap_mark(record, mark_time, offset);
     return;
   }
   if (record.time_ms() == 0) return;
@@ -71,10 +71,10 @@ void LapBook::RegistraLap(const LapRecord& record, u64 offset) {
   if (SRkLap* lap = session_.GetGiro(record.session(), record.lap() + 1)) GestioneSplit(lap, record, mark_time, offset);
 }
 
-void LapBook::RegisterLapMark(const LapRecord& record, u64 mark_time, u64 offset) {
+void LapBook::register_lap_mark(const LapRecord& record, u64 mark_time, u64 offset) {
   const bool is_new_run = record.lap() == 1 && record.kind(1) == kNewRun;
   if (record.session() <= last_session_ && record.lap() <= last_lap_number_ && !is_new_run) {
-    HandToStatistics(record, offset);
+    hand_to_statistics(record, offset);
     ++statistics_->repeated_laps;
     return;
   }
@@ -95,7 +95,7 @@ void LapBook::RegisterLapMark(const LapRecord& record, u64 mark_time, u64 offset
   last_lap_ = lap;
   last_session_ = record.session();
   last_lap_number_ = record.lap();
-  HandToStatistics(record, offset);
+  hand_to_statistics(record, offset);
   // The stretch from the last split to the line gets a split of its own.
   if (!lap->splits.empty()) GestioneSplit(lap, record, mark_time, offset);
 }
@@ -132,10 +132,10 @@ void LapBook::GestioneSplit(SRkLap* lap, const LapRecord& record, u64 mark_time,
   lap->splits[number] = std::move(split);
   last_session_ = record.session();
   last_lap_number_ = record.lap();
-  HandToStatistics(record, offset);
+  hand_to_statistics(record, offset);
 }
 
-void LapBook::HandToStatistics(const LapRecord& record, u64 offset) {
+void LapBook::hand_to_statistics(const LapRecord& record, u64 offset) {
   const u32 time_ms = record.time_ms() != 0
                           ? record.time_ms()
                           : static_cast<u32>((now_ + kMicrosecondsPerMillisecond / 2) / kMicrosecondsPerMillisecond);
@@ -146,7 +146,7 @@ void LapBook::HandToStatistics(const LapRecord& record, u64 offset) {
   }
 }
 
-void LapBook::AddClosingLap(const SessionMap& sessions, u64 first_time) {
+void LapBook::add_closing_lap(const SessionMap& sessions, u64 first_time) {
   i32 session_number = 0;
   i32 highest_lap = 0;
   bool closing_lap_due = false;

@@ -18,14 +18,14 @@ class LapBook : public ILapReceiver {
   LapBook(CParser* session, const u64* now) : session_(*session), now_(*now) {}
 
   // Before the first mark. keep_lines: a printable line of each mark is wanted.
-  void Begin(bool keep_lines);
-  void TakeTag(const SAtomTag& tag);
+  void begin(bool keep_lines);
+  void take_tag(const SAtomTag& tag);
   // One lap record of the 32-byte and of the 20-byte form, with the file offset that it is reported under. Another size
   // is noted and changes nothing.
   void LapRecord32(const u8* record, u32 size, u64 offset) override;
   void LapRecord20(const u8* record, u32 size, u64 offset) override;
   // The data behind the last mark would otherwise belong to no lap. `sessions`: those of the session.
-  void AddClosingLap(const SessionMap& sessions, u64 first_time);
+  void add_closing_lap(const SessionMap& sessions, u64 first_time);
 
   const SStatLap& statistics() const { return *statistics_; }
 
@@ -36,11 +36,11 @@ class LapBook : public ILapReceiver {
     void Aggiungi32(u64, u32, const LapRecord&) override {}
   };
 
-  void NoteBadSize(u64 offset);
+  void note_bad_size(u64 offset);
   void RegistraLap(const LapRecord& record, u64 offset);
-  void RegisterLapMark(const LapRecord& record, u64 mark_time, u64 offset);
+  void register_lap_mark(const LapRecord& record, u64 mark_time, u64 offset);
   void GestioneSplit(SRkLap* lap, const LapRecord& record, u64 mark_time, u64 offset);
-  void HandToStatistics(const LapRecord& record, u64 offset);
+  void hand_to_statistics(const LapRecord& record, u64 offset);
 
   CParser& session_;
   const u64& now_;

@@ -16,16 +16,16 @@ void append_time(ReportText* line, std::string_view word, i64 ms) {
 }  // namespace
 
 void SStatLap::Aggiungi20(u64 offset, u32 time_ms, const LapRecord& record) {
-  Keep(offset, time_ms, record);
+  keep(offset, time_ms, record);
 }
 
 void SStatLap::Aggiungi32(u64 offset, u32 time_ms, const LapRecord& record) {
-  Keep(offset, time_ms, record);
+  keep(offset, time_ms, record);
 }
 
-void SStatLap::Keep(u64 offset, u32 time_ms, const LapRecord& record) {
+void SStatLap::keep(u64 offset, u32 time_ms, const LapRecord& record) {
   ReportText line;
-  line.ListedOffset(offset).Text(" mclk ").Number(time_ms, 10);
+  line.listed_offset(offset).Text(" mclk ").Number(time_ms, 10);
   line.Text(" [ ").Number(record.session(), 3).Number(record.lap(), 3).Number(record.split(), 3).Text("]");
   append_time(&line, "lapTime", record.lap_time_ms());
   append_time(&line, "splitTime", record.split_time_ms());

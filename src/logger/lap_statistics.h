@@ -24,7 +24,7 @@ struct SStatLap {
   u32 bad_allocs = 0;
 
  private:
-  void Keep(u64 offset, u32 time_ms, const LapRecord& record);
+  void keep(u64 offset, u32 time_ms, const LapRecord& record);
 };
 
 }  // namespace traguardo

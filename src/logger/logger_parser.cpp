@@ -34,9 +34,9 @@ bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
     return false;
   }
   if (refused_ || size_ == 0) return false;
-  laps_.Begin(options_.lap_statistics);
+  laps_.begin(options_.lap_statistics);
   TRAGUARDO_LOG(kParsaFile, "%s [%d] NOTICE = OK parsing file %s\n", GetNomeFile());
-  if (!walk_progress_.Begin(progress)) {
+  if (!walk_progress_.begin(progress)) {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ALERT = Ext break\n");
     walk_progress_.End(false);
     return false;
@@ -44,7 +44,7 @@ bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
 
   bool good = false;
   try {
-    good = (!recover_clock_ || FindWrongClocks()) && Walk();
+    good = (!recover_clock_ || find_wrong_clocks()) && Walk();
   } catch (const std::exception& problem) {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Exception caught!\n");
     const bool is_reading = dynamic_cast<const platform::ReadFailure*>(&problem) != nullptr;
@@ -53,13 +53,13 @@ bool CParserZep_2Gv4::ParsaFile(IProgress* progress) {
   }
   table_.Clear();
   walk_progress_.End(good);
-  walk_progress_.Forget();
+  walk_progress_.forget();
   return good;
 }
 
 // Leaves the reader as it was, but for the clocks to take back.
-bool CParserZep_2Gv4::FindWrongClocks() {
-  clock_.BeginWatch();
+bool CParserZep_2Gv4::find_wrong_clocks() {
+  clock_.begin_watch();
   table_.set_keeps_samples(false);
   walk_progress_.set_silent(true);
   const bool whole = tags::walk(&input_, size_, *this);
@@ -67,13 +67,13 @@ bool CParserZep_2Gv4::FindWrongClocks() {
   table_.set_keeps_samples(true);
   table_.Clear();
   decoder_.Reset();
-  clock_.EndWatch();
+  clock_.end_watch();
   tag_count_ = 0;
   return whole;
 }
 
 u32 CParserZep_2Gv4::OnUntaggedBytes(u32 offset) {
-  const u32 advanced = decoder_.Decode(offset);
+  const u32 advanced = decoder_.decode(offset);
   if (advanced != kStopWalk) known_end_ = u64{offset} + advanced;
   return advanced;
 }
@@ -88,37 +88,37 @@ bool CParserZep_2Gv4::Walk() {
   if (tag_count_ == 0) {
     TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = No tags found\n");
   } else {
-    RunAfterWalkSteps();
-    HandOverChannels();
+    run_after_walk_steps();
+    hand_over_channels();
     // Samples that never reached the disk are no session: a full disk is a failed open.
-    if (!FinishStores()) {
+    if (!finish_stores()) {
       TRAGUARDO_LOG(kParsaFile, "%s [%d] ERROR = Bad something\n");
       return false;
     }
-    if (clock_.now() > 0) laps_.AddClosingLap(sessions(), first_time_);
+    if (clock_.now() > 0) laps_.add_closing_lap(sessions(), first_time_);
     RicalcolaInizioGiri();
     RimuoviTracceVuote();
     good = true;
   }
-  WriteReport(GetNomeFile() + L".tw3.log");
+  write_report(GetNomeFile() + L".tw3.log");
   SalvaTagDiDebugSePresenti();
   return good;
 }
 
-void CParserZep_2Gv4::RunAfterWalkSteps() {
-  ExtractDateAndTime();
-  ExtractIdents(main_ident_tags_, &main_idents_);
-  ExtractIdents(net_ident_tags_, &net_idents_);
-  ExtractEcuInfo();
+void CParserZep_2Gv4::run_after_walk_steps() {
+  extract_date_and_time();
+  extract_idents(main_ident_tags_, &main_idents_);
+  extract_idents(net_ident_tags_, &net_idents_);
+  extract_ecu_info();
 }
 
-void CParserZep_2Gv4::HandOverChannels() {
+void CParserZep_2Gv4::hand_over_channels() {
   for (const auto& object : table_.channels()) {
-    if (object != nullptr && object->channel() != nullptr) channels_.push_back(object->HandOverChannel());
+    if (object != nullptr && object->channel() != nullptr) channels_.push_back(object->hand_over_channel());
   }
 }
 
-bool CParserZep_2Gv4::FinishStores() {
+bool CParserZep_2Gv4::finish_stores() {
   u64 first = std::numeric_limits<u64>::max();
   bool good = true;
   for (const auto& channel : channels_) {

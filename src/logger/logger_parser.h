@@ -46,18 +46,18 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper {
   }
 
   // --- IExternalHelper
-  bool WantsBytesOf(const SAtomTag& tag) const override;
+  bool wants_bytes_of(const SAtomTag& tag) const override;
   bool OnTag(const SAtomTag& tag) override;
   u32 OnUntaggedBytes(u32 offset) override;
 
   // Names of tags whose payloads are wanted, each with the suffix of the file that they go to.
   void SetTagDiDebug(const std::map<std::string, std::string>& requests);
   // Channels to read; empty for all.
-  void SetCanaliVoluti(std::set<std::string> names) { table_.SetWanted(std::move(names)); }
+  void SetCanaliVoluti(std::set<std::string> names) { table_.set_wanted(std::move(names)); }
 
   // Looks through the stream once before it is read, so that a clock which all behind it contradict costs its own frame
   // and nothing else.
-  void SetRecoverClock(bool recover) { recover_clock_ = recover; }
+  void set_recover_clock(bool recover) { recover_clock_ = recover; }
 
   const Losses& losses() const { return decoder_.losses(); }
   // For those who look inside: what the walk refused. The chunk streams stay for as long as the reader.
@@ -78,12 +78,12 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper {
 
  private:
   // --- logger_parser.cpp
-  bool FindWrongClocks();
+  bool find_wrong_clocks();
   bool Walk();
-  void RunAfterWalkSteps();
-  void HandOverChannels();
+  void run_after_walk_steps();
+  void hand_over_channels();
   // False if a store could not be brought to the disk.
-  bool FinishStores();
+  bool finish_stores();
 
   // --- header_tags.cpp
   // A tag that waits for the end of the walk.
@@ -92,17 +92,17 @@ class CParserZep_2Gv4 : public CParser, public IExternalHelper {
     std::string name;
     std::vector<u8> payload;
   };
-  bool IsHeaderTag(const SAtomTag& tag);
-  void WatchClockOf(const SAtomTag& tag);
-  void AddGpsTag(const SAtomTag& tag);
-  void ExtractDateAndTime();
-  void ExtractIdents(const std::vector<KeptTag>& tags, IdentMap* idents);
-  void ExtractEcuInfo();
+  bool is_header_tag(const SAtomTag& tag);
+  void watch_clock_of(const SAtomTag& tag);
+  void add_gps_tag(const SAtomTag& tag);
+  void extract_date_and_time();
+  void extract_idents(const std::vector<KeptTag>& tags, IdentMap* idents);
+  void extract_ecu_info();
 
   // --- report.cpp, debug_tags.cpp
-  void WriteReport(const std::wstring& path);
+  void write_report(const std::wstring& path);
   void SalvaTagDiDebugSePresenti();
-  void CollectDebugTag(const SAtomTag& tag);
+  void collect_debug_tag(const SAtomTag& tag);
 
   InputFile input_;
   u32 size_ = 0;

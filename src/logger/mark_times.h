@@ -30,19 +30,19 @@ class MarkTimes {
   }
 
   // The time of the first mark of the file that lies between the two, both included.
-  std::optional<u32> FirstIn(u32 from_ms, u32 to_ms) const {
+  std::optional<u32> first_in(u32 from_ms, u32 to_ms) const {
     const auto from = std::lower_bound(by_time_.begin(), by_time_.end(), from_ms,
                                        [this](u32 mark, u32 time) { return times_ms_[mark] < time; });
     const auto to = std::upper_bound(by_time_.begin(), by_time_.end(), to_ms,
                                      [this](u32 time, u32 mark) { return time < times_ms_[mark]; });
     if (from >= to) return std::nullopt;
-    return times_ms_[EarliestOf(static_cast<std::size_t>(from - by_time_.begin()),
-                                static_cast<std::size_t>(to - by_time_.begin()))];
+    return times_ms_[earliest_of(static_cast<std::size_t>(from - by_time_.begin()),
+                                 static_cast<std::size_t>(to - by_time_.begin()))];
   }
 
  private:
   // REQUIRES: first < last.
-  u32 EarliestOf(std::size_t first, std::size_t last) const {
+  u32 earliest_of(std::size_t first, std::size_t last) const {
     u32 earliest = std::numeric_limits<u32>::max();
     for (first += by_time_.size(), last += by_time_.size(); first < last; first /= 2, last /= 2) {
       if (first % 2 == 1) earliest = std::min(earliest, earliest_[first++]);

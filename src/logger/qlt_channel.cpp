@@ -32,7 +32,7 @@ float CCanaleQLT::Converti(const u8*) const {
   return 0.0F;
 }
 
-void CCanaleQLT::SetRecord(const ChannelRecord& record) {
+void CCanaleQLT::set_record(const ChannelRecord& record) {
   record_ = record;
   sample_size_ = record.sample_size();
   period_ = record.period_us();
@@ -41,24 +41,24 @@ void CCanaleQLT::SetRecord(const ChannelRecord& record) {
   reader_ = {};
 }
 
-void CCanaleQLT::SetChannel(std::unique_ptr<CParsedChannel> channel) {
+void CCanaleQLT::set_channel(std::unique_ptr<CParsedChannel> channel) {
   owned_channel_ = std::move(channel);
   channel_ = owned_channel_.get();
 }
 
-void CCanaleQLT::SetConverter(std::unique_ptr<IConverter> converter, const SampleReader& reader) {
+void CCanaleQLT::set_converter(std::unique_ptr<IConverter> converter, const SampleReader& reader) {
   reader_ = reader;
   // A channel has one or the other: a file may list 65,536 of them.
   converter_ = reader ? nullptr : std::move(converter);
 }
 
-float CCanaleQLT::ValueOf(const u8* sample) const {
+float CCanaleQLT::value_of(const u8* sample) const {
   if (reader_) return reader_(sample);
   CoveredSample copy;
-  return converter_ != nullptr ? converter_->Converti(Covered(sample, format_size_, &copy)) : 0.0F;
+  return converter_ != nullptr ? converter_->Converti(covered(sample, format_size_, &copy)) : 0.0F;
 }
 
-const u8* CCanaleQLT::Covered(const u8* sample, u32 wanted, CoveredSample* copy) const {
+const u8* CCanaleQLT::covered(const u8* sample, u32 wanted, CoveredSample* copy) const {
   if (sample_size_ >= wanted) return sample;
   copy->fill(0);
   std::copy(sample, sample + sample_size_, copy->begin());
@@ -67,14 +67,14 @@ const u8* CCanaleQLT::Covered(const u8* sample, u32 wanted, CoveredSample* copy)
 
 CCanaleQLT::Esito CCanaleQLT::ConvertiAndAddValore(u64 time, const u8* sample, u64) {
   if (channel_ == nullptr) return kBuono;
-  return OutcomeOf(channel_->AddValore(time, ValueOf(sample)));
+  return outcome_of(channel_->AddValore(time, value_of(sample)));
 }
 
 CCanaleQLT::Esito CCanaleQLT::ConvertiAndAddValori(u64 time, u32 count, const u8* samples) {
   if (channel_ == nullptr) return kBuono;
   Esito outcome = kBuono;
   for (u32 i = 0; i < count; ++i, samples += sample_size_, time += period_) {
-    const Esito one = OutcomeOf(channel_->AddValore(time, ValueOf(samples)));
+    const Esito one = outcome_of(channel_->AddValore(time, value_of(samples)));
     if (one == kMemoriaFinita) return one;
     if (one == kRifiutato) outcome = kRifiutato;
   }
@@ -88,7 +88,7 @@ CCanaleQLT::Esito CCanaleQLT_GPS::ConvertiAndAddValore(u64 time, const u8* sampl
     trace_->AddRecord(time, sample, sample_size(), offset);
   } else {
     CoveredSample copy;
-    trace_->AddRecord(time, Covered(sample, SGpsRecord::kSize, &copy), SGpsRecord::kSize, offset);
+    trace_->AddRecord(time, covered(sample, SGpsRecord::kSize, &copy), SGpsRecord::kSize, offset);
   }
   return kBuono;
 }

@@ -22,7 +22,7 @@ class CCanaleQLT : public IConverter, public SStatMisura {
   // What became of a converted sample.
   enum Esito { kBuono = 0, kRifiutato = 1, kMemoriaFinita = 2 };
 
-  explicit CCanaleQLT(const ChannelRecord& record) { SetRecord(record); }
+  explicit CCanaleQLT(const ChannelRecord& record) { set_record(record); }
   CCanaleQLT(const CCanaleQLT&) = delete;
   CCanaleQLT& operator=(const CCanaleQLT&) = delete;
   ~CCanaleQLT() override;
@@ -46,41 +46,41 @@ class CCanaleQLT : public IConverter, public SStatMisura {
   const ChannelRecord& record() const { return record_; }
   u32 sample_size() const { return sample_size_; }
   // Also drops the converter, which was made from the old record.
-  void SetRecord(const ChannelRecord& record);
+  void set_record(const ChannelRecord& record);
 
   CParsedChannel* channel() const { return channel_; }
-  void SetChannel(std::unique_ptr<CParsedChannel> channel);
+  void set_channel(std::unique_ptr<CParsedChannel> channel);
   // The channel goes to its new owner and stays this object's target.
-  std::unique_ptr<CParsedChannel> HandOverChannel() { return std::move(owned_channel_); }
+  std::unique_ptr<CParsedChannel> hand_over_channel() { return std::move(owned_channel_); }
 
   // The reader of a channel whose samples are plain values with all their bytes, for the decode loop.
-  bool HasBareReader() const { return channel_ != nullptr && static_cast<bool>(reader_); }
+  bool has_bare_reader() const { return channel_ != nullptr && static_cast<bool>(reader_); }
   const SampleReader& bare_reader() const { return reader_; }
-  static Esito OutcomeOf(CParsedChannel::Esito added) {
+  static Esito outcome_of(CParsedChannel::Esito added) {
     if (added == CParsedChannel::kRefused) return kRifiutato;
     return added == CParsedChannel::kOutOfMemory ? kMemoriaFinita : kBuono;
   }
   // `reader`: the converter's bare reader, where it has one and samples have all the bytes that it reads.
-  void SetConverter(std::unique_ptr<IConverter> converter, const SampleReader& reader);
+  void set_converter(std::unique_ptr<IConverter> converter, const SampleReader& reader);
 
   // Null while nobody asked for them: then nothing is counted and no offset kept.
   SStatMisura* statistics() const { return statistics_; }
-  void InstallStatistics() {
+  void install_statistics() {
     if (separate_statistics_ == nullptr) separate_statistics_ = std::make_unique<SStatMisura>();
     statistics_ = separate_statistics_.get();
   }
   // Without an object of their own the statistics are this one: it keeps the offsets of refused samples and counts
   // none.
-  void InstallOffsetsOnly() { statistics_ = this; }
+  void install_offsets_only() { statistics_ = this; }
 
  protected:
   // The bytes of a sample as its format wants them: as they are, or a copy with zeros behind their end where the record
   // gives a sample fewer bytes than its format has.
   using CoveredSample = std::array<u8, kLongestStandardSample>;
-  const u8* Covered(const u8* sample, u32 wanted, CoveredSample* copy) const;
+  const u8* covered(const u8* sample, u32 wanted, CoveredSample* copy) const;
 
  private:
-  float ValueOf(const u8* sample) const;
+  float value_of(const u8* sample) const;
 
   ChannelRecord record_;
   u32 sample_size_ = 0;

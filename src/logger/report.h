@@ -34,37 +34,37 @@ class ParseReport {
 
  private:
   void Idents();
-  void IdentsOf(const IdentMap& idents, std::string_view first_label);
+  void idents_of(const IdentMap& idents, std::string_view first_label);
   void Ident(const SIdentRecord& record, std::string_view label);
   void Version(std::string_view label, const u8* version);
   void Tables();
-  void DescriptorSection(std::string_view title, const std::map<u16, std::unique_ptr<ChannelDescriptor>>& table);
-  void ChannelRow(u16 key, const CCanaleQLT& channel);
-  void ChunkStreams();
-  void EcuInformation();
-  void UserInformation();
-  void TrackInformation();
-  void TrackRecord();
-  void ChannelRates();
-  void ChannelCounters(const SStatMisura& statistics);
-  void FrameErrors();
+  void descriptor_section(std::string_view title, const std::map<u16, std::unique_ptr<ChannelDescriptor>>& table);
+  void channel_row(u16 key, const CCanaleQLT& channel);
+  void chunk_streams();
+  void ecu_information();
+  void user_information();
+  void track_information();
+  void track_record();
+  void channel_rates();
+  void channel_counters(const SStatMisura& statistics);
+  void frame_errors();
   void Laps();
-  void GpsStatistics(const SStatGPS& statistics);
-  void GpsListing(const std::vector<SGpsRecord>& records, const MarkTimes& marks);
-  void GpsLine(const SGpsRecord& record, const SGpsRecord& before);
+  void gps_statistics(const SStatGPS& statistics);
+  void gps_listing(const std::vector<SGpsRecord>& records, const MarkTimes& marks);
+  void gps_line(const SGpsRecord& record, const SGpsRecord& before);
 
-  void Title(std::string_view title) { text_.LineEnd().Text(title).LineEnd(); }
-  void Line(std::string_view label, std::string_view text) { text_.Text(label).Text(text).LineEnd(); }
-  void CountLine(std::string_view label, u64 count, u64 total) {
-    text_.Text(label).Number(count).Percentage(count, total).LineEnd();
+  void title(std::string_view title) { text_.line_end().Text(title).line_end(); }
+  void Line(std::string_view label, std::string_view text) { text_.Text(label).Text(text).line_end(); }
+  void count_line(std::string_view label, u64 count, u64 total) {
+    text_.Text(label).Number(count).percentage(count, total).line_end();
   }
   template <typename Offset>
-  void OffsetLine(const std::vector<Offset>& offsets);
+  void offset_line(const std::vector<Offset>& offsets);
 
   // Sends what is composed to the disk once it is large: a row of a table can be a hundred times as long as the two
   // bytes of the file that ask for it.
-  void SpillWhenLarge();
-  void Spill();
+  void spill_when_large();
+  void spill();
 
   CParserZep_2Gv4& reader_;
   const std::wstring path_;

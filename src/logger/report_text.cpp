@@ -8,13 +8,13 @@
 
 namespace traguardo {
 
-ReportText& ReportText::Padded(std::string_view text, std::size_t width) {
+ReportText& ReportText::padded(std::string_view text, std::size_t width) {
   text_ += text;
   if (text.size() < width) text_.append(width - text.size(), ' ');
   return *this;
 }
 
-ReportText& ReportText::RightAligned(std::string_view text, std::size_t width) {
+ReportText& ReportText::right_aligned(std::string_view text, std::size_t width) {
   if (text.size() < width) text_.append(width - text.size(), ' ');
   text_ += text;
   return *this;
@@ -27,12 +27,12 @@ ReportText& ReportText::Digits(i64 value, std::size_t width) {
   return Text(digits);
 }
 
-ReportText& ReportText::Real(double value, std::size_t width) {
+ReportText& ReportText::real(double value, std::size_t width) {
   constexpr int kSignificantDigits = 6;
   char digits[32];
   const std::to_chars_result result =
       std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, kSignificantDigits);
-  return RightAligned(std::string_view(digits, static_cast<std::size_t>(result.ptr - digits)), width);
+  return right_aligned(std::string_view(digits, static_cast<std::size_t>(result.ptr - digits)), width);
 }
 
 ReportText& ReportText::Offset(u64 offset) {
@@ -46,12 +46,12 @@ ReportText& ReportText::Offset(u64 offset) {
   return *this;
 }
 
-ReportText& ReportText::Percentage(u64 count, u64 total) {
+ReportText& ReportText::percentage(u64 count, u64 total) {
   const float percentage = static_cast<float>(count) * 100.0F / static_cast<float>(total);
-  return Text(" [").Real(percentage).Text(" pct]");
+  return Text(" [").real(percentage).Text(" pct]");
 }
 
-ReportText& ReportText::ErrorLine(std::string_view label, const std::vector<u64>& elements) {
+ReportText& ReportText::error_line(std::string_view label, const std::vector<u64>& elements) {
   if (elements.empty()) return *this;
   Text(label).Text(" ").Number(elements.size()).Text(" ");
   if (elements.size() > ErrorList::kListedOffsets) Text("(first ").Number(ErrorList::kListedOffsets).Text(" here) ");
@@ -59,10 +59,10 @@ ReportText& ReportText::ErrorLine(std::string_view label, const std::vector<u64>
   u64 before = ~u64{0};
   const std::size_t shown = std::min(elements.size(), ErrorList::kListedOffsets);
   for (std::size_t i = 0; i < shown; ++i) {
-    if (elements[i] != before + 1) ListedOffset(elements[i]);
+    if (elements[i] != before + 1) listed_offset(elements[i]);
     before = elements[i];
   }
-  return LineEnd();
+  return line_end();
 }
 
 }  // namespace traguardo

@@ -18,33 +18,33 @@ class ReportText {
     return *this;
   }
   // Blanks behind the text up to `width` characters; a longer text stays whole.
-  ReportText& Padded(std::string_view text, std::size_t width);
+  ReportText& padded(std::string_view text, std::size_t width);
   // In decimal, with blanks in front up to `width` characters.
   template <typename Integer>
   ReportText& Number(Integer value, std::size_t width = 0) {
-    return RightAligned(std::to_string(value), width);
+    return right_aligned(std::to_string(value), width);
   }
   // In decimal, with zeros in front up to `width` characters. A minus sign counts as one and stands before the zeros.
   ReportText& Digits(i64 value, std::size_t width);
   // Six significant digits, as a text stream prints a float by default.
-  ReportText& Real(double value, std::size_t width = 0);
+  ReportText& real(double value, std::size_t width = 0);
   // " 0x" and ten hexadecimal digits.
   ReportText& Offset(u64 offset);
   // The same as an entry of a list.
-  ReportText& ListedOffset(u64 offset) { return Offset(offset).Text(","); }
+  ReportText& listed_offset(u64 offset) { return Offset(offset).Text(","); }
   // " [25 pct]". REQUIRES: total is not 0.
-  ReportText& Percentage(u64 count, u64 total);
-  ReportText& LineEnd() { return Text("\n"); }
+  ReportText& percentage(u64 count, u64 total);
+  ReportText& line_end() { return Text("\n"); }
   // The offsets of one kind of damage with their number, on a line; nothing for an empty list. Elements behind the
   // hundredth are left out: in an ErrorList the one there is a count.
-  ReportText& ErrorLine(std::string_view label, const std::vector<u64>& elements);
+  ReportText& error_line(std::string_view label, const std::vector<u64>& elements);
 
   const std::string& text() const { return text_; }
   std::size_t size() const { return text_.size(); }
   void Clear() { text_.clear(); }
 
  private:
-  ReportText& RightAligned(std::string_view text, std::size_t width);
+  ReportText& right_aligned(std::string_view text, std::size_t width);
 
   std::string text_;
 };

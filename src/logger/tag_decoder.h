@@ -43,7 +43,7 @@ class IExternalHelper {
  public:
   virtual ~IExternalHelper() = default;
   // Whether OnTag wants the bytes of a tag: one that reads them by itself may save the memory for a large one.
-  virtual bool WantsBytesOf(const SAtomTag&) const { return true; }
+  virtual bool wants_bytes_of(const SAtomTag&) const { return true; }
   // False ends the walk.
   virtual bool OnTag(const SAtomTag& tag) = 0;
   // No valid tag begins at this offset. Gives the number of bytes to advance, at least 1, or kStopWalk.

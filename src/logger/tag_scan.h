@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // How a tag is told from sample data, over bytes that lie in a buffer or are read from a file on demand: a source gives
-// `At`, bytes in one piece that are good until the next call, and `Far`, a look at bytes elsewhere.
+// `At`, bytes in one piece that are good until the next call, and `far`, a look at bytes elsewhere.
 #pragma once
 
 #include <algorithm>
@@ -24,7 +24,7 @@ class BufferSource {
  public:
   explicit BufferSource(const u8* buffer) : buffer_(buffer) {}
   const u8* At(u64 offset, u64) const { return buffer_ + offset; }
-  const u8* Far(u64 offset, u64) const { return buffer_ + offset; }
+  const u8* far(u64 offset, u64) const { return buffer_ + offset; }
 
  private:
   const u8* buffer_;
@@ -36,7 +36,7 @@ class PartSource {
  public:
   PartSource(Source* whole, u64 begin) : whole_(whole), begin_(begin) {}
   const u8* At(u64 offset, u64 length) { return whole_->At(begin_ + offset, length); }
-  const u8* Far(u64 offset, u64 length) { return whole_->Far(begin_ + offset, length); }
+  const u8* far(u64 offset, u64 length) { return whole_->far(begin_ + offset, length); }
 
  private:
   Source* whole_;
@@ -68,7 +68,7 @@ class PayloadSums {
     u32 sum = 0;
     while (from < to) {
       const u64 count = std::min(kBlock, to - from);
-      const u8* bytes = source_->Far(from, count);
+      const u8* bytes = source_->far(from, count);
       for (u64 i = 0; i < count; ++i) sum += bytes[i];
       from += count;
     }
@@ -101,7 +101,7 @@ bool is_valid_tag(Source* source, u64 size, u64 offset, PayloadSums<Source>* sum
   const u64 payload_size = load_u32(opening + kSizeOffset);
   const u64 closing_at = offset + kTagOpeningSize + payload_size;
   if (closing_at + kTagClosingSize > size) return false;
-  const u8* closing = source->Far(closing_at, kTagClosingSize);
+  const u8* closing = source->far(closing_at, kTagClosingSize);
   if (closing[0] != '<' || closing[kClosingEnd] != '>') return false;
   if (!names_equal(opening + kNameOffset, closing + kClosingNameOffset)) return false;
   const u16 stated = load_u16(closing + kChecksumOffset);
@@ -153,7 +153,7 @@ u32 step(Source* source, u32 size, u32 offset, IExternalHelper& helper, PayloadS
   while (offset < end) {
     if (is_valid_tag(source, size, offset, sums)) {
       SAtomTag tag = tag_without_bytes(source, offset);
-      if (helper.WantsBytesOf(tag)) tag = tag_at(source, offset);
+      if (helper.wants_bytes_of(tag)) tag = tag_at(source, offset);
       return helper.OnTag(tag) ? offset + tag.totalSize : kStopWalk;
     }
     const u32 advance = helper.OnUntaggedBytes(offset);

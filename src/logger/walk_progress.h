@@ -12,7 +12,7 @@ class WalkProgress {
   explicit WalkProgress(u32 size) : size_(size) {}
 
   // False if the sink wants to stop before anything began.
-  bool Begin(IProgress* sink) {
+  bool begin(IProgress* sink) {
     sink_ = sink;
     if (sink == nullptr) return true;
     bool stop = false;
@@ -20,15 +20,15 @@ class WalkProgress {
     return !stop;
   }
   // False when it wants to stop; it was told the end then.
-  bool Report(u64 position) { return sink_ == nullptr || is_silent_ || Tell(position); }
+  bool Report(u64 position) { return sink_ == nullptr || is_silent_ || tell(position); }
   void End(bool good) {
     if (sink_ != nullptr) sink_->Chiudi(handle_, good ? 1 : 0);
   }
-  void Forget() { sink_ = nullptr; }
+  void forget() { sink_ = nullptr; }
   void set_silent(bool silent) { is_silent_ = silent; }
 
  private:
-  bool Tell(u64 position) {
+  bool tell(u64 position) {
     // Rounded to the nearest whole percent.
     const int percent = static_cast<int>((position * 200 + size_) / (u64{2} * size_));
     if (sink_->Avanza(handle_, percent)) return true;

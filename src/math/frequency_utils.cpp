@@ -5,7 +5,7 @@
 
 namespace traguardo {
 
-bool CFreqUtils::FindRate(i16 hz, u16* code, u16* period_ms) const {
+bool CFreqUtils::find_rate(i16 hz, u16* code, u16* period_ms) const {
   const std::span<const SFrequencyRow> rows = frequency_rows();
   for (std::size_t i = 0; i < rows.size(); ++i) {
     if (rows[i].hz < hz) continue;

@@ -14,7 +14,7 @@ class CFreqUtils {
 
   // The highest rate that isn't above `hz`, or the lowest one of all. Above the highest rate there is none: false, code
   // kNoCode, period 0.
-  bool FindRate(i16 hz, u16* code, u16* period_ms) const;
+  bool find_rate(i16 hz, u16* code, u16* period_ms) const;
 };
 
 }  // namespace traguardo

@@ -128,8 +128,8 @@ bool CInterpreter::walk(std::span<const u8> code, std::span<const InputCursor> i
         break;
       case kOpConstant:
         at += kOpcodeLengths[kOpConstant];
-        good = instruction.index() < tokenizer_.ConstantCount() &&
-               stack.push(tokenizer_.ConstantValue(instruction.index()));
+        good = instruction.index() < tokenizer_.constant_count() &&
+               stack.push(tokenizer_.constant_value(instruction.index()));
         break;
       case kOpOtherSymbol:
       case kOpChannel:

@@ -26,11 +26,11 @@ constexpr std::size_t kPiece = 4096;
 class LapClock {
  public:
   explicit LapClock(const IMathSession& session) : session_(session) {
-    if (session_.LapCount() > 0) take_end();
+    if (session_.lap_count() > 0) take_end();
   }
   // True where a new lap begins: with the first time behind the end of a lap that isn't the last. One lap at a time.
   bool passes_into_next_lap(double time_ms) {
-    if (!(time_ms > end_ms_) || lap_ + 1 >= session_.LapCount()) return false;
+    if (!(time_ms > end_ms_) || lap_ + 1 >= session_.lap_count()) return false;
     ++lap_;
     take_end();
     return true;
@@ -49,7 +49,7 @@ class LapClock {
 
 // The result begins with the first lap. The place of its start among `count` samples; `count` if it lies behind them.
 std::size_t first_output(const IMathSession& session, double period_ms, std::size_t count) {
-  if (session.LapCount() == 0) return 0;
+  if (session.lap_count() == 0) return 0;
   const double place = session.Lap(0).start_ms / period_ms;
   if (!(place < static_cast<double>(count))) return count;
   return place > 0.0 ? static_cast<std::size_t>(place) : 0;
@@ -64,12 +64,12 @@ CGestMathChan::CGestMathChan(const IUserUnitOfMeasureManager& units, std::wstrin
       store_(channels_, tokenizer_, std::move(folder)) {}
 
 bool CGestMathChan::ComputeChannel(IMathSession& session, std::size_t channel) {
-  return static_cast<bool>(ComputeFormula(session.Formula(channel).substr(0, kFormulaLength), session, channel));
+  return static_cast<bool>(compute_formula(session.Formula(channel).substr(0, kFormulaLength), session, channel));
 }
 
-FormulaOutcome CGestMathChan::ComputeFormula(std::string_view formula, IMathSession& session, std::size_t target) {
+FormulaOutcome CGestMathChan::compute_formula(std::string_view formula, IMathSession& session, std::size_t target) {
   FormulaOutcome outcome;
-  KeepSymbols(session);
+  keep_symbols(session);
   if (compile(formula, &outcome.code, &outcome.position)) run_passes(session, target);
   outcome.character = character_of(outcome.code, outcome.position);
   GetMessage(outcome.code, &outcome.message, nullptr, nullptr);
@@ -80,8 +80,8 @@ FormulaOutcome CGestMathChan::ComputeFormula(std::string_view formula, IMathSess
 }
 
 // Registers the session's names, unless those of the last formula are still theirs.
-void CGestMathChan::KeepSymbols(const IMathSession& session) {
-  const u64 version = session.NamesVersion();
+void CGestMathChan::keep_symbols(const IMathSession& session) {
+  const u64 version = session.names_version();
   if (version != 0 && version == registered_version_ && channels_.size() == registered_definitions_) return;
   tokenizer_.ClearSymbols();
   registered_version_ = 0;
@@ -91,9 +91,9 @@ void CGestMathChan::KeepSymbols(const IMathSession& session) {
 }
 
 void CGestMathChan::RegisterSymbols(const IMathSession& session, const std::vector<SMathChannel>* definitions) {
-  const std::size_t count = std::min(session.ChannelCount(), kLargestSymbolCount);
+  const std::size_t count = std::min(session.channel_count(), kLargestSymbolCount);
   for (std::size_t i = 0; i < count; ++i) {
-    tokenizer_.AddSymbol(kTokenChannel, session.ChannelName(i), static_cast<u16>(i));
+    tokenizer_.AddSymbol(kTokenChannel, session.channel_name(i), static_cast<u16>(i));
   }
   if (definitions == nullptr) return;
   for (std::size_t i = 0; i < std::min(definitions->size(), kLargestSymbolCount); ++i) {
@@ -123,7 +123,7 @@ std::size_t CGestMathChan::character_of(i32 error, u16 position) const {
   if (error == kErrorUnknownSymbol) return position;
   if (error == kFormulaOk || error == kErrorMemory) return 0;
   const SMathToken* token = tokenizer_.GetToken(position, true);
-  return token == nullptr ? tokenizer_.Expression().size() : token->start;
+  return token == nullptr ? tokenizer_.expression().size() : token->start;
 }
 
 void CGestMathChan::run_passes(IMathSession& session, std::size_t target) {
@@ -147,14 +147,14 @@ CGestMathChan::Inputs CGestMathChan::load_inputs(IMathSession& session, std::siz
     const bool in_session = instruction.opcode() != kOpMathChannel;
     const auto known = std::ranges::find_if(
         inputs, [&](const Input& input) { return input.source == source && input.in_session == in_session; });
-    parser_.SetIndex(static_cast<u16>(known - inputs.begin()));
+    parser_.set_index(static_cast<u16>(known - inputs.begin()));
     if (known == inputs.end()) inputs.push_back({source, in_session, false, {}});
   }
   const std::size_t count = session.Samples(target).size();
   for (Input& input : inputs) {
     input.is_whole = count <= kPiece || parser_.NeedsSmoothing() || (input.in_session && input.source == target);
     input.values.resize(input.is_whole ? count : kPiece);
-    if (input.is_whole && input.in_session && count > 0) session.FillInput(input.source, target, 0, input.values);
+    if (input.is_whole && input.in_session && count > 0) session.fill_input(input.source, target, 0, input.values);
   }
   return inputs;
 }
@@ -167,18 +167,18 @@ void CGestMathChan::load_piece(IMathSession& session, std::size_t target, std::s
     Input& input = inputs[i];
     cursors[i].sample = input.values.data() + (input.is_whole ? first : 0);
     if (input.is_whole || !input.in_session) continue;
-    session.FillInput(input.source, target, first, std::span(input.values).first(std::min(left, kPiece)));
+    session.fill_input(input.source, target, first, std::span(input.values).first(std::min(left, kPiece)));
   }
 }
 
 void CGestMathChan::run_pass(u16 pass, IMathSession& session, std::size_t target, Inputs& inputs) {
-  const double period_ms = session.PeriodMs(target);
+  const double period_ms = session.period_ms(target);
   interpreter_.SetStackSize(kStackSize);
   interpreter_.ResetState(pass == 0);
   interpreter_.SetTimeStep(static_cast<float>(period_ms / 1000.0));
   if (parser_.NeedsSmoothing()) {
     // About one second of samples; each pass smooths the already smoothed ones again.
-    const std::size_t half_width = session.FrequencyHz(target) / 2;
+    const std::size_t half_width = session.frequency_hz(target) / 2;
     for (Input& input : inputs) CFiltri::MediaMobile(input.values.data(), input.values.size(), half_width);
   }
   std::vector<InputCursor> cursors(inputs.size());

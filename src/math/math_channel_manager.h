@@ -43,7 +43,7 @@ class CGestMathChan {
   // Fills the channel's samples from its formula. False, with the samples as they were, if the formula can't be used.
   bool ComputeChannel(IMathSession& session, std::size_t channel);
   // The same with a formula of the caller's and a word on what is wrong with it.
-  FormulaOutcome ComputeFormula(std::string_view formula, IMathSession& session, std::size_t target);
+  FormulaOutcome compute_formula(std::string_view formula, IMathSession& session, std::size_t target);
 
   // The names of a session's channels and, where a list is given, those of its definitions become symbols.
   void RegisterSymbols(const IMathSession& session, const std::vector<SMathChannel>* definitions);
@@ -52,9 +52,9 @@ class CGestMathChan {
   // Null behind the end.
   const SMathChannel* GetMathChannel(std::size_t index) const;
   // The definition file, if there is one in the form of CMathChanIni; else the list stays as it is.
-  bool LoadMathChannels() { return store_.ReadDefinitions(CMathChanIni::kFileName); }
-  bool LoadMathChannels(std::wstring_view name) { return store_.ReadDefinitions(name); }
-  bool SaveMathChannels(std::wstring_view name) const { return store_.WriteDefinitions(name); }
+  bool LoadMathChannels() { return store_.read_definitions(CMathChanIni::kFileName); }
+  bool LoadMathChannels(std::wstring_view name) { return store_.read_definitions(name); }
+  bool save_math_channels(std::wstring_view name) const { return store_.write_definitions(name); }
   std::wstring GetDefaultFilePath() const { return store_.GetDefaultFilePath(); }
   CMathChanIni& Store() { return store_; }
 
@@ -72,7 +72,7 @@ class CGestMathChan {
   };
   using Inputs = std::vector<Input>;
 
-  void KeepSymbols(const IMathSession& session);
+  void keep_symbols(const IMathSession& session);
   bool compile(std::string_view formula, i32* error, u16* position);
   std::size_t character_of(i32 error, u16 position) const;
   Inputs load_inputs(IMathSession& session, std::size_t target);

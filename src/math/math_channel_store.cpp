@@ -123,7 +123,7 @@ SMathChannel from_standard(const SStandardDefinition& row) {
 CMathChanIni::CMathChanIni(std::vector<SMathChannel>& channels, CTokenizer& tokenizer, std::wstring folder)
     : channels_(channels), tokenizer_(tokenizer), folder_(std::move(folder)) {}
 
-std::wstring CMathChanIni::GetFilePath(std::wstring_view name) const {
+std::wstring CMathChanIni::get_file_path(std::wstring_view name) const {
   std::wstring path = folder_;
   path += kFolderName;
   if (!name.empty()) path.append(L"\\").append(name);
@@ -141,7 +141,7 @@ void CMathChanIni::SetDefaults() {
   for (const SStandardConstant& row : standard_constants()) tokenizer_.AddConstant(row.name, row.value);
 }
 
-bool CMathChanIni::ReadDefinitions(std::wstring_view name) {
+bool CMathChanIni::read_definitions(std::wstring_view name) {
   std::string bytes;
   if (!platform::read_whole_file(disk_path(folder_, name), &bytes, kLargestFile)) return true;
   std::string_view text = bytes;
@@ -165,14 +165,14 @@ bool CMathChanIni::ReadDefinitions(std::wstring_view name) {
   return true;
 }
 
-bool CMathChanIni::WriteDefinitions(std::wstring_view name) const {
+bool CMathChanIni::write_definitions(std::wstring_view name) const {
   DefinitionText out;
-  for (std::size_t i = 0; i < tokenizer_.ConstantCount(); ++i) {
+  for (std::size_t i = 0; i < tokenizer_.constant_count(); ++i) {
     const u16 index = static_cast<u16>(i);
     // A name with a blank in it couldn't be told from the value.
-    const std::string_view constant = tokenizer_.ConstantName(index);
+    const std::string_view constant = tokenizer_.constant_name(index);
     if (constant.find(' ') != std::string_view::npos) continue;
-    out.numbers("constant " + std::string(constant), tokenizer_.ConstantValue(index));
+    out.numbers("constant " + std::string(constant), tokenizer_.constant_value(index));
   }
   for (const SMathChannel& channel : channels_) append_definition(channel, &out);
   return platform::create_folders(disk_path(folder_, L"")) &&

@@ -35,17 +35,17 @@ class CMathChanIni {
   // Where a file lies, as the platform spells it.
   static std::wstring disk_path(const std::wstring& folder, std::wstring_view name);
   // Folder, kFolderName, a backslash and the name; with an empty name it stops behind kFolderName.
-  std::wstring GetFilePath(std::wstring_view name) const;
-  std::wstring GetDefaultFilePath() const { return GetFilePath(kDefaultFileName); }
+  std::wstring get_file_path(std::wstring_view name) const;
+  std::wstring GetDefaultFilePath() const { return get_file_path(kDefaultFileName); }
 
   // The standard set: twelve definitions and nineteen constants, in place of what is there.
   void SetDefaults();
 
   // Definitions and constants of a file of kFolderName, in place of what is there. Without a file of that form nothing
   // changes, and that is no failure.
-  bool ReadDefinitions(std::wstring_view name);
+  bool read_definitions(std::wstring_view name);
   // False if the file can't be written.
-  bool WriteDefinitions(std::wstring_view name) const;
+  bool write_definitions(std::wstring_view name) const;
 
  private:
   std::vector<SMathChannel>& channels_;

@@ -51,7 +51,7 @@ class CMathParser {
     return {code_.data() + last_};
   }
   // REQUIRES: Next() gave a symbol. Its index becomes this one.
-  void SetIndex(u16 index) { store_u16(code_.data() + last_ + 2, index); }
+  void set_index(u16 index) { store_u16(code_.data() + last_ + 2, index); }
   // How many passes over the samples the code asks for: 3 for a `gear`, 2 for a `slip`, whichever comes first; else 1.
   u16 PassCount() const;
   // Whether a function stands in the code that wants its inputs smoothed.

@@ -30,7 +30,7 @@ enum TokenCode : u8 {
   kTokenFirstFunction = 64,
   kTokenLastFunction = 101,
   kTokenUnknown = 126,
-  kTokenTableEnd = 127,  // Closes the tables, and is what lookups give for "none"; never a token.
+  kTokenTableEnd = 127,  // closes the tables, and is what lookups give for "none"; never a token.
 };
 
 // Codes of instructions. A function's opcode is its token code less kFunctionToOpcode.
@@ -103,7 +103,7 @@ struct SFunctionRow {
 struct SMessageRow {
   i32 code = 0;
   std::string_view identifier;
-  std::string_view text;  // Padded with blanks to 62 characters.
+  std::string_view text;  // padded with blanks to 62 characters.
 };
 
 inline constexpr std::string_view kMathMessageTable = "MSG_TABLE_MATH";

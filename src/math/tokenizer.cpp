@@ -257,13 +257,13 @@ u8 CTokenizer::SeparatorCode(char character) const {
 u8 CTokenizer::OperatorCode(char character) const {
   return character_code(operator_rows(), character);
 }
-SCharacterRow CTokenizer::SeparatorRow(std::size_t index) const {
+SCharacterRow CTokenizer::separator_row(std::size_t index) const {
   return row_at(separator_rows(), index);
 }
-SCharacterRow CTokenizer::OperatorRow(std::size_t index) const {
+SCharacterRow CTokenizer::operator_row(std::size_t index) const {
   return row_at(operator_rows(), index);
 }
-SFunctionRow CTokenizer::FunctionRow(std::size_t index) const {
+SFunctionRow CTokenizer::function_row(std::size_t index) const {
   return row_at(function_rows(), index);
 }
 

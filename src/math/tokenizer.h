@@ -48,9 +48,9 @@ class CTokenizer {
     symbols_.clear();
     symbols_by_name_.clear();
   }
-  float ConstantValue(u16 index) const { return index < constants_.size() ? constants_[index].value : 0.0F; }
-  std::size_t ConstantCount() const { return constants_.size(); }
-  std::string_view ConstantName(u16 index) const { return index < constants_.size() ? constants_[index].name() : ""; }
+  float constant_value(u16 index) const { return index < constants_.size() ? constants_[index].value : 0.0F; }
+  std::size_t constant_count() const { return constants_.size(); }
+  std::string_view constant_name(u16 index) const { return index < constants_.size() ? constants_[index].name() : ""; }
 
   // The text up to its first NUL. On success the code is 0 and the position the number of tokens. On failure the
   // position is that of a character for kErrorUnknownSymbol and the index of a token for all others. The length is that
@@ -63,7 +63,7 @@ class CTokenizer {
   const SMathToken* GetToken(std::size_t index, bool bounded) const;
   std::size_t TokenCount() const { return tokens_.size(); }
   // The text that the tokens were cut from.
-  std::string_view Expression() const { return expression_; }
+  std::string_view expression() const { return expression_; }
 
   // The codes of names and characters, kTokenTableEnd for none.
   u8 FindConstant(std::string_view name, u16* index) const;
@@ -72,12 +72,11 @@ class CTokenizer {
   u8 SeparatorCode(char character) const;
   u8 OperatorCode(char character) const;
   // Rows of the tables, closing rows included; an index beyond gives a row with no content.
-  SCharacterRow SeparatorRow(std::size_t index) const;
-  SCharacterRow OperatorRow(std::size_t index) const;
-  SFunctionRow FunctionRow(std::size_t index) const;
+  SCharacterRow separator_row(std::size_t index) const;
+  SCharacterRow operator_row(std::size_t index) const;
+  SFunctionRow function_row(std::size_t index) const;
   bool GetFunctionDoc(u8 code, std::string* text) const;
   bool IsFunctionCode(u8 code) const { return code >= kTokenFirstFunction && code <= kTokenLastFunction; }
-  u16 MaximumLength() const { return maximum_length_; }
 
  private:
   // A name in place, so that registering a channel takes no memory of its own.

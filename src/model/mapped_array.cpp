@@ -34,37 +34,37 @@ MemoryMappedArray::MemoryMappedArray(StoreFile* file, u32 record_size, u64 large
       most_records_(largest / record_size) {}
 
 MemoryMappedArray::~MemoryMappedArray() {
-  ReleaseBuffer();
+  release_buffer();
 }
 
 // The way of a record that finds no room: the first of a window, or one that the buffer is too small for.
-int MemoryMappedArray::MakeRoomAndAdd(u8** record) {
+int MemoryMappedArray::make_room_and_add(u8** record) {
   *record = nullptr;
   if (closed_ || !valid_) return 0;
   const u64 number = Numero();
   const int new_window = number != 0 && number % kRecordsPerWindow == 0 ? 1 : 0;
   const bool is_full = number == most_records_;
-  if (is_full) file_->Fail();
-  if (is_full || (Buffered() == capacity_ && !MakeRoom())) {
+  if (is_full) file_->fail();
+  if (is_full || (buffered() == capacity_ && !make_room())) {
     valid_ = false;
     limit_ = next_;
     return new_window;
   }
   const u64 left_in_window = kRecordsPerWindow - number % kRecordsPerWindow;
-  const u64 room = std::min({u64{capacity_} - Buffered(), left_in_window, most_records_ - number});
+  const u64 room = std::min({u64{capacity_} - buffered(), left_in_window, most_records_ - number});
   limit_ = next_ + room * record_size_;
-  *record = TakeRoom(record_size_);
+  *record = take_room(record_size_);
   return new_window;
 }
 
-bool MemoryMappedArray::MakeRoom() {
+bool MemoryMappedArray::make_room() {
   const u32 limit = std::max(g_buffered_bytes.load(std::memory_order_relaxed) < kBudget ? kLargeBuffer : kSmallBuffer,
                              record_size_ * 2 * kKeptRecords);
-  if (capacity_ * record_size_ + record_size_ <= limit && Enlarge(limit)) return true;
-  return capacity_ > kKeptRecords && WriteOut(capacity_ - kKeptRecords);
+  if (capacity_ * record_size_ + record_size_ <= limit && enlarge(limit)) return true;
+  return capacity_ > kKeptRecords && write_out(capacity_ - kKeptRecords);
 }
 
-bool MemoryMappedArray::Enlarge(u32 limit) {
+bool MemoryMappedArray::enlarge(u32 limit) {
   const u32 present = capacity_ * record_size_;
   const u32 wanted = std::min(limit, std::max({kFirstBuffer, present * 2, record_size_ * 2 * kKeptRecords}));
   const u32 records = wanted / record_size_;
@@ -81,7 +81,7 @@ bool MemoryMappedArray::Enlarge(u32 limit) {
 }
 
 // Whether the keys of the oldest `count` buffered records lie one step apart.
-bool MemoryMappedArray::AreEven(u32 count, u64* step) const {
+bool MemoryMappedArray::are_even(u32 count, u64* step) const {
   if (count < 2 || record_size_ != kKeySize + kValueSize) return false;
   constexpr std::size_t kSize = kKeySize + kValueSize;
   const u8* record = buffer_.get();
@@ -97,31 +97,31 @@ bool MemoryMappedArray::AreEven(u32 count, u64* step) const {
 }
 
 // Two pieces that lie one behind the other are one, as with a single busy channel.
-bool MemoryMappedArray::GoesOn(const Piece& piece) const {
+bool MemoryMappedArray::goes_on(const Piece& piece) const {
   if (pieces_.empty()) return false;
   const Piece& last = pieces_.back();
   const u64 present = written_ - last.first;
   if (present >= kRecordsPerPiece || last.is_even != piece.is_even) return false;
   if (piece.is_even && (last.step != piece.step || last.first_key + present * last.step != piece.first_key))
     return false;
-  return last.place + present * StoredSize(last) == piece.place;
+  return last.place + present * stored_size(last) == piece.place;
 }
 
 // Writes the oldest `count` buffered records and moves the others to the front.
-bool MemoryMappedArray::WriteOut(u32 count) {
+bool MemoryMappedArray::write_out(u32 count) {
   const std::size_t bytes = static_cast<std::size_t>(count) * record_size_;
   Piece piece{written_, 0, load_u64(buffer_.get()), false, 0};
-  piece.is_even = AreEven(count, &piece.step);
+  piece.is_even = are_even(count, &piece.step);
   const u8* stored = buffer_.get();
   if (piece.is_even) {
-    u8* const packed = file_->Scratch(std::size_t{count} * kValueSize);
+    u8* const packed = file_->scratch(std::size_t{count} * kValueSize);
     for (std::size_t i = 0; i < count; ++i) {
       store_u32(packed + i * kValueSize, load_u32(stored + i * (kKeySize + kValueSize) + kKeySize));
     }
     stored = packed;
   }
-  if (!file_->Append(stored, static_cast<std::size_t>(count * StoredSize(piece)), &piece.place)) return false;
-  if (!GoesOn(piece)) pieces_.push_back(piece);
+  if (!file_->Append(stored, static_cast<std::size_t>(count * stored_size(piece)), &piece.place)) return false;
+  if (!goes_on(piece)) pieces_.push_back(piece);
   const std::size_t kept = static_cast<std::size_t>(next_ - buffer_.get()) - bytes;
   std::memmove(buffer_.get(), buffer_.get() + bytes, kept);
   written_ += count;
@@ -131,8 +131,8 @@ bool MemoryMappedArray::WriteOut(u32 count) {
 }
 
 // What fits into the budget of closed stores needs no file, and no more memory than it fills.
-bool MemoryMappedArray::KeepInMemory() {
-  const u64 bytes = u64{Buffered()} * record_size_;
+bool MemoryMappedArray::keep_in_memory() {
+  const u64 bytes = u64{buffered()} * record_size_;
   if (g_kept_bytes.fetch_add(bytes) + bytes > g_kept_budget) {
     g_kept_bytes -= bytes;
     return false;
@@ -143,8 +143,8 @@ bool MemoryMappedArray::KeepInMemory() {
     return false;
   }
   std::memcpy(exact.get(), buffer_.get(), static_cast<std::size_t>(bytes));
-  const u32 records = Buffered();
-  ReleaseBuffer();
+  const u32 records = buffered();
+  release_buffer();
   buffer_ = std::move(exact);
   next_ = buffer_.get() + bytes;
   limit_ = next_;
@@ -153,7 +153,7 @@ bool MemoryMappedArray::KeepInMemory() {
   return true;
 }
 
-void MemoryMappedArray::ReleaseBuffer() {
+void MemoryMappedArray::release_buffer() {
   (kept_ ? g_kept_bytes : g_buffered_bytes) -= u64{capacity_} * record_size_;
   buffer_.reset();
   next_ = nullptr;
@@ -165,23 +165,23 @@ void MemoryMappedArray::ReleaseBuffer() {
 bool MemoryMappedArray::Chiudi() {
   if (closed_) return valid_;
   closed_ = true;
-  if (Buffered() == 0) {
-    ReleaseBuffer();
-  } else if (!valid_ || !KeepInMemory()) {
-    valid_ = valid_ && WriteOut(Buffered());
-    ReleaseBuffer();
+  if (buffered() == 0) {
+    release_buffer();
+  } else if (!valid_ || !keep_in_memory()) {
+    valid_ = valid_ && write_out(buffered());
+    release_buffer();
   }
   pieces_.shrink_to_fit();
   limit_ = next_;
   return valid_;
 }
 
-void MemoryMappedArray::ReadPiece(const Piece& piece, u64 number, u64 count, u8* out) const {
-  const u64 stored_size = StoredSize(piece);
-  const std::size_t bytes = static_cast<std::size_t>(count * stored_size);
+void MemoryMappedArray::read_piece(const Piece& piece, u64 number, u64 count, u8* out) const {
+  const u64 size = stored_size(piece);
+  const std::size_t bytes = static_cast<std::size_t>(count * size);
   // The values of an even piece are read to where they end, and spread from the front.
   u8* const stored = out + count * record_size_ - bytes;
-  file_->Read(piece.place + number * stored_size, stored, bytes);
+  file_->Read(piece.place + number * size, stored, bytes);
   if (!piece.is_even) return;
   u64 key = piece.first_key + number * piece.step;
   for (u64 i = 0; i < count; ++i, key += piece.step) {
@@ -203,7 +203,7 @@ u64 MemoryMappedArray::Leggi(u64 first, u64 count, u8* out) const {
     const u64 end = piece == pieces_.end() ? written_ : piece->first;
     const Piece& here = *(piece - 1);
     const u64 records_here = std::min(left, end - first);
-    ReadPiece(here, first - here.first, records_here, out);
+    read_piece(here, first - here.first, records_here, out);
     first += records_here;
     left -= records_here;
     out += records_here * record_size_;

@@ -31,15 +31,15 @@ class MemoryMappedArray {
   // Stores a pointer to a new record, null if the store can't grow any more (a full disk, its largest size reached, or
   // closed). Gives 1 if the record is the first of a further window, else 0. The pointer is good until the next call.
   int Aggiungi(u8** record) {
-    if (!HasRoom()) return MakeRoomAndAdd(record);
-    *record = TakeRoom(record_size_);
+    if (!has_room()) return make_room_and_add(record);
+    *record = take_room(record_size_);
     return 0;
   }
   // The two halves of Aggiungi for loops over samples. Room never reaches beyond the current window, so a record that
   // finds room has a predecessor in its window.
-  bool HasRoom() const { return next_ != limit_; }
-  // REQUIRES: HasRoom(), and the store's record size, which its owner knows without looking.
-  u8* TakeRoom(u32 record_size) {
+  bool has_room() const { return next_ != limit_; }
+  // REQUIRES: has_room(), and the store's record size, which its owner knows without looking.
+  u8* take_room(u32 record_size) {
     u8* record = next_;
     next_ += record_size;
     // With hundreds of channels in turn no processor sees by itself that each of them writes on.
@@ -47,17 +47,17 @@ class MemoryMappedArray {
     return record;
   }
   // The next record begins a window.
-  bool IsAtWindowEdge() const { return Numero() % kRecordsPerWindow == 0; }
+  bool is_at_window_edge() const { return Numero() % kRecordsPerWindow == 0; }
   // The record `back` places before the newest one, for back 0 and 1; null if it was never written.
-  u8* Recente(u32 back) { return back < Buffered() ? next_ - (std::size_t{back} + 1) * record_size_ : nullptr; }
+  u8* Recente(u32 back) { return back < buffered() ? next_ - (std::size_t{back} + 1) * record_size_ : nullptr; }
 
-  u64 Numero() const { return written_ + Buffered(); }
+  u64 Numero() const { return written_ + buffered(); }
   // Copies up to `count` records from number `first` on; gives the number copied. Throws ReadFailure.
   u64 Leggi(u64 first, u64 count, u8* out) const;
   // Where records begin with a key that rises from one to the next: the numbers of records [first, second] among which
   // the first one stands that `is_below` no longer holds of, found without reading any.
   template <typename IsBelow>
-  std::pair<u64, u64> Bracket(IsBelow&& is_below) const {
+  std::pair<u64, u64> bracket(IsBelow&& is_below) const {
     const auto next = std::partition_point(pieces_.begin(), pieces_.end(),
                                            [&](const Piece& piece) { return is_below(piece.first_key); });
     const u64 high = next == pieces_.end() ? Numero() : next->first;
@@ -87,17 +87,17 @@ class MemoryMappedArray {
     u64 step;  // of an even piece
   };
 
-  int MakeRoomAndAdd(u8** record);
-  bool MakeRoom();
-  bool Enlarge(u32 limit);
-  bool WriteOut(u32 count);
-  bool AreEven(u32 count, u64* step) const;
-  bool GoesOn(const Piece& piece) const;
-  u64 StoredSize(const Piece& piece) const { return piece.is_even ? record_size_ - kKeySize : record_size_; }
-  void ReadPiece(const Piece& piece, u64 number, u64 count, u8* out) const;
-  bool KeepInMemory();
-  void ReleaseBuffer();
-  u32 Buffered() const { return static_cast<u32>(static_cast<std::size_t>(next_ - buffer_.get()) / record_size_); }
+  int make_room_and_add(u8** record);
+  bool make_room();
+  bool enlarge(u32 limit);
+  bool write_out(u32 count);
+  bool are_even(u32 count, u64* step) const;
+  bool goes_on(const Piece& piece) const;
+  u64 stored_size(const Piece& piece) const { return piece.is_even ? record_size_ - kKeySize : record_size_; }
+  void read_piece(const Piece& piece, u64 number, u64 count, u8* out) const;
+  bool keep_in_memory();
+  void release_buffer();
+  u32 buffered() const { return static_cast<u32>(static_cast<std::size_t>(next_ - buffer_.get()) / record_size_); }
 
   // The place of the next record, and the end of what can be handed out without a further thought, which is the end of
   // the buffer or of the window.

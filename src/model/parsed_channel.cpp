@@ -122,21 +122,21 @@ bool CParsedChannel::ChiudiStore() {
 }
 
 // The way of a sample that finds no room in the store's buffer: often the first of a window.
-CParsedChannel::Esito CParsedChannel::AddAtAnEdge(u64 time, float value) {
-  if (store_.IsAtWindowEdge()) {
+CParsedChannel::Esito CParsedChannel::add_at_an_edge(u64 time, float value) {
+  if (store_.is_at_window_edge()) {
     // The new record has no predecessor to be measured against.
-    last_time_ = HighestTime();
+    last_time_ = highest_time();
     if (has_samples_ && time <= last_time_) times_ascend_ = false;
     has_last_ = false;
     has_previous_ = false;
   } else if (has_last_) {
     if (time <= last_record_time_) return kRefused;
-    if (keep_constant_ && IsRepeated(value)) return Merge(time);
+    if (keep_constant_ && is_repeated(value)) return merge(time);
   }
   u8* record = nullptr;
   store_.Aggiungi(&record);
   if (record == nullptr) {
-    last_time_ = HighestTime();
+    last_time_ = highest_time();
     has_last_ = false;
     has_previous_ = false;
     TRAGUARDO_LOG("CParsedChannel::AddValore", "%s [%d] ERROR = Can't alloc mem for channel\n");
@@ -151,7 +151,7 @@ CParsedChannel::Esito CParsedChannel::AddAtAnEdge(u64 time, float value) {
 bool CParsedChannel::AddValori(u64 first_time, u64 step, u32 count, const float* values) {
   if (values == nullptr || count == 0) return true;
   bool good = true;
-  if (step == 0 || (has_samples_ && first_time <= HighestTime())) times_ascend_ = false;
+  if (step == 0 || (has_samples_ && first_time <= highest_time())) times_ascend_ = false;
   u64 time = first_time;
   for (u32 i = 0; i < count; ++i) {
     u8* record = nullptr;
@@ -168,7 +168,7 @@ bool CParsedChannel::AddValori(u64 first_time, u64 step, u32 count, const float*
     time += step;
   }
   // One step past the last sample.
-  last_time_ = std::max(HighestTime(), first_time + count * step);
+  last_time_ = std::max(highest_time(), first_time + count * step);
   first_time_ = std::min(first_time_, first_time);
   return good;
 }
@@ -194,11 +194,11 @@ u32 CParsedChannel::GetValori(double* times, double* values, int count) {
 }
 
 // The first record whose time is not below `time`. REQUIRES: times_ascend_.
-u64 CParsedChannel::FirstNotBelow(u64 time) const {
+u64 CParsedChannel::first_not_below(u64 time) const {
   const auto is_below = [&](u64 stored) { return stored + time_shift_ < time; };
   u64 low = 0;
   u64 high = 0;
-  std::tie(low, high) = store_.Bracket(is_below);
+  std::tie(low, high) = store_.bracket(is_below);
   // Below this many records one read is cheaper than several.
   constexpr u64 kReadAtOnce = 128;
   u8 bytes[kReadAtOnce * SChannelRecord::kSize];
@@ -221,12 +221,12 @@ u64 CParsedChannel::FirstNotBelow(u64 time) const {
 // of them. Where times ascend the slice is searched for, so its cost grows with the slice; the plain walk gives the
 // same.
 template <typename Visitor>
-void CParsedChannel::VisitRange(u64 from, u64 to, u64 most, Visitor&& visit) {
+void CParsedChannel::visit_range(u64 from, u64 to, u64 most, Visitor&& visit) {
   u64 first = 0;
   u64 last = store_.Numero();
   if (times_ascend_) {
-    first = FirstNotBelow(from);
-    last = to <= from ? first : std::max(first, FirstNotBelow(to));
+    first = first_not_below(from);
+    last = to <= from ? first : std::max(first, first_not_below(to));
   }
   if (first == last) return;
   const std::unique_ptr<u8[]> piece(new u8[std::min(last - first, kReadAhead) * SChannelRecord::kSize]);
@@ -246,7 +246,7 @@ void CParsedChannel::VisitRange(u64 from, u64 to, u64 most, Visitor&& visit) {
 
 u32 CParsedChannel::GetValoriRange(u64 from, u64 to, double* times, double* values, int count) {
   u32 written = 0;
-  VisitRange(from, to, count < 0 ? 0 : static_cast<u64>(count), [&](u64 index, const u8* record) {
+  visit_range(from, to, count < 0 ? 0 : static_cast<u64>(count), [&](u64 index, const u8* record) {
     times[index] = static_cast<double>(load_u64(record) + time_shift_) * kSecondsPerMicrosecond;
     values[index] = static_cast<double>(load_f32(record + kValueOffset));
     written = static_cast<u32>(index + 1);
@@ -256,11 +256,11 @@ u32 CParsedChannel::GetValoriRange(u64 from, u64 to, double* times, double* valu
 
 u64 CParsedChannel::GetNumValoriRange(u64 from, u64 to) {
   if (times_ascend_) {
-    const u64 first = FirstNotBelow(from);
-    return to <= from ? 0 : std::max(first, FirstNotBelow(to)) - first;
+    const u64 first = first_not_below(from);
+    return to <= from ? 0 : std::max(first, first_not_below(to)) - first;
   }
   u64 found = 0;
-  VisitRange(from, to, std::numeric_limits<u64>::max(), [&](u64 index, const u8*) { found = index + 1; });
+  visit_range(from, to, std::numeric_limits<u64>::max(), [&](u64 index, const u8*) { found = index + 1; });
   return found;
 }
 
@@ -300,7 +300,7 @@ u64 CParsedChannel::GetRecord(SChannelRecord* out, u64 capacity) {
 void CParsedChannel::TraslaTempi(u64 from, u64 to) {
   const u64 distance = to - from;
   time_shift_ += distance;
-  last_time_ = HighestTime();
+  last_time_ = highest_time();
   has_last_ = false;
   has_previous_ = false;
   first_time_ += distance;

@@ -40,7 +40,7 @@ class CParsedChannel final : public IRkChannel {
   u64 GetNumValori() override { return store_.Numero(); }
   u64 GetNumValoriRange(u64 from, u64 to) override;
   u64 GetPrimoTempo() const override { return store_.Numero() == 0 ? 0 : first_time_; }
-  u64 GetUltimoTempo() const override { return store_.Numero() == 0 ? 1 : HighestTime(); }
+  u64 GetUltimoTempo() const override { return store_.Numero() == 0 ? 1 : highest_time(); }
   float GetMinimo() const override { return has_samples_ ? minimum_ : -1.0F; }
   float GetMassimo() const override { return has_samples_ ? maximum_ : 1.0F; }
   bool IsVelocita() const override { return is_speed_; }
@@ -57,15 +57,15 @@ class CParsedChannel final : public IRkChannel {
 
   // --- What readers and the merged view use
   // The next sample finds room without a further thought.
-  bool HasRoom() const { return store_.HasRoom(); }
+  bool has_room() const { return store_.has_room(); }
   // One sample. A time not above the last one's is refused, except behind a window's edge.
   Esito AddValore(u64 time, float value) {
     // A record that finds room has a predecessor in its window.
-    if (!store_.HasRoom()) [[unlikely]]
-      return AddAtAnEdge(time, value);
+    if (!store_.has_room()) [[unlikely]]
+      return add_at_an_edge(time, value);
     if (time <= last_record_time_) return kRefused;
-    if (keep_constant_ && IsRepeated(value)) return Merge(time);
-    Append(store_.TakeRoom(SChannelRecord::kSize), time, value);
+    if (keep_constant_ && is_repeated(value)) return merge(time);
+    Append(store_.take_room(SChannelRecord::kSize), time, value);
     return kStored;
   }
   // `count` samples from first_time on, `step` apart; no test of order. False if the store ran out of room.
@@ -111,8 +111,8 @@ class CParsedChannel final : public IRkChannel {
  private:
   static constexpr u32 kValueOffset = 8;
 
-  bool IsRepeated(float value) const { return has_previous_ && value == last_value_ && value == previous_value_; }
-  Esito Merge(u64 time) {
+  bool is_repeated(float value) const { return has_previous_ && value == last_value_ && value == previous_value_; }
+  Esito merge(u64 time) {
     store_u64(store_.Recente(0), time);
     last_record_time_ = time;
     return kMerged;
@@ -125,18 +125,18 @@ class CParsedChannel final : public IRkChannel {
     previous_value_ = last_value_;
     last_value_ = value;
     last_record_time_ = time;
-    TakeBounds(value);
+    take_bounds(value);
   }
-  Esito AddAtAnEdge(u64 time, float value);
-  void TakeBounds(float value) {
+  Esito add_at_an_edge(u64 time, float value);
+  void take_bounds(float value) {
     if (value > maximum_) maximum_ = value;
     if (value < minimum_) minimum_ = value;
   }
   // Within a window times rise, so the newest record's stands for all of them.
-  u64 HighestTime() const { return has_last_ ? std::max(last_time_, last_record_time_) : last_time_; }
-  u64 FirstNotBelow(u64 time) const;
+  u64 highest_time() const { return has_last_ ? std::max(last_time_, last_record_time_) : last_time_; }
+  u64 first_not_below(u64 time) const;
   template <typename Visitor>
-  void VisitRange(u64 from, u64 to, u64 most, Visitor&& visit);
+  void visit_range(u64 from, u64 to, u64 most, Visitor&& visit);
 
   // What every sample touches stands together, in front: with a thousand channels each further line of memory counts.
   // The whole stays small, as a file may list 65,536 channels; cold flags fill the gaps.

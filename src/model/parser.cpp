@@ -47,15 +47,15 @@ const SessionMap& CParser::GetSessioni() {
   return sessions_;
 }
 
-const std::string& CParser::TextOfSession(std::string SRkSession::*field) const {
+const std::string& CParser::text_of_session(std::string SRkSession::*field) const {
   return current_session_ != nullptr ? current_session_->*field : kNoText;
 }
 
-void CParser::SetText(std::string SRkSession::*field, const std::string& text) {
-  if (SRkSession* session = MakeCurrentSession()) session->*field = text;
+void CParser::set_text(std::string SRkSession::*field, const std::string& text) {
+  if (SRkSession* session = make_current_session()) session->*field = text;
 }
 
-SRkSession* CParser::MakeCurrentSession() {
+SRkSession* CParser::make_current_session() {
   if (current_session_ == nullptr) {
     session_outside_map_ = std::make_unique<SRkSession>();
     current_session_ = session_outside_map_.get();
@@ -102,7 +102,7 @@ const u8* CParser::GetRecordTracciato() const {
 }
 
 void CParser::SetRecordTracciato(const u8* record) {
-  if (SRkSession* session = MakeCurrentSession()) {
+  if (SRkSession* session = make_current_session()) {
     std::copy(record, record + kTrackRecordSize, session->track_record.begin());
   }
   SetNomeTracciato(text_field(record, kTrackNameWidth));
@@ -112,7 +112,7 @@ void CParser::SetRecordTracciato(const u8* record) {
 
 void CParser::SetDataOra(const std::tm& when) {
   date_and_time_ = when;
-  if (SRkSession* session = MakeCurrentSession()) session->date_and_time = when;
+  if (SRkSession* session = make_current_session()) session->date_and_time = when;
 }
 
 void CParser::GetLimitiTemporali(u64* first, u64* last, i16* week, u32* time_of_week, u64* period) {

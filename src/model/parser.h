@@ -32,11 +32,11 @@ class CParser : public IRkParser {
   const std::string& GetTestoLibero() const override { return free_text_; }
   const ChannelList& GetCanali() const override { return channels_; }
   const SessionMap& GetSessioni() override;
-  const std::string& GetNomeVeicolo() const override { return TextOfSession(&SRkSession::vehicle); }
-  const std::string& GetNomeTracciato() const override { return TextOfSession(&SRkSession::track); }
-  const std::string& GetNomePilota() const override { return TextOfSession(&SRkSession::racer); }
-  const std::string& GetNomeCampionato() const override { return TextOfSession(&SRkSession::championship); }
-  const std::string& GetNomeTipoVenue() const override { return TextOfSession(&SRkSession::venue_type); }
+  const std::string& GetNomeVeicolo() const override { return text_of_session(&SRkSession::vehicle); }
+  const std::string& GetNomeTracciato() const override { return text_of_session(&SRkSession::track); }
+  const std::string& GetNomePilota() const override { return text_of_session(&SRkSession::racer); }
+  const std::string& GetNomeCampionato() const override { return text_of_session(&SRkSession::championship); }
+  const std::string& GetNomeTipoVenue() const override { return text_of_session(&SRkSession::venue_type); }
   const IdentMap& GetMainIdents() const override { return main_idents_; }
   const IdentMap& GetNetIdents() const override { return net_idents_; }
   const std::tm* GetDataOra() const override {
@@ -50,21 +50,21 @@ class CParser : public IRkParser {
 
   // Setters work on the current session and make it on first use, so a reader calls them in any order, also before the
   // first lap.
-  virtual void SetNomeVeicolo(const std::string& text) { SetText(&SRkSession::vehicle, text); }
-  virtual void SetNomeTracciato(const std::string& text) { SetText(&SRkSession::track, text); }
+  virtual void SetNomeVeicolo(const std::string& text) { set_text(&SRkSession::vehicle, text); }
+  virtual void SetNomeTracciato(const std::string& text) { set_text(&SRkSession::track, text); }
   // Null while there is no session.
   virtual const u8* GetRecordTracciato() const;
   // `record` has kTrackRecordSize bytes.
   virtual void SetRecordTracciato(const u8* record);
-  virtual void SetNomePilota(const std::string& text) { SetText(&SRkSession::racer, text); }
-  virtual void SetNomeCampionato(const std::string& text) { SetText(&SRkSession::championship, text); }
-  virtual void SetNomeTipoVenue(const std::string& text) { SetText(&SRkSession::venue_type, text); }
-  virtual const std::string& GetModoGara() const { return TextOfSession(&SRkSession::race_mode); }
-  virtual void SetModoGara(const std::string& text) { SetText(&SRkSession::race_mode, text); }
-  virtual const std::string& GetTestoPrfd() const { return TextOfSession(&SRkSession::prfd_text); }
-  virtual void SetTestoPrfd(const std::string& text) { SetText(&SRkSession::prfd_text, text); }
-  virtual const std::string& GetTipoTracciato() const { return TextOfSession(&SRkSession::track_type); }
-  virtual void SetTipoTracciato(const std::string& text) { SetText(&SRkSession::track_type, text); }
+  virtual void SetNomePilota(const std::string& text) { set_text(&SRkSession::racer, text); }
+  virtual void SetNomeCampionato(const std::string& text) { set_text(&SRkSession::championship, text); }
+  virtual void SetNomeTipoVenue(const std::string& text) { set_text(&SRkSession::venue_type, text); }
+  virtual const std::string& GetModoGara() const { return text_of_session(&SRkSession::race_mode); }
+  virtual void SetModoGara(const std::string& text) { set_text(&SRkSession::race_mode, text); }
+  virtual const std::string& GetTestoPrfd() const { return text_of_session(&SRkSession::prfd_text); }
+  virtual void SetTestoPrfd(const std::string& text) { set_text(&SRkSession::prfd_text, text); }
+  virtual const std::string& GetTipoTracciato() const { return text_of_session(&SRkSession::track_type); }
+  virtual void SetTipoTracciato(const std::string& text) { set_text(&SRkSession::track_type, text); }
   // Gives the new size of the list.
   virtual std::size_t AddFileTemporaneo(const std::wstring& path);
   // Time limits of all channels, traces and laps in microseconds (all ones and 0 with nothing in the reader), GPS week
@@ -91,7 +91,7 @@ class CParser : public IRkParser {
   // What this reader's samples go to; made on first use.
   StoreFile* GetFileStore();
   ParseFailure failure() const {
-    return store_file_ != nullptr && store_file_->HasFailed() ? ParseFailure::kStore : failure_;
+    return store_file_ != nullptr && store_file_->has_failed() ? ParseFailure::kStore : failure_;
   }
 
  protected:
@@ -109,9 +109,9 @@ class CParser : public IRkParser {
   std::vector<std::pair<std::string, std::string>> ecu_info_;  // manufacturer, model
 
  private:
-  const std::string& TextOfSession(std::string SRkSession::*field) const;
-  void SetText(std::string SRkSession::*field, const std::string& text);
-  SRkSession* MakeCurrentSession();
+  const std::string& text_of_session(std::string SRkSession::*field) const;
+  void set_text(std::string SRkSession::*field, const std::string& text);
+  SRkSession* make_current_session();
 
   ParseFailure failure_ = ParseFailure::kContent;
   std::unique_ptr<StoreFile> store_file_;

@@ -19,13 +19,13 @@ class StoreFile {
 
   bool IsValido() const { return static_cast<bool>(file_); }
   // For a record behind the last that a store takes.
-  void Fail() { has_failed_ = true; }
+  void fail() { has_failed_ = true; }
   // It could not be made, or something could not be written.
-  bool HasFailed() const { return has_failed_ || !file_; }
+  bool has_failed() const { return has_failed_ || !file_; }
   // Puts bytes behind all others and gives their place. False if they can't be written, as on a full disk.
   bool Append(const u8* bytes, std::size_t count, u64* place);
   // Bytes to make a piece in, good until the next call. Throws bad_alloc.
-  u8* Scratch(std::size_t bytes) {
+  u8* scratch(std::size_t bytes) {
     if (scratch_.size() < bytes) scratch_.resize(bytes);
     return scratch_.data();
   }

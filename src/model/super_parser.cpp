@@ -15,19 +15,19 @@ bool CSuperParser::AggiungiParser(const std::map<double, IRkParser*>& readers) {
     if (auto* parser = dynamic_cast<CParser*>(reader)) entries_[key].reader = parser;
   }
   if (entries_.empty()) return false;
-  LayOut();
-  MoveReaders();
+  lay_out();
+  move_readers();
   const u64 axis_from = entries_.begin()->second.offset;
   const u64 axis_to = entries_.rbegin()->second.offset + entries_.rbegin()->second.length;
   i32 session_number = 1;
   for (const auto& [key, entry] : entries_) {
-    TakeChannels(entry, axis_from, axis_to);
+    take_channels(entry, axis_from, axis_to);
     for (const auto& [number, session] : entry.reader->GetSessioni()) sessions_[session_number++] = session.get();
   }
   return true;
 }
 
-void CSuperParser::LayOut() {
+void CSuperParser::lay_out() {
   u64 offset = 0;
   for (auto& [key, entry] : entries_) {
     u64 last = 0;
@@ -42,7 +42,7 @@ void CSuperParser::LayOut() {
   }
 }
 
-void CSuperParser::MoveReaders() {
+void CSuperParser::move_readers() {
   const Entry* before = nullptr;
   for (auto& [key, entry] : entries_) {
     entry.reader->TraslaTempi(entry.first_time, entry.offset, entry.offset + entry.length);
@@ -51,7 +51,7 @@ void CSuperParser::MoveReaders() {
   }
 }
 
-void CSuperParser::TakeChannels(const Entry& entry, u64 axis_from, u64 axis_to) {
+void CSuperParser::take_channels(const Entry& entry, u64 axis_from, u64 axis_to) {
   for (const auto& channel : entry.reader->GetCanali()) {
     auto* parsed = dynamic_cast<CParsedChannel*>(channel.get());
     if (parsed == nullptr) continue;
@@ -82,7 +82,7 @@ const std::tm* CSuperParser::GetDataOra() const {
   return entries_.empty() ? &date_and_time_ : entries_.begin()->second.reader->GetDataOra();
 }
 
-const std::string& CSuperParser::FirstText(const std::string& (CParser::*getter)() const) const {
+const std::string& CSuperParser::first_text(const std::string& (CParser::*getter)() const) const {
   for (const auto& [key, entry] : entries_) {
     const std::string& text = (entry.reader->*getter)();
     if (!text.empty()) return text;
@@ -90,7 +90,7 @@ const std::string& CSuperParser::FirstText(const std::string& (CParser::*getter)
   return kNoText;
 }
 
-void CSuperParser::SetAll(void (CParser::*setter)(const std::string&), const std::string& text) {
+void CSuperParser::set_all(void (CParser::*setter)(const std::string&), const std::string& text) {
   for (const auto& [key, entry] : entries_) (entry.reader->*setter)(text);
 }
 

@@ -22,22 +22,22 @@ class CSuperParser {
   // Readers stay their owner's and must outlive every question but the destructor. False with no usable reader.
   virtual bool AggiungiParser(const std::map<double, IRkParser*>& readers);
   // The first reader's text that is not empty, in key order. Setters reach every reader.
-  virtual const std::string& GetNomeVeicolo() const { return FirstText(&CParser::GetNomeVeicolo); }
-  virtual void SetNomeVeicolo(const std::string& text) { SetAll(&CParser::SetNomeVeicolo, text); }
-  virtual const std::string& GetNomeTracciato() const { return FirstText(&CParser::GetNomeTracciato); }
-  virtual void SetNomeTracciato(const std::string& text) { SetAll(&CParser::SetNomeTracciato, text); }
-  virtual const std::string& GetNomePilota() const { return FirstText(&CParser::GetNomePilota); }
-  virtual void SetNomePilota(const std::string& text) { SetAll(&CParser::SetNomePilota, text); }
-  virtual const std::string& GetNomeCampionato() const { return FirstText(&CParser::GetNomeCampionato); }
-  virtual void SetNomeCampionato(const std::string& text) { SetAll(&CParser::SetNomeCampionato, text); }
-  virtual const std::string& GetNomeTipoVenue() const { return FirstText(&CParser::GetNomeTipoVenue); }
-  virtual void SetNomeTipoVenue(const std::string& text) { SetAll(&CParser::SetNomeTipoVenue, text); }
-  virtual const std::string& GetModoGara() const { return FirstText(&CParser::GetModoGara); }
-  virtual void SetModoGara(const std::string& text) { SetAll(&CParser::SetModoGara, text); }
-  virtual const std::string& GetTestoPrfd() const { return FirstText(&CParser::GetTestoPrfd); }
-  virtual void SetTestoPrfd(const std::string& text) { SetAll(&CParser::SetTestoPrfd, text); }
-  virtual const std::string& GetTipoTracciato() const { return FirstText(&CParser::GetTipoTracciato); }
-  virtual void SetTipoTracciato(const std::string& text) { SetAll(&CParser::SetTipoTracciato, text); }
+  virtual const std::string& GetNomeVeicolo() const { return first_text(&CParser::GetNomeVeicolo); }
+  virtual void SetNomeVeicolo(const std::string& text) { set_all(&CParser::SetNomeVeicolo, text); }
+  virtual const std::string& GetNomeTracciato() const { return first_text(&CParser::GetNomeTracciato); }
+  virtual void SetNomeTracciato(const std::string& text) { set_all(&CParser::SetNomeTracciato, text); }
+  virtual const std::string& GetNomePilota() const { return first_text(&CParser::GetNomePilota); }
+  virtual void SetNomePilota(const std::string& text) { set_all(&CParser::SetNomePilota, text); }
+  virtual const std::string& GetNomeCampionato() const { return first_text(&CParser::GetNomeCampionato); }
+  virtual void SetNomeCampionato(const std::string& text) { set_all(&CParser::SetNomeCampionato, text); }
+  virtual const std::string& GetNomeTipoVenue() const { return first_text(&CParser::GetNomeTipoVenue); }
+  virtual void SetNomeTipoVenue(const std::string& text) { set_all(&CParser::SetNomeTipoVenue, text); }
+  virtual const std::string& GetModoGara() const { return first_text(&CParser::GetModoGara); }
+  virtual void SetModoGara(const std::string& text) { set_all(&CParser::SetModoGara, text); }
+  virtual const std::string& GetTestoPrfd() const { return first_text(&CParser::GetTestoPrfd); }
+  virtual void SetTestoPrfd(const std::string& text) { set_all(&CParser::SetTestoPrfd, text); }
+  virtual const std::string& GetTipoTracciato() const { return first_text(&CParser::GetTipoTracciato); }
+  virtual void SetTipoTracciato(const std::string& text) { set_all(&CParser::SetTipoTracciato, text); }
 
   const std::vector<std::unique_ptr<CSuperChannel>>& GetCanali() const { return channels_; }
   // Sessions by the view's own numbers from 1, their statistics brought up to date.
@@ -55,11 +55,11 @@ class CSuperParser {
     CParser* reader = nullptr;
   };
 
-  void LayOut();
-  void MoveReaders();
-  void TakeChannels(const Entry& entry, u64 axis_from, u64 axis_to);
-  const std::string& FirstText(const std::string& (CParser::*getter)() const) const;
-  void SetAll(void (CParser::*setter)(const std::string&), const std::string& text);
+  void lay_out();
+  void move_readers();
+  void take_channels(const Entry& entry, u64 axis_from, u64 axis_to);
+  const std::string& first_text(const std::string& (CParser::*getter)() const) const;
+  void set_all(void (CParser::*setter)(const std::string&), const std::string& text);
 
   std::tm date_and_time_{};
   std::map<double, Entry> entries_;

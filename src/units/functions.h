@@ -85,8 +85,8 @@ class IFunzioni {
   // For a picker of units: the units of a row without their aliases; all names of a row; the words that a row and its
   // positions stand for; its positions.
   virtual void ListUnits(u32 fid, std::vector<std::string>* out) const = 0;
-  virtual void FillUnitSet(u32 fid, std::set<std::string>* out) const = 0;
-  virtual void FillFidSet(u32 fid, std::set<u32>* out) const = 0;
+  virtual void fill_unit_set(u32 fid, std::set<std::string>* out) const = 0;
+  virtual void fill_fid_set(u32 fid, std::set<u32>* out) const = 0;
   virtual void ListPositions(u32 fid, std::vector<PositionRow>* out) const = 0;
   // Every unit set that holds the unit.
   virtual void FindUnitSets(std::string_view unit, std::vector<UnitSet>* out) const = 0;
@@ -157,8 +157,8 @@ class CFunzioni final : public IFunzioni {
   i32 LeastDecimals(u32 fid, std::string_view unit) const override;
   float RestValue(u32 fid) const override;
   void ListUnits(u32 fid, std::vector<std::string>* out) const override;
-  void FillUnitSet(u32 fid, std::set<std::string>* out) const override;
-  void FillFidSet(u32 fid, std::set<u32>* out) const override;
+  void fill_unit_set(u32 fid, std::set<std::string>* out) const override;
+  void fill_fid_set(u32 fid, std::set<u32>* out) const override;
   void ListPositions(u32 fid, std::vector<PositionRow>* out) const override;
   void FindUnitSets(std::string_view unit, std::vector<UnitSet>* out) const override;
   UnitOfMeasure GetUnitRow(u32 fid, std::string_view unit) const override;
@@ -194,7 +194,7 @@ class CFunzioni final : public IFunzioni {
 
   // The row of a function in the main table: the first with its quantity and object (or object 0) that also has its
   // position (or position 0), else the first that agrees in quantity and object. Null if none does.
-  static const FunctionRow* FindRow(u32 fid);
+  static const FunctionRow* find_row(u32 fid);
 
  private:
   const SDeviceDescription* device_ = nullptr;

@@ -22,13 +22,13 @@ const UnitRow* follow_alias(UnitSet units, const UnitRow* row) {
 
 // The row that stands for a name, or null if the function doesn't have such a unit.
 const UnitRow* find_canonical_unit(u32 word, std::string_view name) {
-  const FunctionRow* function = CFunzioni::FindRow(word);
+  const FunctionRow* function = CFunzioni::find_row(word);
   return function == nullptr ? nullptr : follow_alias(function->units, find_unit(function->units, name));
 }
 
 // The same with the function's first unit in the place of an unknown one.
 const UnitRow* unit_or_first(u32 word, std::string_view name) {
-  const FunctionRow* function = CFunzioni::FindRow(word);
+  const FunctionRow* function = CFunzioni::find_row(word);
   if (function == nullptr) return nullptr;
   const UnitRow* row = find_unit(function->units, name);
   return row == nullptr ? &function->units.front() : follow_alias(function->units, row);
@@ -47,7 +47,7 @@ std::string decode_unit_text(std::string_view stored) {
   return text;
 }
 
-const FunctionRow* CFunzioni::FindRow(u32 word) {
+const FunctionRow* CFunzioni::find_row(u32 word) {
   const FunctionRow* apart_from_position = nullptr;
   for (const FunctionRow& row : catalogue::functions()) {
     const u32 object = fid::object(row.fid);
@@ -61,7 +61,7 @@ const FunctionRow* CFunzioni::FindRow(u32 word) {
 }
 
 std::string CFunzioni::GetUnitName(u32 fid) const {
-  const FunctionRow* row = FindRow(fid);
+  const FunctionRow* row = find_row(fid);
   return row == nullptr ? "" : decode_unit_text(row->units.front().name);
 }
 
@@ -92,21 +92,21 @@ float CFunzioni::RestValue(u32 fid) const {
 }
 
 void CFunzioni::ListUnits(u32 fid, std::vector<std::string>* out) const {
-  const FunctionRow* row = FindRow(fid);
+  const FunctionRow* row = find_row(fid);
   if (row == nullptr) return;
   for (const UnitRow& unit : row->units) {
     if (unit.alias < 0) out->push_back(decode_unit_text(unit.name));
   }
 }
 
-void CFunzioni::FillUnitSet(u32 fid, std::set<std::string>* out) const {
-  const FunctionRow* row = FindRow(fid);
+void CFunzioni::fill_unit_set(u32 fid, std::set<std::string>* out) const {
+  const FunctionRow* row = find_row(fid);
   if (row == nullptr) return;
   for (const UnitRow& unit : row->units) out->insert(decode_unit_text(unit.name));
 }
 
-void CFunzioni::FillFidSet(u32 fid, std::set<u32>* out) const {
-  const FunctionRow* row = FindRow(fid);
+void CFunzioni::fill_fid_set(u32 fid, std::set<u32>* out) const {
+  const FunctionRow* row = find_row(fid);
   if (row == nullptr) return;
   out->insert(row->fid);
   for (const PositionRow& position : row->positions) {
@@ -117,7 +117,7 @@ void CFunzioni::FillFidSet(u32 fid, std::set<u32>* out) const {
 }
 
 void CFunzioni::ListPositions(u32 fid, std::vector<PositionRow>* out) const {
-  const FunctionRow* row = FindRow(fid);
+  const FunctionRow* row = find_row(fid);
   if (row != nullptr) out->insert(out->end(), row->positions.begin(), row->positions.end());
 }
 

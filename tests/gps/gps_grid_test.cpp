@@ -33,7 +33,7 @@ bool same_bits(double a, double b) {
   return (std::isnan(a) && std::isnan(b)) || std::bit_cast<u64>(a) == std::bit_cast<u64>(b);
 }
 
-// Holds every point of a grid against the arrays, in pieces as a host may ask for them.
+// holds every point of a grid against the arrays, in pieces as a host may ask for them.
 void expect_filled_alike(const GpsGrid& grid, const std::vector<SGpsChannelOut>& channels,
                          const std::vector<u64>& times, u64 piece) {
   std::vector<double> piece_times(piece);
@@ -62,7 +62,7 @@ void expect_twins(const Trace& description, const GridArguments& arguments) {
   std::vector<SGpsChannelOut> channels;
   std::vector<u64> times;
   trace->GetChannels(arguments.step, arguments.start, arguments.end, channels, times);
-  const GpsGrid grid = trace->GetGrid(arguments.step, arguments.start, arguments.end);
+  const GpsGrid grid = trace->grid(arguments.step, arguments.start, arguments.end);
   trace.reset();  // the grid lives on
 
   ASSERT_EQ(grid.size(), times.size());
@@ -201,7 +201,7 @@ TEST(GpsGrid, CostsRecordsAndNotTheTimeBetweenThem) {
   // And on the right time again: behind the wild one these records are not reached.
   for (u32 i = 100; i < 120; ++i) trace.AddRecordNoClock(test::GpsCircle{}.record_at(i * 40));
 
-  const GpsGrid grid = trace.GetGrid(10000, 0, 1);
+  const GpsGrid grid = trace.grid(10000, 0, 1);
   // 4,294,967,295 ms in steps of 10 ms, and the point at 0.
   ASSERT_EQ(grid.size(), 429496730u);
   EXPECT_EQ(grid.time_at(429496729), 4294967290000u);
@@ -221,7 +221,7 @@ TEST(GpsGrid, CostsRecordsAndNotTheTimeBetweenThem) {
 TEST(GpsGrid, GivesNothingBeyondItsEnds) {
   CGPSSamplesLibXml2 trace;
   trace.AddRecordNoClock(gps_record({.time_ms = 20}));
-  const GpsGrid grid = trace.GetGrid(10000, 0, 1);
+  const GpsGrid grid = trace.grid(10000, 0, 1);
   double time = -1.0;
   double value = -1.0;
   EXPECT_EQ(grid.fill(kGpsChannelCount, 0, 1, GpsTimeUnit::kSeconds, &time, &value), 0u);

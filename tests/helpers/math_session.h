@@ -27,15 +27,15 @@ class MemoryMathSession : public IMathSession {
     return channels.size() - 1;
   }
 
-  std::size_t ChannelCount() const override { return channels.size(); }
-  std::string_view ChannelName(std::size_t index) const override { return channels[index].name; }
+  std::size_t channel_count() const override { return channels.size(); }
+  std::string_view channel_name(std::size_t index) const override { return channels[index].name; }
   std::string_view Formula(std::size_t target) const override { return channels[target].formula; }
-  double PeriodMs(std::size_t target) const override { return channels[target].period_ms; }
-  u32 FrequencyHz(std::size_t target) const override { return 1000 / channels[target].period_ms; }
+  double period_ms(std::size_t target) const override { return channels[target].period_ms; }
+  u32 frequency_hz(std::size_t target) const override { return 1000 / channels[target].period_ms; }
   std::span<float> Samples(std::size_t target) override { return channels[target].samples; }
-  std::size_t LapCount() const override { return laps.size(); }
+  std::size_t lap_count() const override { return laps.size(); }
   SMathLap Lap(std::size_t index) const override { return laps[index]; }
-  void FillInput(std::size_t source, std::size_t target, std::size_t first, std::span<float> out) override {
+  void fill_input(std::size_t source, std::size_t target, std::size_t first, std::span<float> out) override {
     filled.push_back(source);
     resample_linear(channels[source].samples, channels[source].period_ms, channels[target].period_ms, first, out);
   }

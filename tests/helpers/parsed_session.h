@@ -29,7 +29,7 @@ class ParsedSession {
     folder_.write("a.qlt", bytes);
     reader_ = std::make_unique<CParserZep_2Gv4>(folder_.wide("a.qlt"), options);
     reader_->SetMantieniCostanti(false);
-    reader_->SetRecoverClock(recover_clock);
+    reader_->set_recover_clock(recover_clock);
     good_ = reader_->ParsaFile(progress);
   }
 

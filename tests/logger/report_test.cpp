@@ -358,7 +358,7 @@ TEST(ReportText, ShowsOfAStretchOfOffsetsTheFirst) {
   std::vector<u64> many;
   std::string listed;
   for (u64 i = 0; i < 101; ++i) many.push_back(100 + 2 * i);
-  for (std::size_t i = 0; i < 100; ++i) listed += ReportText().ListedOffset(many[i]).text();
+  for (std::size_t i = 0; i < 100; ++i) listed += ReportText().listed_offset(many[i]).text();
   const Case cases[] = {
       {{}, ""},
       {{16, 17, 18, 40}, "errors 4  0x0000000010, 0x0000000028,\n"},
@@ -367,7 +367,7 @@ TEST(ReportText, ShowsOfAStretchOfOffsetsTheFirst) {
       {{0x123456789ABCDEF}, "errors 1  0x123456789abcdef,\n"},
       {many, "errors 101 (first 100 here) " + listed + "\n"},
   };
-  for (const Case& c : cases) EXPECT_EQ(ReportText().ErrorLine("errors", c.elements).text(), c.text);
+  for (const Case& c : cases) EXPECT_EQ(ReportText().error_line("errors", c.elements).text(), c.text);
 }
 
 TEST(ReportText, FormsNumbers) {
@@ -379,9 +379,9 @@ TEST(ReportText, FormsNumbers) {
       {ReportText().Number(u8{7}, 3).Number(i16{-12}, 5).Number(u64{18446744073709551615U}).text(),
        "  7  -1218446744073709551615"},
       {ReportText().Digits(5, 2).Digits(-5, 3).Digits(123, 2).text(), "05-05123"},
-      {ReportText().Real(100.0, 4).Real(0.1).Real(1234567.0).Real(33.33333333).text(), " 1000.11.23457e+0633.3333"},
-      {ReportText().Percentage(1, 3).Percentage(0, 3).Percentage(3, 3).text(), " [33.3333 pct] [0 pct] [100 pct]"},
-      {ReportText().Padded("ab", 4).Padded("abcde", 4).text(), "ab  abcde"},
+      {ReportText().real(100.0, 4).real(0.1).real(1234567.0).real(33.33333333).text(), " 1000.11.23457e+0633.3333"},
+      {ReportText().percentage(1, 3).percentage(0, 3).percentage(3, 3).text(), " [33.3333 pct] [0 pct] [100 pct]"},
+      {ReportText().padded("ab", 4).padded("abcde", 4).text(), "ab  abcde"},
   };
   for (const Case& c : cases) EXPECT_EQ(c.got, c.want);
 }
@@ -400,7 +400,7 @@ TEST(MarkTimes, FindTheFirstOfTheFileInASpan) {
           want = time;
           break;
         }
-        ASSERT_EQ(marks.FirstIn(from, to), want) << count << " marks, " << from << " to " << to;
+        ASSERT_EQ(marks.first_in(from, to), want) << count << " marks, " << from << " to " << to;
       }
     }
   }

@@ -140,7 +140,7 @@ TEST(FrequencyCodes, TheHighestRateThatIsNotAbove) {
   for (const auto& [hz, found, wanted_code, wanted_period_ms] : cases) {
     u16 code = 1;
     u16 period_ms = 1;
-    EXPECT_EQ(CFreqUtils().FindRate(hz, &code, &period_ms), found) << hz;
+    EXPECT_EQ(CFreqUtils().find_rate(hz, &code, &period_ms), found) << hz;
     EXPECT_EQ(std::pair(code, period_ms), std::pair(wanted_code, wanted_period_ms)) << hz;
   }
 }

@@ -28,7 +28,7 @@ TEST(FormulaProperties, InterpreterAgreesWithATreeWalk) {
     ++compared;
 
     const std::vector<float> expected = test::FormulaReference(formula.tree, session, target).compute();
-    const FormulaOutcome outcome = manager.ComputeFormula(formula.text, session, target);
+    const FormulaOutcome outcome = manager.compute_formula(formula.text, session, target);
     ASSERT_TRUE(outcome) << formula.text << " gives " << outcome.code << " at " << outcome.position;
     const std::vector<float>& values = session.channels[target].samples;
     for (std::size_t i = 0; i < values.size(); ++i) {

@@ -125,9 +125,9 @@ TEST(FormulaValues, BikeFunctionsUseTheUsersUnits) {
   CGestMathChan manager(units, L"");
   MemoryMathSession session;
   session.add("result", 100, {0.0F});
-  ASSERT_TRUE(manager.ComputeFormula("bike_acclat(22.369363,90)", session, 0));
+  ASSERT_TRUE(manager.compute_formula("bike_acclat(22.369363,90)", session, 0));
   EXPECT_NEAR(session.channels[0].samples[0], 15.7 / 9.806, 1e-6);
-  ASSERT_TRUE(manager.ComputeFormula("bike_cornrad(22.369363,90)", session, 0));
+  ASSERT_TRUE(manager.compute_formula("bike_cornrad(22.369363,90)", session, 0));
   EXPECT_NEAR(session.channels[0].samples[0], 10 / 1.57 / 0.3048, 1e-4);
 }
 

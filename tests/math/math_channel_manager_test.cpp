@@ -62,10 +62,10 @@ TEST_F(MathChannels, FormulasThatFailLeaveTheSamplesAlone) {
   EXPECT_FALSE(manager_.ComputeChannel(session_, target));
   EXPECT_EQ(session_.channels[target].samples, (std::vector<float>{5, 5}));
   // Nothing of the failed formula is left for the next one.
-  EXPECT_TRUE(manager_.ComputeFormula("Speed*2", session_, target));
+  EXPECT_TRUE(manager_.compute_formula("Speed*2", session_, target));
   MemoryMathSession other;
   const std::size_t other_target = other.add("result", 100, {5});
-  EXPECT_EQ(manager_.ComputeFormula("Speed*2", other, other_target).code, 102);
+  EXPECT_EQ(manager_.compute_formula("Speed*2", other, other_target).code, 102);
 }
 
 TEST_F(MathChannels, TargetsWithoutSamplesAndOfTheirOwnOldOnes) {
@@ -107,7 +107,7 @@ TEST_F(MathChannels, OutcomesSayWhatAndWhere) {
       {"  ", 110, 0, 2, "Error: the formule string is empty"},
   };
   for (const auto& [formula, code, position, character, message] : cases) {
-    const FormulaOutcome outcome = manager_.ComputeFormula(formula, session_, target);
+    const FormulaOutcome outcome = manager_.compute_formula(formula, session_, target);
     EXPECT_EQ(std::tuple(outcome.code, outcome.position, outcome.character), std::tuple(code, position, character));
     EXPECT_EQ(outcome.message, message) << formula;
   }

@@ -33,11 +33,11 @@ TEST_F(DefinitionFiles, TheStandardSetTakesThePlaceOfWhatIsThere) {
   tokenizer_.AddConstant("old", 1.0F);
   store_.SetDefaults();
   ASSERT_EQ(channels_.size(), 12U);
-  EXPECT_EQ(tokenizer_.ConstantCount(), 19U);
+  EXPECT_EQ(tokenizer_.constant_count(), 19U);
   u16 index = 0;
   EXPECT_EQ(tokenizer_.FindConstant("old", &index), kTokenTableEnd);
   ASSERT_EQ(tokenizer_.FindConstant("ACCGRAV", &index), kTokenConstant);
-  EXPECT_EQ(tokenizer_.ConstantValue(index), 9.8065F);
+  EXPECT_EQ(tokenizer_.constant_value(index), 9.8065F);
   EXPECT_EQ(channels_[5].name, "ZEP_Gear");
   EXPECT_EQ(channels_[5].formula, "gear(Engine, Speed #1, 1, 6)");
 }
@@ -51,13 +51,13 @@ TEST_F(DefinitionFiles, WhatIsWrittenIsRead) {
   channels_[1].frequency_code = 12;
   channels_[1].decimals = -1;
   tokenizer_.AddConstant("tiny", 1e-38F);
-  ASSERT_TRUE(store_.WriteDefinitions(L"mine.ZMC"));
+  ASSERT_TRUE(store_.write_definitions(L"mine.ZMC"));
   EXPECT_TRUE(std::filesystem::exists(folder_.path() / "MATHCHANNELS" / "mine.ZMC"));
 
   const std::vector<SMathChannel> written = channels_;
   channels_.clear();
   tokenizer_.ClearConstants();
-  ASSERT_TRUE(store_.ReadDefinitions(L"mine.ZMC"));
+  ASSERT_TRUE(store_.read_definitions(L"mine.ZMC"));
   ASSERT_EQ(channels_.size(), 12U);
   EXPECT_EQ(channels_[1].description, "two lines");
   const auto fields_of = [](const SMathChannel& c) {
@@ -66,18 +66,18 @@ TEST_F(DefinitionFiles, WhatIsWrittenIsRead) {
                     c.decimals);
   };
   for (std::size_t i = 0; i < 12; ++i) EXPECT_TRUE(fields_of(channels_[i]) == fields_of(written[i])) << written[i].name;
-  ASSERT_EQ(tokenizer_.ConstantCount(), 20U);
-  EXPECT_EQ(tokenizer_.ConstantValue(19), 1e-38F);
+  ASSERT_EQ(tokenizer_.constant_count(), 20U);
+  EXPECT_EQ(tokenizer_.constant_value(19), 1e-38F);
 }
 
 TEST_F(DefinitionFiles, MissingAndForeignFilesChangeNothing) {
   channels_.resize(2);
   tokenizer_.AddConstant("mine", 1.0F);
-  EXPECT_TRUE(store_.ReadDefinitions(L"absent.ZMC"));
+  EXPECT_TRUE(store_.read_definitions(L"absent.ZMC"));
   write_file("foreign.ZMC", std::string("\x02\0channel x\n", 12));
-  EXPECT_TRUE(store_.ReadDefinitions(L"foreign.ZMC"));
+  EXPECT_TRUE(store_.read_definitions(L"foreign.ZMC"));
   EXPECT_EQ(channels_.size(), 2U);
-  EXPECT_EQ(tokenizer_.ConstantCount(), 1U);
+  EXPECT_EQ(tokenizer_.constant_count(), 1U);
 }
 
 TEST_F(DefinitionFiles, LinesThatCannotBeReadLeaveTheDefaults) {
@@ -88,7 +88,7 @@ TEST_F(DefinitionFiles, LinesThatCannotBeReadLeaveTheDefaults) {
              "enabled one\r\nclass 70000\r\nfilter -1\r\nrange 5\r\nflags  7\r\ncolour red\r\n\r\n"
              "function 9999999999 3\r\nunit longer than nine\r\n"
              "channel");
-  EXPECT_TRUE(store_.ReadDefinitions(L"odd.ZMC"));
+  EXPECT_TRUE(store_.read_definitions(L"odd.ZMC"));
   ASSERT_EQ(channels_.size(), 2U);
   EXPECT_EQ(channels_[0].name, "A name of more than");
   EXPECT_EQ(channels_[0].unit, "longer th");

@@ -80,7 +80,7 @@ TEST(MemoryMappedArray, EndsAtItsLargestSizeToTheRecord) {
   store.Aggiungi(&record);
   EXPECT_EQ(record, nullptr);
   EXPECT_FALSE(store.IsValido());
-  EXPECT_TRUE(file.HasFailed());
+  EXPECT_TRUE(file.has_failed());
   EXPECT_FALSE(store.Chiudi()) << "what was refused is missing, so the store is not to be believed";
 }
 

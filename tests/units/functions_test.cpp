@@ -132,7 +132,7 @@ TEST(Functions, RowsOfTheMainTable) {
       {0x24A7, 0, 0},  // The end mark of the tables.
   };
   for (const auto& c : cases) {
-    const FunctionRow* row = CFunzioni::FindRow(c.fid);
+    const FunctionRow* row = CFunzioni::find_row(c.fid);
     EXPECT_EQ(row == nullptr ? 0 : row->fid, c.row) << std::hex << c.fid;
     EXPECT_EQ(functions.GetCatalogueFid(c.fid), c.catalogue_fid) << std::hex << c.fid;
   }
@@ -166,14 +166,14 @@ TEST(Functions, Units) {
   functions.ListUnits(0x16, &units);
   EXPECT_EQ(units, (std::vector<std::string>{"l", "USgal", "UKgal"}));
   std::set<std::string> names;
-  functions.FillUnitSet(0x16, &names);
+  functions.fill_unit_set(0x16, &names);
   EXPECT_EQ(names, (std::set<std::string>{"gal", "l", "UKgal", "USgal"}));
   std::vector<UnitSet> sets;
   functions.FindUnitSets("psi", &sets);
   EXPECT_EQ(sets.size(), 3U);
 
   std::set<u32> words;
-  functions.FillFidSet(0x14, &words);
+  functions.fill_fid_set(0x14, &words);
   EXPECT_EQ(words, (std::set<u32>{0x14, 0x58014, 0x4058014, 0x5058014, 0x4858014, 0x3058014, 0x2858014, 0x2058014}));
   std::vector<PositionRow> positions;
   functions.ListPositions(0x68010, &positions);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <optional>
 
 namespace traguardo::simulator {
 
@@ -136,8 +137,10 @@ std::vector<PlannedChannel> plan_channels(const SimulationOptions& options) {
   return channels;
 }
 
-double measure(Signal signal, std::size_t number, const CarState& car, Random& noise) {
-  const double tremble = noise.between(-1.0, 1.0);
+namespace {
+
+// How the car moves and what the driver does.
+std::optional<double> motion(Signal signal, const CarState& car, double tremble) {
   const double* const waves = car.waves;
   switch (signal) {
     case Signal::rpm:
@@ -160,6 +163,29 @@ double measure(Signal signal, std::size_t number, const CarState& car, Random& n
       return 1 + 0.05 * waves[2] + 0.05 * tremble;
     case Signal::yaw_rate_dps:
       return car.yaw_rate_dps + 0.2 * tremble;
+    case Signal::suspension_mm:
+      return 32 + 1.6 * car.lateral_mps2 - 1.1 * car.inline_mps2 + 3 * waves[2] + 1.5 * waves[3] + 0.2 * tremble;
+    case Signal::distance_m:
+      return car.distance_m;
+    case Signal::lap_time_ms:
+      return car.lap_time_s * 1000;
+    case Signal::gap_to_best_ms:
+      return car.gap_to_best_s * 1000;
+    case Signal::switches:
+      // Brake light, full throttle, high revs, and a lamp that blinks.
+      return (car.brake_bar > 2 ? 1 : 0) + (car.throttle_pct > 95 ? 2 : 0) + (car.rpm > 7000 ? 4 : 0) +
+             (waves[1] > 0 ? 128 : 0);
+    case Signal::shaft_rpm:
+      return car.shaft_rpm;
+    default:
+      return std::nullopt;
+  }
+}
+
+// Temperatures, pressures and all else that an engine tells of itself.
+std::optional<double> condition(Signal signal, const CarState& car, double tremble) {
+  const double* const waves = car.waves;
+  switch (signal) {
     case Signal::water_c:
       return 35 + 55 * car.warmth + 2 * waves[0];
     case Signal::oil_c:
@@ -176,33 +202,28 @@ double measure(Signal signal, std::size_t number, const CarState& car, Random& n
       return 0.98 - 0.0009 * car.throttle_pct + 0.02 * waves[2] + 0.004 * tremble;
     case Signal::gear_barrel_mv:
       return 400 + 620.0 * car.gear + 6 * tremble;
-    case Signal::suspension_mm:
-      return 32 + 1.6 * car.lateral_mps2 - 1.1 * car.inline_mps2 + 3 * waves[2] + 1.5 * waves[3] + 0.2 * tremble;
-    case Signal::distance_m:
-      return car.distance_m;
-    case Signal::lap_time_ms:
-      return car.lap_time_s * 1000;
-    case Signal::gap_to_best_ms:
-      return car.gap_to_best_s * 1000;
-    case Signal::switches:
-      // Brake light, full throttle, high revs, and a lamp that blinks.
-      return (car.brake_bar > 2 ? 1 : 0) + (car.throttle_pct > 95 ? 2 : 0) + (car.rpm > 7000 ? 4 : 0) +
-             (waves[1] > 0 ? 128 : 0);
     case Signal::status_code:
       return car.warmth < 0.3 ? 1 : 2;
     case Signal::torque_nm:
       return 420 * car.throttle_pct / 100 - 40 + 3 * tremble;
-    case Signal::shaft_rpm:
-      return car.shaft_rpm;
     case Signal::junction_c:
       return junction_temperature(car);
     case Signal::exhaust_over_junction_c:
       return exhaust_temperature(car, tremble) - junction_temperature(car);
     case Signal::airbox_mbar:
       return 985 + 0.004 * car.speed_mps * car.speed_mps + 2 * waves[1] + 0.5 * tremble;
-    case Signal::auxiliary:
-      break;
+    default:
+      return std::nullopt;
   }
+}
+
+}  // namespace
+
+double measure(Signal signal, std::size_t number, const CarState& car, Random& noise) {
+  const double tremble = noise.between(-1.0, 1.0);
+  if (const std::optional<double> value = motion(signal, car, tremble)) return *value;
+  if (const std::optional<double> value = condition(signal, car, tremble)) return *value;
+  const double* const waves = car.waves;
   const double size = static_cast<double>(number % 7 + 1) / 7;
   return size * (60 * waves[number % 3] + 30 * waves[3] + 20 * tremble);
 }

@@ -276,7 +276,7 @@ std::vector<WmpChannel> usual_channels(const WmpForm& form) {
   }
   for (const Row& row : kChannels) {
     channels.push_back(channel_of(row));
-    // Far in front, so that a small number of channels still has it.
+    // far in front, so that a small number of channels still has it.
     if (row.sensor == kWheelSpeed && has_shaft(form)) channels.push_back(channel_of(kShaftChannel));
   }
   if (form.has_extensions()) {

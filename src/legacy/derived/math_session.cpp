@@ -18,29 +18,29 @@ void resample_steps(std::span<const float> source, u32 source_period_ms, u32 tar
 
 }  // namespace
 
-std::size_t WmpMathSession::ChannelCount() const {
+std::size_t WmpMathSession::channel_count() const {
   return session_->tables.channels.size();
 }
-std::string_view WmpMathSession::ChannelName(std::size_t index) const {
+std::string_view WmpMathSession::channel_name(std::size_t index) const {
   return session_->tables.channels[index].record.name_view();
 }
-u64 WmpMathSession::NamesVersion() const {
+u64 WmpMathSession::names_version() const {
   return session_->names_version;
 }
 
 std::string_view WmpMathSession::Formula(std::size_t target) const {
   return session_->tables.channels[target].record.formula_view();
 }
-double WmpMathSession::PeriodMs(std::size_t target) const {
+double WmpMathSession::period_ms(std::size_t target) const {
   return session_->tables.channels[target].statistics.period_ms;
 }
-u32 WmpMathSession::FrequencyHz(std::size_t target) const {
+u32 WmpMathSession::frequency_hz(std::size_t target) const {
   return session_->tables.channels[target].statistics.frequency_hz;
 }
 std::span<float> WmpMathSession::Samples(std::size_t target) {
   return session_->store.values(target);
 }
-std::size_t WmpMathSession::LapCount() const {
+std::size_t WmpMathSession::lap_count() const {
   return session_->tables.laps.size();
 }
 
@@ -49,7 +49,7 @@ SMathLap WmpMathSession::Lap(std::size_t index) const {
   return {static_cast<double>(lap.start_ms()), static_cast<double>(lap.time_ms())};
 }
 
-void WmpMathSession::FillInput(std::size_t source, std::size_t target, std::size_t first, std::span<float> out) {
+void WmpMathSession::fill_input(std::size_t source, std::size_t target, std::size_t first, std::span<float> out) {
   const std::span<const float> samples = session_->store.values(source);
   const u32 source_period_ms = session_->tables.channels[source].statistics.period_ms;
   const u32 target_period_ms = session_->tables.channels[target].statistics.period_ms;
