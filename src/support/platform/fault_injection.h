@@ -11,8 +11,9 @@ namespace traguardo::platform {
 void let_disk_take(u64 bytes);
 void let_disk_take_anything();
 
-enum class Operation { kOpen, kSize, kRead, kWrite, kResize, kRename, kDelete };
-inline constexpr int kOperations = 7;
+// Locks are the business of systems where an open file doesn't lock itself.
+enum class Operation { kOpen, kSize, kRead, kWrite, kResize, kRename, kDelete, kLock };
+inline constexpr int kOperations = 8;
 
 // The operation of that kind that comes after `successes` others fails, as if its device had; it alone.
 void let_fail_after(Operation operation, u64 successes);

@@ -217,13 +217,21 @@ bool is_still_named(int descriptor, const std::string& path, mode_t kind) {
          open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
+// A file system may refuse locks altogether; then nobody takes anything on it for dead.
+enum class Lock { kTaken, kHeldByAnother, kRefused };
+
+Lock lock(int descriptor) {
+  if (!detail::may_go_on(Operation::kLock)) return Lock::kRefused;
+  if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) return Lock::kTaken;
+  return errno == EWOULDBLOCK ? Lock::kHeldByAnother : Lock::kRefused;
+}
+
 // A lock dies with its process, wherever that ran.
 void remove_if_dead(const std::wstring& path) {
   const std::string bytes = host_bytes_from_path(path);
   const int descriptor = ::open(bytes.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
   if (descriptor < 0) return;
-  if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && is_still_named(descriptor, bytes, S_IFREG))
-    ::unlink(bytes.c_str());
+  if (lock(descriptor) == Lock::kTaken && is_still_named(descriptor, bytes, S_IFREG)) ::unlink(bytes.c_str());
   ::close(descriptor);
 }
 
@@ -348,8 +356,8 @@ bool WorkFolder::begin_as(const std::wstring& path) {
     return detail::fail_with(code == EEXIST ? 0 : code);
   }
   life_ = open_folder(bytes);
-  // Where folders can't be locked nobody takes one for dead. Who looks for dead ones may have come between.
-  const bool has_rival = life_ >= 0 && ::flock(static_cast<int>(life_), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  // Who looks for dead folders may have come between.
+  const bool has_rival = life_ >= 0 && lock(static_cast<int>(life_)) == Lock::kHeldByAnother;
   if (life_ >= 0 && !has_rival && is_still_named(static_cast<int>(life_), bytes, S_IFDIR)) {
     path_ = path;
     return true;
@@ -366,7 +374,7 @@ void WorkFolder::remove_if_dead(const std::wstring& path) {
   if (descriptor < 0) return;
   struct stat folder;
   const bool is_own = ::fstat(descriptor, &folder) == 0 && folder.st_uid == ::geteuid();
-  if (is_own && ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 && is_still_named(descriptor, bytes, S_IFDIR)) {
+  if (is_own && lock(descriptor) == Lock::kTaken && is_still_named(descriptor, bytes, S_IFDIR)) {
     std::error_code ignored;
     std::filesystem::remove_all(file_system_path(path), ignored);
   }
@@ -458,8 +466,8 @@ bool PartFile::begin_as(const std::wstring& path) {
     mark_.end();
     return detail::fail_with(code == EEXIST ? 0 : code);
   }
-  // Whoever looks for dead parts may have come between; a file system without locks has nobody who would.
-  const bool has_rival = ::flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  // Whoever looks for dead parts may have come between.
+  const bool has_rival = lock(descriptor) == Lock::kHeldByAnother;
   if (has_rival || !is_still_named(descriptor, bytes, S_IFREG)) {
     ::close(descriptor);
     give_up();
