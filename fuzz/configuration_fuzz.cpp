@@ -88,10 +88,10 @@ void check_definitions(const test::FakeSession& session) {
   const CUserUnitsOfMeasureMgr units;
   CGestMathChan manager(units, session.folder);
   manager.LoadMathChannels();
-  manager.SaveMathChannels(L"1");
+  manager.save_math_channels(L"1");
   const std::string once = fuzz::folder().read("MATHCHANNELS/1");
   manager.LoadMathChannels(L"1");
-  manager.SaveMathChannels(L"2");
+  manager.save_math_channels(L"2");
   fuzz::check(fuzz::folder().read("MATHCHANNELS/2") == once);
 }
 
