@@ -32,7 +32,7 @@ packages_of() {
     bundle) node_packages ;;
     page) echo "chromium $(node_packages)" ;;
     windows) echo "g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest wine wine64" ;;
-    quality) echo "clang clang-format clang-tidy libclang-rt-14-dev git python3 pkg-config" ;;
+    quality) echo "clang clang-format clang-tidy libclang-rt-14-dev valgrind git python3 pkg-config" ;;
     packages) echo "debootstrap dpkg-dev file python3" ;;
     fuzz) echo "clang libclang-rt-14-dev" ;;
     *)
