@@ -31,7 +31,7 @@ seeds_of() {
     qlc | wmp) ending=$1 ;;
     trace) ending=jts ;;
   esac
-  [ -z "$ending" ] || find tests/sessions -name "*.$ending" -size -24k -exec cp -n {} "$folder" \;
+  [ -z "$ending" ] || find tests/sessions -name "*.$ending" -size -64k -exec cp -n {} "$folder" \;
   echo "$folder"
 }
 dictionary_of() {

@@ -122,18 +122,18 @@ std::string block_of_extremes(const std::vector<std::int32_t>& values, std::size
   return block.finish();
 }
 
-std::string to_base64(const std::string& bytes) {
+std::string to_base64(std::string_view bytes) {
   constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
-  text.reserve((bytes.size() + 2) / 3 * 4);
-  const auto byte = [&bytes](std::size_t i) {
+  std::string text((bytes.size() + 2) / 3 * 4, '=');
+  const auto byte = [bytes](std::size_t i) {
     return i < bytes.size() ? static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[i])) : 0U;
   };
+  char* out = text.data();
   for (std::size_t i = 0; i < bytes.size(); i += 3) {
     const std::uint32_t three = byte(i) << 16 | byte(i + 1) << 8 | byte(i + 2);
-    for (int shift = 18; shift >= 0; shift -= 6) text += kAlphabet[three >> shift & 0x3F];
+    for (const int shift : {18, 12, 6, 0}) *out++ = kAlphabet[three >> shift & 0x3F];
   }
-  for (std::size_t i = 0; i < (3 - bytes.size() % 3) % 3; ++i) text[text.size() - 1 - i] = '=';
+  std::fill_n(text.rbegin(), (3 - bytes.size() % 3) % 3, '=');
   return text;
 }
 

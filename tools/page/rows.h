@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace traguardo::tool {
@@ -55,6 +56,6 @@ std::string block_of_values(const std::vector<std::int32_t>& values);
 std::string block_of_extremes(const std::vector<std::int32_t>& values, std::size_t stretch);
 
 // In the alphabet of RFC 4648, padded.
-std::string to_base64(const std::string& bytes);
+std::string to_base64(std::string_view bytes);
 
 }  // namespace traguardo::tool
