@@ -37,7 +37,7 @@ seeds_of() {
 dictionary_of() {
   case $1 in
     report | qlc) echo fuzz/dictionaries/qlt.dict ;;
-    formula_evaluator | dump) ;;
+    dump) ;;
     *) echo "fuzz/dictionaries/$1.dict" ;;
   esac
 }

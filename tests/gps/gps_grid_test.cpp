@@ -8,7 +8,6 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -82,78 +81,6 @@ const GridArguments kArguments[] = {
     {333333, 123456, 100},  // coarser than the records
     {100000, 2500000, 1},   // near the end of the records or behind it
 };
-
-// --- Random traces -------------------------------------------------------------------------------------------------
-
-class RandomTraces {
- public:
-  // How the clock goes on from record to record, in ms. The first 30 records ascend so that none clears the trace.
-  enum class Clock { kEven, kUneven, kStanding, kJumping, kAnyhow };
-
-  Trace next(Clock clock) {
-    Trace trace{"clock " + std::to_string(static_cast<int>(clock)) + ", trace " + std::to_string(++number_), {}};
-    const u32 count = 30 + below(150);
-    u32 time = below(100);
-    for (u32 i = 0; i < count; ++i) {
-      if (i > 0) time = i < 30 ? time + 10 : AfterTime(clock, time);
-      trace.records.push_back(RandomRecord(time));
-    }
-    return trace;
-  }
-
- private:
-  u32 below(u32 limit) { return static_cast<u32>(random_() % limit); }
-  i32 around(i32 centre, u32 width) { return centre + static_cast<i32>(below(width)) - static_cast<i32>(width / 2); }
-
-  u32 AfterTime(Clock clock, u32 time) {
-    switch (clock) {
-      case Clock::kEven:
-        return time + 40;
-      case Clock::kUneven:
-        return time + below(90);
-      case Clock::kStanding:
-        return time + (below(4) == 0 ? 3 : 0);
-      case Clock::kJumping:
-        return below(10) == 0 ? below(4000) : time + 20;
-      case Clock::kAnyhow:
-        return below(3000);
-    }
-    return time;
-  }
-
-  SGpsRecord RandomRecord(u32 time) {
-    const bool standing = below(4) == 0;
-    const u32 speed_width = below(3) == 0 ? 100 : 6000;
-    return gps_record({.time_ms = time,
-                       .time_of_week_ms = below(1000000),
-                       .fix = static_cast<u8>(below(8) == 0 ? 0 : 3),
-                       .x_cm = around(444913261, 100000),
-                       .y_cm = around(78450212, 100000),
-                       .z_cm = around(448752519, 100000),
-                       .position_accuracy_cm = below(1000),
-                       .vx_cm_s = standing ? 0 : around(0, speed_width),
-                       .vy_cm_s = standing ? 0 : around(0, speed_width),
-                       .vz_cm_s = standing ? 0 : around(0, speed_width),
-                       .satellites = static_cast<u8>(below(256))});
-  }
-
-  std::mt19937 random_{20240607};
-  int number_ = 0;
-};
-
-TEST(GpsGrid, HasTheTimesAndValuesOfTheArraysBitForBit) {
-  using Clock = RandomTraces::Clock;
-  RandomTraces traces;
-  for (const Clock clock : {Clock::kEven, Clock::kUneven, Clock::kStanding, Clock::kJumping, Clock::kAnyhow}) {
-    for (int i = 0; i < 6; ++i) {
-      const Trace trace = traces.next(clock);
-      for (const GridArguments& arguments : kArguments) expect_twins(trace, arguments);
-      if (HasFatalFailure()) return;
-    }
-  }
-}
-
-// --- Records that no drive makes -----------------------------------------------------------------------------------
 
 std::vector<Trace> strange_traces() {
   std::vector<SGpsRecord> extreme;

@@ -48,7 +48,6 @@ void expect_near(const std::vector<float>& values, const std::vector<float>& exp
   for (std::size_t i = 0; i < values.size(); ++i) EXPECT_NEAR(values[i], expected[i], 1e-5F) << i;
 }
 
-// Beside the random formulas that agree with a second evaluation: what is odd about some numbers.
 TEST(FormulaValues, OperatorsAndFunctionsOfNumbers) {
   struct Case {
     const char* formula;
@@ -56,6 +55,13 @@ TEST(FormulaValues, OperatorsAndFunctionsOfNumbers) {
   };
   const Case cases[] = {
       {"7-2-1", 4.0F},
+      {"2+3*4-6/3", 12.0F},
+      {"2*(3+4)*5", 70.0F},
+      {"8/4/2", 1.0F},
+      {"12/2*3", 18.0F},
+      {"2*3^2+1", 19.0F},
+      {"-3--2", -1.0F},
+      {"2*-3", -6.0F},
       {"1/0", 0.0F},
       {"0/0", 0.0F},
       {"2^3^2", 64.0F},
@@ -64,7 +70,16 @@ TEST(FormulaValues, OperatorsAndFunctionsOfNumbers) {
       {"exp(200)", kInfinity},
       {"log(0)", -kInfinity},
       {"asin(1.5)", kNaN},
+      {"sqrt(16)+abs(0-3)", 7.0F},
+      {"ln(exp(2))*log(1000)", 6.0F},
+      {"sin(0)+cos(0)+tan(0)", 1.0F},
+      {"acos(0)-asin(1)+atan(1)", 0.785398163F},
+      {"min(3,-4)", -4.0F},
+      {"max(3,-4)", 3.0F},
       {"med(3,-4)", -0.5F},
+      {"high_pass(5,4)", 5.0F},
+      {"low_pass(4,5)+10*low_pass(5,5)", 4.0F},
+      {"band_pass(5,4,6)", 5.0F},
       {"high_pass(4,4)", 0.0F},
       {"band_pass(4,4,6)", 0.0F},
       {"band_pass(6,4,6)", 0.0F},
@@ -72,10 +87,14 @@ TEST(FormulaValues, OperatorsAndFunctionsOfNumbers) {
       {"bit_or(0-1,0)", 4294967295.0F},
       {"bit_and(4294967808,1023)", 512.0F},  // Only the low 32 bits take part.
       {"bit_or(10^30,1)", 1.0F},             // Behind every integer: no low bits are left.
-      {"GE(1,1)", 1.0F},
-      {"LT(1,1)", 0.0F},
+      {"bit_xor(12,10)+100*bit_and(12,10)+10000*bit_or(12,10)", 140806.0F},
+      {"GE(1,1)+2*GE(0,1)+4*GT(2,1)+8*GT(1,1)", 5.0F},
+      {"LT(1,1)+2*LT(0,1)+4*LE(1,1)+8*LE(2,1)", 6.0F},
+      {"EQ(1,1)+2*EQ(1,2)+4*NE(1,1)+8*NE(1,2)", 9.0F},
+      {"IF(1,2,3)+10*IF(0,2,3)", 32.0F},
       {"IF(sqrt(0-1),1,2)", 1.0F},
       {"atan2(1,0)", 0.0F},
+      {"atan2(0,1)", 1.57079633F},
       {"16777216+1", 16777216.0F},  // Single precision throughout.
   };
   for (const Case& c : cases) {

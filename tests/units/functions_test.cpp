@@ -91,29 +91,6 @@ TEST(Functions, Names) {
   }
 }
 
-TEST(Functions, NamesOfValuesAndKeys) {
-  const CFunzioni functions;
-  EXPECT_EQ(functions.PhysicalName(38), "High RPM");
-  EXPECT_EQ(functions.PhysicalName(39), "");
-  EXPECT_EQ(functions.ObjectName(67), "Running Session");
-  for (const u32 hole : {68U, 69U, 70U, 73U}) EXPECT_EQ(functions.ObjectName(hole), "") << hole;
-  EXPECT_EQ(functions.PositionName(22), "Differential");
-  EXPECT_EQ(functions.PhysicalKey(17), "FID_PHI_TEMPERATURE");
-  EXPECT_EQ(functions.PhysicalFromKey("FID_PHI_GRIP"), 36U);
-  EXPECT_EQ(functions.FrontRearFromKey("FID_POS_WHEEL"), 0U);
-
-  std::map<u32, std::string> quantities;
-  functions.FillPhysicalMap(&quantities);
-  EXPECT_EQ(quantities.size(), 39U);
-  EXPECT_EQ(quantities[20], "Speed (Velocity)");
-
-  KeyLists keys;
-  functions.ListKeys(&keys);
-  EXPECT_EQ(keys.objects.size(), 70U);
-  EXPECT_EQ(keys.objects[47], "FID_OBJ_RUNNING_SESSION") << "table order, not order of values";
-  EXPECT_EQ(keys.up_down.back(), "FID_UPDOWN_CENTER");
-}
-
 TEST(Functions, RowsOfTheMainTable) {
   const CFunzioni functions;
   const struct {
@@ -238,27 +215,15 @@ TEST(Functions, SubChannelLists) {
     for (const SubChannel& channel : list) joined += channel.short_name + ' ';
     return joined;
   };
-  std::vector<SubChannel> lap, gps, unknown, timing, odometer;
+  std::vector<SubChannel> lap, unknown;
   functions.ListLapSubChannels(FID_SPEC_LAPTIME_ZEP2Gv2, &lap);
   EXPECT_EQ(names(lap).substr(0, 43), "nRun nSpl nLap LapT SplT best RunT RTR Code");
   EXPECT_EQ(lap.size(), 12U + 4U) << "the reserved place left out, four worked out times behind";
   EXPECT_EQ(lap[12].short_name, "PreT");
   EXPECT_EQ(lap[12].format, kSMPL_FMT_VOID);
-  functions.ListGpsSubChannels(FID_SPEC_GPS_ZEPNAVSOL, &gps);
-  EXPECT_EQ(gps.size(), 9U);
-  EXPECT_EQ(gps[5].long_name, "GPS Speed");
   functions.ListGpsSubChannels(7, &unknown);
   functions.ListLapSubChannels(7, &unknown);
   EXPECT_TRUE(unknown.empty());
-  functions.ListMyLapsSubChannels(&timing);
-  EXPECT_EQ(names(timing), "StPos ToGo nLap LapT DFrnt DRear DPrev DBest ");
-  functions.ListTotalOdometerSubChannels(&odometer);
-  functions.ListResettableOdometerSubChannels(&odometer);
-  functions.ListKestrelSubChannels(&odometer);
-  functions.ListBestTimeSubChannels(&odometer);
-  functions.ListRollTimeSubChannels(&odometer);
-  EXPECT_EQ(odometer.size(), 3U + 3U + 5U + 2U + 2U);
-  for (const SubChannel& channel : odometer) EXPECT_FALSE(channel.long_name.empty()) << std::hex << channel.fid;
 }
 
 }  // namespace
