@@ -147,7 +147,7 @@ bool CParserWMP::copy_channels(const WmpSession& session) {
     if (!store->AddValori(0, step, static_cast<u32>(values.size()), values.data())) return false;
     if (!store->ChiudiStore()) return false;
   }
-  return true;
+  return flush_store();
 }
 
 void CParserWMP::copy_laps(const WmpSession& session) {

@@ -127,7 +127,7 @@ bool CParserZep_2Gv4::finish_stores() {
     if (parsed->GetNumValori() != 0) first = std::min(first, parsed->GetPrimoTempo());
   }
   first_time_ = first == std::numeric_limits<u64>::max() ? 0 : first;
-  return good;
+  return flush_store() && good;
 }
 
 }  // namespace traguardo

@@ -80,20 +80,20 @@ bool MemoryMappedArray::enlarge(u32 limit) {
   return true;
 }
 
-// Whether the keys of the oldest `count` buffered records lie one step apart.
-bool MemoryMappedArray::are_even(u32 count, u64* step) const {
-  if (count < 2 || record_size_ != kKeySize + kValueSize) return false;
+// Puts the values of the oldest `count` buffered records side by side. Gives whether their keys lie one step apart.
+bool MemoryMappedArray::pack(u32 count, u8* values, u64* step) const {
   constexpr std::size_t kSize = kKeySize + kValueSize;
   const u8* record = buffer_.get();
   u64 key = load_u64(record);
-  *step = load_u64(record + kSize) - key;
+  *step = count < 2 ? 0 : load_u64(record + kSize) - key;
   u64 differences = 0;
-  for (u32 i = 1; i < count; ++i) {
+  for (u32 i = 0; i < count; ++i) {
+    differences |= load_u64(record) ^ key;
+    store_u32(values + std::size_t{i} * kValueSize, load_u32(record + kKeySize));
     record += kSize;
     key += *step;
-    differences |= load_u64(record) ^ key;
   }
-  return differences == 0;
+  return differences == 0 && count >= 2;
 }
 
 // Two pieces that lie one behind the other are one, as with a single busy channel.
@@ -111,16 +111,10 @@ bool MemoryMappedArray::goes_on(const Piece& piece) const {
 bool MemoryMappedArray::write_out(u32 count) {
   const std::size_t bytes = static_cast<std::size_t>(count) * record_size_;
   Piece piece{written_, 0, load_u64(buffer_.get()), false, 0};
-  piece.is_even = are_even(count, &piece.step);
-  const u8* stored = buffer_.get();
-  if (piece.is_even) {
-    u8* const packed = file_->scratch(std::size_t{count} * kValueSize);
-    for (std::size_t i = 0; i < count; ++i) {
-      store_u32(packed + i * kValueSize, load_u32(stored + i * (kKeySize + kValueSize) + kKeySize));
-    }
-    stored = packed;
-  }
-  if (!file_->Append(stored, static_cast<std::size_t>(count * stored_size(piece)), &piece.place)) return false;
+  u8* const room = file_->room(bytes);
+  piece.is_even = record_size_ == kKeySize + kValueSize && pack(count, room, &piece.step);
+  if (!piece.is_even) std::memcpy(room, buffer_.get(), bytes);
+  if (!file_->Append(static_cast<std::size_t>(count * stored_size(piece)), &piece.place)) return false;
   if (!goes_on(piece)) pieces_.push_back(piece);
   const std::size_t kept = static_cast<std::size_t>(next_ - buffer_.get()) - bytes;
   std::memmove(buffer_.get(), buffer_.get() + bytes, kept);

@@ -91,7 +91,7 @@ class MemoryMappedArray {
   bool make_room();
   bool enlarge(u32 limit);
   bool write_out(u32 count);
-  bool are_even(u32 count, u64* step) const;
+  bool pack(u32 count, u8* values, u64* step) const;
   bool goes_on(const Piece& piece) const;
   u64 stored_size(const Piece& piece) const { return piece.is_even ? record_size_ - kKeySize : record_size_; }
   void read_piece(const Piece& piece, u64 number, u64 count, u8* out) const;

@@ -90,6 +90,8 @@ class CParser : public IRkParser {
 
   // What this reader's samples go to; made on first use.
   StoreFile* GetFileStore();
+  // Behind the last sample. False if some of them could not be written.
+  bool flush_store() { return store_file_ == nullptr || store_file_->flush(); }
   ParseFailure failure() const {
     return store_file_ != nullptr && store_file_->has_failed() ? ParseFailure::kStore : failure_;
   }

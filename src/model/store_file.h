@@ -22,21 +22,29 @@ class StoreFile {
   void fail() { has_failed_ = true; }
   // It could not be made, or something could not be written.
   bool has_failed() const { return has_failed_ || !file_; }
-  // Puts bytes behind all others and gives their place. False if they can't be written, as on a full disk.
-  bool Append(const u8* bytes, std::size_t count, u64* place);
-  // Bytes to make a piece in, good until the next call. Throws bad_alloc.
-  u8* scratch(std::size_t bytes) {
-    if (scratch_.size() < bytes) scratch_.resize(bytes);
-    return scratch_.data();
+  // Room for bytes that go behind all others, to be filled and then appended. Throws bad_alloc.
+  u8* room(std::size_t bytes) {
+    if (pending_.size() < pending_count_ + bytes) pending_.resize(pending_count_ + bytes);
+    return pending_.data() + pending_count_;
   }
+  // Appends the first bytes of that room and gives their place. False if something can't be written, as on a full disk.
+  bool Append(std::size_t count, u64* place);
+  // Behind the last store: what still waits goes to the disk. False if something could not be written, now or earlier.
+  bool flush();
   // Throws ReadFailure.
-  void Read(u64 place, u8* out, std::size_t count) const { file_.read_all_at(place, out, count); }
+  void Read(u64 place, u8* out, std::size_t count) const;
 
  private:
+  // Pieces of some kilobytes are gathered: a write of this size, on a border of pages, costs the system a third.
+  static constexpr std::size_t kWrite = 256U << 10;
+
+  bool write(std::size_t count);
+
   platform::File file_;
-  u64 end_ = 0;
+  u64 written_ = 0;
   bool has_failed_ = false;
-  std::vector<u8> scratch_;
+  std::vector<u8> pending_;  // what follows in the file, and room behind it
+  std::size_t pending_count_ = 0;
 };
 
 }  // namespace traguardo

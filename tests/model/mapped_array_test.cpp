@@ -101,7 +101,7 @@ TEST(MemoryMappedArray, SaysThatItCannotBeRead) {
   StoreFile file(folder.wide("a.qlt"));
   MemoryMappedArray store(&file, 12);
   for (u64 i = 0; i < 10; ++i) append(&store, i);
-  ASSERT_TRUE(store.Chiudi());
+  ASSERT_TRUE(store.Chiudi() && file.flush());
   platform::let_fail_after(platform::Operation::kRead, 0);
   EXPECT_THROW(numbers(store, 0, 10), platform::ReadFailure);
   EXPECT_EQ(numbers(store, 8, 10), (std::vector<u64>{8, 9})) << "the next try has its own luck";
