@@ -3,17 +3,23 @@
 // further line of memory that a sample touches costs more than its conversion.
 #pragma once
 
+#include <limits>
+
 #include "logger/qlt_channel.h"
 
 namespace traguardo {
 
 struct ChannelEntry {
+  static constexpr u32 kSingleHead = 8;  // of a frame of one sample: parenthesis, letter, time, index
+  static constexpr u32 kNotPlain = std::numeric_limits<u32>::max();
+
   ChannelEntry() = default;
   explicit ChannelEntry(CCanaleQLT* channel)
       : object(channel),
         sink(channel->has_bare_reader() ? channel->channel() : nullptr),
         reader(channel->bare_reader()),
         sample_size(channel->sample_size()),
+        plain_frame(sink != nullptr && channel->statistics() == nullptr ? kSingleHead + sample_size + 1 : kNotPlain),
         statistics(channel->statistics()) {}
 
   // One sample, with the file offset that it is reported under.
@@ -41,6 +47,8 @@ struct ChannelEntry {
   CParsedChannel* sink = nullptr;  // null: the object itself decides what a sample is
   SampleReader reader;
   u32 sample_size = 0;
+  // Bytes of a frame of one sample, where that is nothing but a value to store; else more than any file has.
+  u32 plain_frame = kNotPlain;
   SStatMisura* statistics = nullptr;
 };
 

@@ -12,7 +12,8 @@ namespace traguardo {
 namespace {
 
 constexpr u32 kRejected = 1;
-constexpr u64 kFrameHead = 8;      // parenthesis, letter, time, index
+constexpr u64 kFrameHead = ChannelEntry::kSingleHead;
+constexpr u16 kSingleMark = '(' | 'S' << 8;
 constexpr u64 kMultipleHead = 10;  // the same and a count
 constexpr u64 kTimeOffset = 2;
 constexpr u64 kIndexOffset = 6;
@@ -104,23 +105,26 @@ u32 FrameDecoder::pass_garbage(const u8* bytes, u64 at) {
 }
 
 // The common case without its odd branches: (S frames of known channels with plain values, one behind the other, while
-// nobody counts them. Gives the bytes that they take; the frame behind them is DecodeFrame's, whatever it is.
+// nobody counts them. Gives the bytes that they take; the frame behind them is decode_frame's, whatever it is.
 u64 FrameDecoder::decode_plain_run(const u8* bytes, u64 ready) {
+  if (ready <= kFrameHead) return 0;
   const ChannelEntry* const channels = table_.entries().data();
   const u64 channel_count = table_.entries().size();
   const u8* at = bytes;
   const u8* const end = bytes + ready;
+  const u8* const last_head = end - kFrameHead;
+  // Within these bounds every clock is believed, whichever of them come before it.
+  const u64 lowest = clock_.now() - std::min(clock_.now(), kOneMinute / 2);
   u64 highest = clock_.now();
-  while (static_cast<u64>(end - at) > kFrameHead && at[0] == '(' && at[1] == 'S') {
-    const u16 index = load_u16(at + kIndexOffset);
+  while (at < last_head && load_u16(at) == kSingleMark) {
+    const u64 index = load_u16(at + kIndexOffset);
     if (index >= channel_count) break;
     const ChannelEntry& channel = channels[index];
-    const u64 length = kFrameHead + channel.sample_size + 1;
-    if (channel.sink == nullptr || channel.statistics != nullptr) break;
+    const u64 length = channel.plain_frame;
     if (length > static_cast<u64>(end - at) || at[length - 1] != ')') break;
     if (!channel.sink->has_room()) break;
     const u64 time = time_of(at);
-    if (!is_plausible(time, highest)) [[unlikely]]
+    if (time - lowest > kOneMinute) [[unlikely]]
       break;
     highest = std::max(highest, time);
     channel.sink->AddValore(time, channel.reader(at + kFrameHead));

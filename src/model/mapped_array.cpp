@@ -27,6 +27,40 @@ std::atomic<u64> g_kept_bytes{0};
 
 }  // namespace
 
+// Four at a time, in two rows. A bound of zero may come from a later zero than the first: that one is looked for.
+void ValueBounds::take(const u8* values, std::size_t count) {
+  using Four = float __attribute__((vector_size(16)));
+  constexpr std::size_t kAtOnce = 2;
+  Four low[kAtOnce], high[kAtOnce];
+  for (std::size_t row = 0; row < kAtOnce; ++row) {
+    low[row] = Four{} + lowest;
+    high[row] = Four{} + highest;
+  }
+  std::size_t i = 0;
+  for (; i + 4 * kAtOnce <= count; i += 4 * kAtOnce) {
+    Four four[kAtOnce];
+    std::memcpy(four, values + i * sizeof(float), sizeof four);
+    for (std::size_t row = 0; row < kAtOnce; ++row) {
+      low[row] = four[row] < low[row] ? four[row] : low[row];
+      high[row] = four[row] > high[row] ? four[row] : high[row];
+    }
+  }
+  ValueBounds all = *this;
+  for (std::size_t lane = 0; lane < 4 * kAtOnce; ++lane) {
+    all.take(low[lane / 4][lane % 4]);
+    all.take(high[lane / 4][lane % 4]);
+  }
+  for (; i < count; ++i) all.take(load_f32(values + i * sizeof(float)));
+  const auto first_equal = [values](float value) {
+    if (value != 0) return value;
+    const u8* at = values;
+    while (load_f32(at) != 0) at += sizeof(float);
+    return load_f32(at);
+  };
+  if (all.lowest < lowest) lowest = first_equal(all.lowest);
+  if (all.highest > highest) highest = first_equal(all.highest);
+}
+
 MemoryMappedArray::MemoryMappedArray(StoreFile* file, u32 record_size, u64 largest)
     : record_size_(record_size),
       valid_(file != nullptr && file->IsValido()),
@@ -96,6 +130,12 @@ bool MemoryMappedArray::pack(u32 count, u8* values, u64* step) const {
   return differences == 0 && count >= 2;
 }
 
+ValueBounds MemoryMappedArray::bounds() const {
+  ValueBounds all = written_bounds_;
+  for (const u8* record = buffer_.get(); record != next_; record += record_size_) all.take(load_f32(record + kKeySize));
+  return all;
+}
+
 // Two pieces that lie one behind the other are one, as with a single busy channel.
 bool MemoryMappedArray::goes_on(const Piece& piece) const {
   if (pieces_.empty()) return false;
@@ -112,7 +152,10 @@ bool MemoryMappedArray::write_out(u32 count) {
   const std::size_t bytes = static_cast<std::size_t>(count) * record_size_;
   Piece piece{written_, 0, load_u64(buffer_.get()), false, 0};
   u8* const room = file_->room(bytes);
-  piece.is_even = record_size_ == kKeySize + kValueSize && pack(count, room, &piece.step);
+  if (record_size_ == kKeySize + kValueSize) {
+    piece.is_even = pack(count, room, &piece.step);
+    written_bounds_.take(room, count);
+  }
   if (!piece.is_even) std::memcpy(room, buffer_.get(), bytes);
   if (!file_->Append(static_cast<std::size_t>(count * stored_size(piece)), &piece.place)) return false;
   if (!goes_on(piece)) pieces_.push_back(piece);

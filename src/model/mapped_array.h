@@ -8,6 +8,7 @@
 #pragma once
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -16,6 +17,18 @@
 #include "support/bytes.h"
 
 namespace traguardo {
+
+// The lowest and the highest of some values. Of zeros that differ in their signs the first counts, not-a-numbers don't.
+struct ValueBounds {
+  float lowest = std::numeric_limits<float>::max();
+  float highest = std::numeric_limits<float>::lowest();
+
+  void take(float value) {
+    if (value > highest) highest = value;
+    if (value < lowest) lowest = value;
+  }
+  void take(const u8* values, std::size_t count);
+};
 
 class MemoryMappedArray {
  public:
@@ -63,6 +76,8 @@ class MemoryMappedArray {
     const u64 high = next == pieces_.end() ? Numero() : next->first;
     return {next == pieces_.begin() ? (pieces_.empty() ? 0 : high) : (next - 1)->first + 1, high};
   }
+  // Of the values, where records are a key and a value.
+  ValueBounds bounds() const;
   // Ends the writing. False if something could not be written, now or earlier; the store is then not to be believed.
   bool Chiudi();
   // Not before a record was refused for want of room.
@@ -111,6 +126,7 @@ class MemoryMappedArray {
   std::unique_ptr<u8[]> buffer_;
   u32 capacity_ = 0;
   u64 written_ = 0;
+  ValueBounds written_bounds_;
   std::vector<Piece> pieces_;
   StoreFile* file_;
   const u64 most_records_;

@@ -127,8 +127,7 @@ CParsedChannel::Esito CParsedChannel::add_at_an_edge(u64 time, float value) {
     // The new record has no predecessor to be measured against.
     last_time_ = highest_time();
     if (has_samples_ && time <= last_time_) times_ascend_ = false;
-    has_last_ = false;
-    has_previous_ = false;
+    forget_last();
   } else if (has_last_) {
     if (time <= last_record_time_) return kRefused;
     if (keep_constant_ && is_repeated(value)) return merge(time);
@@ -137,8 +136,7 @@ CParsedChannel::Esito CParsedChannel::add_at_an_edge(u64 time, float value) {
   store_.Aggiungi(&record);
   if (record == nullptr) {
     last_time_ = highest_time();
-    has_last_ = false;
-    has_previous_ = false;
+    forget_last();
     TRAGUARDO_LOG("CParsedChannel::AddValore", "%s [%d] ERROR = Can't alloc mem for channel\n");
     return kOutOfMemory;
   }
@@ -162,7 +160,7 @@ bool CParsedChannel::AddValori(u64 first_time, u64 step, u32 count, const float*
       continue;
     }
     Append(record, time, values[i]);
-    has_previous_ = false;
+    previous_value_ = kNone;
     has_samples_ = true;
     if (time + step < time) times_ascend_ = false;
     time += step;
@@ -301,8 +299,7 @@ void CParsedChannel::TraslaTempi(u64 from, u64 to) {
   const u64 distance = to - from;
   time_shift_ += distance;
   last_time_ = highest_time();
-  has_last_ = false;
-  has_previous_ = false;
+  forget_last();
   first_time_ += distance;
   last_time_ += distance;
   // Times that wrap in the middle of a channel no longer ascend.

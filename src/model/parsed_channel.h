@@ -41,8 +41,8 @@ class CParsedChannel final : public IRkChannel {
   u64 GetNumValoriRange(u64 from, u64 to) override;
   u64 GetPrimoTempo() const override { return store_.Numero() == 0 ? 0 : first_time_; }
   u64 GetUltimoTempo() const override { return store_.Numero() == 0 ? 1 : highest_time(); }
-  float GetMinimo() const override { return has_samples_ ? minimum_ : -1.0F; }
-  float GetMassimo() const override { return has_samples_ ? maximum_ : 1.0F; }
+  float GetMinimo() const override { return has_samples_ ? store_.bounds().lowest : -1.0F; }
+  float GetMassimo() const override { return has_samples_ ? store_.bounds().highest : 1.0F; }
   bool IsVelocita() const override { return is_speed_; }
   bool IsAccLaterale() const override { return is_lateral_acceleration_; }
   bool IsBitField() const override { return is_bit_field_; }
@@ -111,7 +111,7 @@ class CParsedChannel final : public IRkChannel {
  private:
   static constexpr u32 kValueOffset = 8;
 
-  bool is_repeated(float value) const { return has_previous_ && value == last_value_ && value == previous_value_; }
+  bool is_repeated(float value) const { return value == last_value_ && value == previous_value_; }
   Esito merge(u64 time) {
     store_u64(store_.Recente(0), time);
     last_record_time_ = time;
@@ -120,18 +120,17 @@ class CParsedChannel final : public IRkChannel {
   void Append(u8* record, u64 time, float value) {
     store_u64(record, time);
     store_f32(record + kValueOffset, value);
-    has_previous_ = has_last_;
     has_last_ = true;
     previous_value_ = last_value_;
     last_value_ = value;
     last_record_time_ = time;
-    take_bounds(value);
+  }
+  void forget_last() {
+    has_last_ = false;
+    last_value_ = kNone;
+    previous_value_ = kNone;
   }
   Esito add_at_an_edge(u64 time, float value);
-  void take_bounds(float value) {
-    if (value > maximum_) maximum_ = value;
-    if (value < minimum_) minimum_ = value;
-  }
   // Within a window times rise, so the newest record's stands for all of them.
   u64 highest_time() const { return has_last_ ? std::max(last_time_, last_record_time_) : last_time_; }
   u64 first_not_below(u64 time) const;
@@ -143,12 +142,11 @@ class CParsedChannel final : public IRkChannel {
   // The last record and the one before it are those of the current window, as no comparison reaches across its edge.
   const bool keep_constant_;
   bool has_last_ = false;
-  bool has_previous_ = false;
   bool has_samples_ = false;
-  float last_value_ = 0;
-  float previous_value_ = 0;
-  float minimum_ = std::numeric_limits<float>::max();
-  float maximum_ = std::numeric_limits<float>::lowest();
+  // Where there is no such value: equal to none.
+  static constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+  float last_value_ = kNone;
+  float previous_value_ = kNone;
   bool has_unit_id_ : 1 = false;
   // While this holds, a time can be searched for; a first record behind a window's edge or AddValori can end it.
   bool times_ascend_ : 1 = true;
