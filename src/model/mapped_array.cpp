@@ -61,48 +61,108 @@ void ValueBounds::take(const u8* values, std::size_t count) {
   if (all.highest > highest) highest = first_equal(all.highest);
 }
 
-MemoryMappedArray::MemoryMappedArray(StoreFile* file, u32 record_size, u64 largest)
-    : record_size_(record_size),
-      valid_(file != nullptr && file->IsValido()),
-      file_(file),
-      most_records_(largest / record_size) {}
+MemoryMappedArray::MemoryMappedArray(StoreFile* file, u64 largest)
+    : valid_(file != nullptr && file->IsValido()), file_(file), most_records_(largest / kRecordSize) {}
 
 MemoryMappedArray::~MemoryMappedArray() {
   release_buffer();
 }
 
-// The way of a record that finds no room: the first of a window, or one that the buffer is too small for.
-int MemoryMappedArray::make_room_and_add(u8** record) {
+int MemoryMappedArray::Aggiungi(u8** record) {
   *record = nullptr;
-  if (closed_ || !valid_) return 0;
+  int new_window = 0;
+  if (!has_room() && !open_room(&new_window)) return new_window;
+  spread();
+  *record = next_;
+  next_ += kRecordSize;
+  return new_window;
+}
+
+bool MemoryMappedArray::Add(u64 key, float value) {
+  int new_window = 0;
+  if (!has_room() && !open_room(&new_window)) return false;
+  if (expects(key)) {
+    take_value(value);
+    return true;
+  }
+  spread();
+  store_u64(next_, key);
+  store_f32(next_ + kKeySize, value);
+  __builtin_prefetch(next_ + kWriteAhead, 1);
+  next_ += kRecordSize;
+  return true;
+}
+
+// For a record that finds no room: the first of a window, or one that the buffer is too small for.
+bool MemoryMappedArray::open_room(int* new_window) {
+  if (closed_ || !valid_) return false;
   const u64 number = Numero();
-  const int new_window = number != 0 && number % kRecordsPerWindow == 0 ? 1 : 0;
+  *new_window = number != 0 && number % kRecordsPerWindow == 0 ? 1 : 0;
   const bool is_full = number == most_records_;
   if (is_full) file_->fail();
   if (is_full || (buffered() == capacity_ && !make_room())) {
     valid_ = false;
     limit_ = next_;
-    return new_window;
+    return false;
   }
   const u64 left_in_window = kRecordsPerWindow - number % kRecordsPerWindow;
   const u64 room = std::min({u64{capacity_} - buffered(), left_in_window, most_records_ - number});
-  limit_ = next_ + room * record_size_;
-  *record = take_room(record_size_);
-  return new_window;
+  limit_ = next_ + room * buffered_size();
+  return true;
 }
 
 bool MemoryMappedArray::make_room() {
-  const u32 limit = std::max(g_buffered_bytes.load(std::memory_order_relaxed) < kBudget ? kLargeBuffer : kSmallBuffer,
-                             record_size_ * 2 * kKeptRecords);
-  if (capacity_ * record_size_ + record_size_ <= limit && enlarge(limit)) return true;
-  return capacity_ > kKeptRecords && write_out(capacity_ - kKeptRecords);
+  const u32 limit = g_buffered_bytes.load(std::memory_order_relaxed) < kBudget ? kLargeBuffer : kSmallBuffer;
+  if (expected_ > kHighestEvenKey) spread();
+  const bool may_grow = capacity_ * kRecordSize + kRecordSize <= limit;
+  if (!(may_grow && enlarge(limit)) && !(capacity_ > kKeptRecords && write_out(capacity_ - kKeptRecords))) return false;
+  gather();
+  return true;
+}
+
+// Where the buffered keys lie one step apart, keeps the values alone.
+void MemoryMappedArray::gather() {
+  const u32 count = buffered();
+  if (is_even() || count < 2) return;
+  u8* const buffer = buffer_.get();
+  const u64 first = load_u64(buffer);
+  const u64 step = load_u64(buffer + kRecordSize) - first;
+  if (first > kHighestEvenKey || step == 0 || step > kLargestStep) return;
+  for (u32 i = 2; i < count; ++i) {
+    if (load_u64(buffer + std::size_t{i} * kRecordSize) != first + i * step) return;
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    store_u32(buffer + i * kValueSize, load_u32(buffer + i * kRecordSize + kKeySize));
+  }
+  next_ = buffer + std::size_t{count} * kValueSize;
+  limit_ = next_;
+  step_ = step;
+  expected_ = first + count * step;
+}
+
+// Whole records again, from the last one on.
+void MemoryMappedArray::spread() {
+  if (!is_even()) return;
+  const std::size_t count = buffered();
+  const auto room = static_cast<std::size_t>(limit_ - next_) / kValueSize;
+  u8* const buffer = buffer_.get();
+  u64 key = expected_;
+  for (std::size_t i = count; i-- > 0;) {
+    key -= step_;
+    const u32 value = load_u32(buffer + i * kValueSize);
+    store_u64(buffer + i * kRecordSize, key);
+    store_u32(buffer + i * kRecordSize + kKeySize, value);
+  }
+  expected_ = 0;
+  next_ = buffer + count * kRecordSize;
+  limit_ = next_ + room * kRecordSize;
 }
 
 bool MemoryMappedArray::enlarge(u32 limit) {
-  const u32 present = capacity_ * record_size_;
-  const u32 wanted = std::min(limit, std::max({kFirstBuffer, present * 2, record_size_ * 2 * kKeptRecords}));
-  const u32 records = wanted / record_size_;
-  std::unique_ptr<u8[]> larger(new (std::nothrow) u8[static_cast<std::size_t>(records) * record_size_]);
+  const u32 present = capacity_ * kRecordSize;
+  const u32 wanted = std::min(limit, std::max(kFirstBuffer, present * 2));
+  const u32 records = wanted / kRecordSize;
+  std::unique_ptr<u8[]> larger(new (std::nothrow) u8[static_cast<std::size_t>(records) * kRecordSize]);
   if (larger == nullptr) return false;
   const std::size_t kept = static_cast<std::size_t>(next_ - buffer_.get());
   if (kept > 0) std::memcpy(larger.get(), buffer_.get(), kept);
@@ -110,21 +170,20 @@ bool MemoryMappedArray::enlarge(u32 limit) {
   next_ = buffer_.get() + kept;
   limit_ = next_;
   capacity_ = records;
-  g_buffered_bytes += u64{records} * record_size_ - present;
+  g_buffered_bytes += u64{records} * kRecordSize - present;
   return true;
 }
 
 // Puts the values of the oldest `count` buffered records side by side. Gives whether their keys lie one step apart.
 bool MemoryMappedArray::pack(u32 count, u8* values, u64* step) const {
-  constexpr std::size_t kSize = kKeySize + kValueSize;
   const u8* record = buffer_.get();
   u64 key = load_u64(record);
-  *step = count < 2 ? 0 : load_u64(record + kSize) - key;
+  *step = count < 2 ? 0 : load_u64(record + kRecordSize) - key;
   u64 differences = 0;
   for (u32 i = 0; i < count; ++i) {
     differences |= load_u64(record) ^ key;
     store_u32(values + std::size_t{i} * kValueSize, load_u32(record + kKeySize));
-    record += kSize;
+    record += kRecordSize;
     key += *step;
   }
   return differences == 0 && count >= 2;
@@ -132,7 +191,9 @@ bool MemoryMappedArray::pack(u32 count, u8* values, u64* step) const {
 
 ValueBounds MemoryMappedArray::bounds() const {
   ValueBounds all = written_bounds_;
-  for (const u8* record = buffer_.get(); record != next_; record += record_size_) all.take(load_f32(record + kKeySize));
+  const u32 size = buffered_size();
+  for (const u8* record = buffer_.get(); record != next_; record += size)
+    all.take(load_f32(record + size - kValueSize));
   return all;
 }
 
@@ -149,13 +210,15 @@ bool MemoryMappedArray::goes_on(const Piece& piece) const {
 
 // Writes the oldest `count` buffered records and moves the others to the front.
 bool MemoryMappedArray::write_out(u32 count) {
-  const std::size_t bytes = static_cast<std::size_t>(count) * record_size_;
-  Piece piece{written_, 0, load_u64(buffer_.get()), false, 0};
+  const std::size_t bytes = std::size_t{count} * buffered_size();
+  Piece piece{written_, 0, first_buffered_key(), is_even(), step_};
   u8* const room = file_->room(bytes);
-  if (record_size_ == kKeySize + kValueSize) {
+  if (is_even()) {
+    std::memcpy(room, buffer_.get(), bytes);
+  } else {
     piece.is_even = pack(count, room, &piece.step);
-    written_bounds_.take(room, count);
   }
+  written_bounds_.take(room, count);
   if (!piece.is_even) std::memcpy(room, buffer_.get(), bytes);
   if (!file_->Append(static_cast<std::size_t>(count * stored_size(piece)), &piece.place)) return false;
   if (!goes_on(piece)) pieces_.push_back(piece);
@@ -169,7 +232,7 @@ bool MemoryMappedArray::write_out(u32 count) {
 
 // What fits into the budget of closed stores needs no file, and no more memory than it fills.
 bool MemoryMappedArray::keep_in_memory() {
-  const u64 bytes = u64{buffered()} * record_size_;
+  const u64 bytes = u64{buffered()} * kRecordSize;
   if (g_kept_bytes.fetch_add(bytes) + bytes > g_kept_budget) {
     g_kept_bytes -= bytes;
     return false;
@@ -179,6 +242,7 @@ bool MemoryMappedArray::keep_in_memory() {
     g_kept_bytes -= bytes;
     return false;
   }
+  spread();
   std::memcpy(exact.get(), buffer_.get(), static_cast<std::size_t>(bytes));
   const u32 records = buffered();
   release_buffer();
@@ -191,10 +255,11 @@ bool MemoryMappedArray::keep_in_memory() {
 }
 
 void MemoryMappedArray::release_buffer() {
-  (kept_ ? g_kept_bytes : g_buffered_bytes) -= u64{capacity_} * record_size_;
+  (kept_ ? g_kept_bytes : g_buffered_bytes) -= u64{capacity_} * kRecordSize;
   buffer_.reset();
   next_ = nullptr;
   limit_ = nullptr;
+  expected_ = 0;
   capacity_ = 0;
   kept_ = false;
 }
@@ -213,20 +278,24 @@ bool MemoryMappedArray::Chiudi() {
   return valid_;
 }
 
+// Values and their keys as records. The values may stand at the end of where the records go.
+void MemoryMappedArray::spread_values(const u8* values, u64 count, u64 key, u64 step, u8* out) {
+  for (u64 i = 0; i < count; ++i, key += step) {
+    const u32 value = load_u32(values + i * kValueSize);
+    u8* const record = out + i * kRecordSize;
+    store_u64(record, key);
+    store_u32(record + kKeySize, value);
+  }
+}
+
 void MemoryMappedArray::read_piece(const Piece& piece, u64 number, u64 count, u8* out) const {
   const u64 size = stored_size(piece);
   const std::size_t bytes = static_cast<std::size_t>(count * size);
   // The values of an even piece are read to where they end, and spread from the front.
-  u8* const stored = out + count * record_size_ - bytes;
+  u8* const stored = out + count * kRecordSize - bytes;
   file_->Read(piece.place + number * size, stored, bytes);
   if (!piece.is_even) return;
-  u64 key = piece.first_key + number * piece.step;
-  for (u64 i = 0; i < count; ++i, key += piece.step) {
-    const u32 value = load_u32(stored + i * kValueSize);
-    u8* const record = out + i * (kKeySize + kValueSize);
-    store_u64(record, key);
-    store_u32(record + kKeySize, value);
-  }
+  spread_values(stored, count, piece.first_key + number * piece.step, piece.step, out);
 }
 
 u64 MemoryMappedArray::Leggi(u64 first, u64 count, u8* out) const {
@@ -243,12 +312,17 @@ u64 MemoryMappedArray::Leggi(u64 first, u64 count, u8* out) const {
     read_piece(here, first - here.first, records_here, out);
     first += records_here;
     left -= records_here;
-    out += records_here * record_size_;
+    out += records_here * kRecordSize;
     if (piece != pieces_.end()) ++piece;
   }
   if (left > 0) {
-    std::memcpy(out, buffer_.get() + static_cast<std::size_t>((first - written_) * record_size_),
-                static_cast<std::size_t>(left * record_size_));
+    const u64 number = first - written_;
+    const u8* const stored = buffer_.get() + static_cast<std::size_t>(number) * buffered_size();
+    if (is_even()) {
+      spread_values(stored, left, first_buffered_key() + number * step_, step_, out);
+    } else {
+      std::memcpy(out, stored, static_cast<std::size_t>(left * kRecordSize));
+    }
   }
   return count;
 }

@@ -115,10 +115,19 @@ void resample(const MemoryMappedArray& store, u64 shift, u64 step, u64 from, u64
 }  // namespace
 
 CParsedChannel::CParsedChannel(std::string name, StoreFile* file, bool keep_constant)
-    : keep_constant_(keep_constant), store_(file, SChannelRecord::kSize), name_(std::move(name)) {}
+    : keep_constant_(keep_constant), store_(file), name_(std::move(name)) {}
 
 bool CParsedChannel::ChiudiStore() {
   return store_.Chiudi();
+}
+
+CParsedChannel::Esito CParsedChannel::add_out_of_step(u64 time, float value) {
+  if (!store_.has_room()) return add_at_an_edge(time, value);
+  if (time <= last_record_time_) return kRefused;
+  if (keep_constant_ && is_repeated(value)) return merge(time);
+  store_.Add(time, value);
+  keep_last(time, value);
+  return kStored;
 }
 
 // The way of a sample that finds no room in the store's buffer: often the first of a window.
@@ -132,9 +141,7 @@ CParsedChannel::Esito CParsedChannel::add_at_an_edge(u64 time, float value) {
     if (time <= last_record_time_) return kRefused;
     if (keep_constant_ && is_repeated(value)) return merge(time);
   }
-  u8* record = nullptr;
-  store_.Aggiungi(&record);
-  if (record == nullptr) {
+  if (!store_.Add(time, value)) {
     last_time_ = highest_time();
     forget_last();
     TRAGUARDO_LOG("CParsedChannel::AddValore", "%s [%d] ERROR = Can't alloc mem for channel\n");
@@ -142,7 +149,7 @@ CParsedChannel::Esito CParsedChannel::add_at_an_edge(u64 time, float value) {
   }
   if (!has_last_) first_time_ = std::min(first_time_, time);
   has_samples_ = true;
-  Append(record, time, value);
+  keep_last(time, value);
   return kStored;
 }
 
@@ -152,14 +159,12 @@ bool CParsedChannel::AddValori(u64 first_time, u64 step, u32 count, const float*
   if (step == 0 || (has_samples_ && first_time <= highest_time())) times_ascend_ = false;
   u64 time = first_time;
   for (u32 i = 0; i < count; ++i) {
-    u8* record = nullptr;
-    store_.Aggiungi(&record);
-    if (record == nullptr) {
+    if (!store_.Add(time, values[i])) {
       TRAGUARDO_LOG("CParsedChannel::AddValori", "%s [%d] ERROR = Can't alloc mem for channel\n");
       good = false;
       continue;
     }
-    Append(record, time, values[i]);
+    keep_last(time, values[i]);
     previous_value_ = kNone;
     has_samples_ = true;
     if (time + step < time) times_ascend_ = false;

@@ -60,12 +60,12 @@ class CParsedChannel final : public IRkChannel {
   bool has_room() const { return store_.has_room(); }
   // One sample. A time not above the last one's is refused, except behind a window's edge.
   Esito AddValore(u64 time, float value) {
-    // A record that finds room has a predecessor in its window.
-    if (!store_.has_room()) [[unlikely]]
-      return add_at_an_edge(time, value);
-    if (time <= last_record_time_) return kRefused;
+    // A record that finds room has a predecessor in its window; what is expected comes after it.
+    if (!store_.has_room() || !store_.expects(time)) [[unlikely]]
+      return add_out_of_step(time, value);
     if (keep_constant_ && is_repeated(value)) return merge(time);
-    Append(store_.take_room(SChannelRecord::kSize), time, value);
+    store_.take_value(value);
+    keep_last(time, value);
     return kStored;
   }
   // `count` samples from first_time on, `step` apart; no test of order. False if the store ran out of room.
@@ -117,9 +117,7 @@ class CParsedChannel final : public IRkChannel {
     last_record_time_ = time;
     return kMerged;
   }
-  void Append(u8* record, u64 time, float value) {
-    store_u64(record, time);
-    store_f32(record + kValueOffset, value);
+  void keep_last(u64 time, float value) {
     has_last_ = true;
     previous_value_ = last_value_;
     last_value_ = value;
@@ -130,6 +128,7 @@ class CParsedChannel final : public IRkChannel {
     last_value_ = kNone;
     previous_value_ = kNone;
   }
+  Esito add_out_of_step(u64 time, float value);
   Esito add_at_an_edge(u64 time, float value);
   // Within a window times rise, so the newest record's stands for all of them.
   u64 highest_time() const { return has_last_ ? std::max(last_time_, last_record_time_) : last_time_; }
@@ -175,6 +174,6 @@ class CParsedChannel final : public IRkChannel {
   i32 decimals_ = 0;
   u16 id_in_device_ = 0;
 };
-static_assert(sizeof(CParsedChannel) == 256 || sizeof(void*) != 8);
+static_assert(sizeof(CParsedChannel) <= 272 || sizeof(void*) != 8);
 
 }  // namespace traguardo

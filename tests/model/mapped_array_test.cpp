@@ -37,8 +37,8 @@ TEST(MemoryMappedArray, GivesBackWhatWasWrittenAcrossBuffersWindowsAndPieces) {
        {u64{0}, u64{1}, u64{5}, u64{31}, u64{48}, u64{4096}, u64{kWindow}, u64{kWindow} + 1, u64{3} * kWindow + 7}) {
     for (const u64 kept : {u64{0}, u64{1} << 30}) {
       const KeptBudget budget(kept);
-      MemoryMappedArray store(&file, 12);
-      MemoryMappedArray other(&file, 12);
+      MemoryMappedArray store(&file);
+      MemoryMappedArray other(&file);
       int new_windows = 0;
       for (u64 i = 0; i < count; ++i) {
         u8* record = nullptr;
@@ -74,7 +74,7 @@ TEST(MemoryMappedArray, EndsAtItsLargestSizeToTheRecord) {
   const TempFolder folder;
   StoreFile file(folder.wide("a.qlt"));
   // As with 2^32 bytes, a piece of a record is left over.
-  MemoryMappedArray store(&file, 12, 12 * 1000 + 4);
+  MemoryMappedArray store(&file, 12 * 1000 + 4);
   for (u64 i = 0; i < 1000; ++i) append(&store, i);
   u8* record = nullptr;
   store.Aggiungi(&record);
@@ -88,7 +88,7 @@ TEST(MemoryMappedArray, TakesNothingWhereItsFileCannotBe) {
   const TempFolder folder;
   StoreFile nowhere(folder.wide("missing/a.qlt"));
   EXPECT_FALSE(nowhere.IsValido());
-  MemoryMappedArray store(&nowhere, 12);
+  MemoryMappedArray store(&nowhere);
   EXPECT_FALSE(store.IsValido());
   u8* record = nullptr;
   store.Aggiungi(&record);
@@ -99,7 +99,7 @@ TEST(MemoryMappedArray, SaysThatItCannotBeRead) {
   const TempFolder folder;
   const KeptBudget nothing(0);
   StoreFile file(folder.wide("a.qlt"));
-  MemoryMappedArray store(&file, 12);
+  MemoryMappedArray store(&file);
   for (u64 i = 0; i < 10; ++i) append(&store, i);
   ASSERT_TRUE(store.Chiudi() && file.flush());
   platform::let_fail_after(platform::Operation::kRead, 0);
