@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A channel as the decode loop sees it: what a sample needs, side by side. With a thousand channels in turn, each
-// further line of memory that a sample touches costs more than its conversion.
+// A channel as the decode loop sees it: what a sample needs, side by side in one line of memory. With a thousand
+// channels in turn, each further line of memory that a sample touches costs more than its conversion.
 #pragma once
 
 #include <limits>
@@ -9,7 +9,7 @@
 
 namespace traguardo {
 
-struct ChannelEntry {
+struct alignas(64) ChannelEntry {
   static constexpr u32 kSingleHead = 8;  // of a frame of one sample: parenthesis, letter, time, index
   static constexpr u32 kNotPlain = std::numeric_limits<u32>::max();
 

@@ -87,7 +87,7 @@ class MemoryMappedArray {
   bool IsValido() const { return valid_; }
 
  private:
-  static constexpr std::size_t kWriteAhead = 128;
+  static constexpr std::size_t kWriteAhead = 64;
   static constexpr u32 kRecordsPerWindow = platform::kAllocationGranularity;
 
   // A piece of the file that one channel alone fills ends here, for those who look for a record by its key.
