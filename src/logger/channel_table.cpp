@@ -67,18 +67,14 @@ void ChannelTable::Clear() {
   ++generation_;
 }
 
-// A file
-// that changes its table again and again under long descriptors gets so much work out of the reader and no more.
-ChannelDescriptor* ChannelTable::find_descriptor(const DescriptorTable& table, u16 index) {
+// A file that changes its table again and again under long descriptors gets so much work out of the reader and no more.
+ChannelDescriptor* ChannelTable::resolved(ChannelDescriptor* descriptor) {
   constexpr u64 kPlacesPerByte = 64;
   constexpr u64 kAnyway = 1U << 24;
-  ChannelDescriptor* descriptor = table.Find(index);
-  if (descriptor != nullptr && descriptor->generation != generation_) {
-    resolved_places_ += descriptor->count();
-    if (resolved_places_ > kPlacesPerByte * size_ + kAnyway) return nullptr;
-    descriptor->Resolve([this](u16 channel) { return entry_at(channel); });
-    descriptor->generation = generation_;
-  }
+  resolved_places_ += descriptor->count();
+  if (resolved_places_ > kPlacesPerByte * size_ + kAnyway) return nullptr;
+  descriptor->Resolve([this](u16 channel) { return entry_at(channel); });
+  descriptor->generation = generation_;
   return descriptor;
 }
 

@@ -44,9 +44,13 @@ class ChannelTable {
   const DescriptorTable& groups() const { return groups_; }
   // The descriptor under an index of one of the two, looked up against the channels as they stand now; null if there is
   // none.
-  ChannelDescriptor* find_descriptor(const DescriptorTable& table, u16 index);
+  ChannelDescriptor* find_descriptor(const DescriptorTable& table, u16 index) {
+    ChannelDescriptor* const descriptor = table.Find(index);
+    return descriptor == nullptr || descriptor->generation == generation_ ? descriptor : resolved(descriptor);
+  }
 
  private:
+  ChannelDescriptor* resolved(ChannelDescriptor* descriptor);
   bool GeneraMappeSCanale(const SAtomTag& configuration);
   void take_descriptors(const SAtomTag& configuration);
   enum class Entry { kTaken, kSkipped, kFailed };

@@ -242,6 +242,14 @@ u32 FrameDecoder::decode_a(const Frame& frame) {
   return decode_places(frame, table_.acquisitions(), &errors_.a, &SStatMisura::ContaA);
 }
 
+// A sample of a place that is counted, or no plain value, or finds no room. False if the store can't grow any more.
+bool FrameDecoder::add_odd(const ChannelEntry& channel, u64 time, const u8* data, const Frame& frame,
+                           void (SStatMisura::*count_sample)()) {
+  SStatMisura* const statistics = channel.statistics;
+  if (statistics != nullptr) (statistics->*count_sample)();
+  return Accept(channel.Add(time, data, frame.offset_of(data)), statistics, frame.position);
+}
+
 // One sample for each place of a descriptor; place n is n steps later than the frame. The step of a group is 0.
 u32 FrameDecoder::decode_places(Frame frame, const DescriptorTable& table, ErrorList* errors,
                                 void (SStatMisura::*count_sample)()) {
@@ -266,14 +274,10 @@ u32 FrameDecoder::decode_places(Frame frame, const DescriptorTable& table, Error
   for (const ChannelDescriptor::Place& place : believed_places(*descriptor)) {
     const ChannelEntry& channel = channels[place.channel];
     const u64 sample_time = time + place.number * step;
-    SStatMisura* const statistics = channel.statistics;
-    if (channel.sink != nullptr && statistics == nullptr && channel.sink->has_room()) [[likely]] {
+    if (channel.plain_frame != ChannelEntry::kNotPlain && channel.sink->has_room()) [[likely]] {
       channel.sink->AddValore(sample_time, channel.reader(data));
-    } else {
-      if (statistics != nullptr) (statistics->*count_sample)();
-      if (!Accept(channel.Add(sample_time, data, frame.offset_of(data)), statistics, frame.position)) {
-        return store_failed();
-      }
+    } else if (!add_odd(channel, sample_time, data, frame, count_sample)) {
+      return store_failed();
     }
     data += channel.sample_size;
   }

@@ -63,6 +63,8 @@ class FrameDecoder {
   }
   bool closes_far_away(Frame* frame, u64 length);
   u32 decode_places(Frame frame, const DescriptorTable& table, ErrorList* errors, void (SStatMisura::*count_sample)());
+  [[gnu::noinline]] static bool add_odd(const ChannelEntry& channel, u64 time, const u8* data, const Frame& frame,
+                                        void (SStatMisura::*count_sample)());
   u32 reject(u64 position, ErrorList* errors, u64 Losses::*cause);
   bool believes_clock(u64 position, u64 time, u64 last);
   bool covers_empty_samples(u64 samples);
