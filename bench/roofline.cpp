@@ -370,7 +370,8 @@ void end_to_end(Bench* bench, std::uint32_t channels) {
 }
 
 // Twice as much of one thing in each step; the ratio is of the step's cost to twice the one before, 1 or above if cost
-// is linear.
+// is linear, and for the first step that to its floor. The floor beside it tells how much of a step is the machine's:
+// what no longer fits into a cache.
 void growth(Bench* bench) {
   struct Step {
     const char* name;
@@ -394,7 +395,8 @@ void growth(Bench* bench) {
     double before = 0;
     for (const std::uint64_t times : {1U, 2U, 4U}) {
       Session session = bench->session("growth.qlt");
-      write_session(step.shape(times), &session);
+      const Shape shape = step.shape(times);
+      write_session(shape, &session);
       Arrays arrays(session.samples);
       const Pair pair = bench->rounds(
           [&] {
@@ -407,7 +409,13 @@ void growth(Bench* bench) {
                 get_lap_info(open.handle(), lap, &start, &duration);
             });
           },
-          nullptr);
+          [&] {
+            return cost_of([&] {
+              FloorStores stores(StoreKind::buffers, shape.channels);
+              floor_open(session, shape, &stores);
+              expect(stores.read_back(arrays.times.data(), arrays.values.data()), session.samples);
+            });
+          });
       std::optional<double> ratio;
       if (before > 0) ratio = 2 * before / pair.reader.processor_s;
       before = pair.reader.processor_s;
