@@ -141,9 +141,9 @@ class MemoryMappedArray {
   bool valid_;
   bool closed_ = false;
   bool kept_ = false;  // the buffer counts as kept, see KeepInMemory
+  u32 capacity_ = 0;   // of the buffer, in records
   // Records that wait for the file. The newest two always stay here, since their owner may still change them.
   std::unique_ptr<u8[]> buffer_;
-  u32 capacity_ = 0;
   u64 written_ = 0;
   ValueBounds written_bounds_;
   std::vector<Piece> pieces_;

@@ -142,11 +142,7 @@ class alignas(64) CParsedChannel final : public IRkChannel {
   // The last record and the one before it are those of the current window, as no comparison reaches across its edge.
   const bool keep_constant_;
   bool has_last_ = false;
-  bool has_samples_ = false;
-  // Where there is no such value: equal to none.
-  static constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
-  float last_value_ = kNone;
-  float previous_value_ = kNone;
+  bool has_samples_ : 1 = false;
   bool has_unit_id_ : 1 = false;
   // While this holds, a time can be searched for; a first record behind a window's edge or AddValori can end it.
   bool times_ascend_ : 1 = true;
@@ -157,7 +153,12 @@ class alignas(64) CParsedChannel final : public IRkChannel {
   bool has_flag_400_ : 1 = false;
   bool hold_last_value_ : 1 = false;
   bool is_derived_ : 1 = false;
+  // Where there is no such value: equal to none.
+  static constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+  float last_value_ = kNone;
+  float previous_value_ = kNone;
   u16 device_code_ = 0;
+  u16 id_in_device_ = 0;
   u64 last_record_time_ = 0;
   MemoryMappedArray store_;
   std::string name_;
@@ -173,8 +174,7 @@ class alignas(64) CParsedChannel final : public IRkChannel {
   u32 flags_ = 0;
   u32 device_serial_ = 0;
   i32 decimals_ = 0;
-  u16 id_in_device_ = 0;
 };
-static_assert(sizeof(CParsedChannel) == 320 || sizeof(void*) != 8);
+static_assert(sizeof(CParsedChannel) == 256 || sizeof(void*) != 8);
 
 }  // namespace traguardo
