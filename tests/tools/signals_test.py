@@ -65,6 +65,19 @@ class Signals(unittest.TestCase):
     def tearDownClass(cls):
         shutil.rmtree(cls.root)
 
+    def stopped_in_the_midst(self, place, arguments, is_at_work):
+        """A process that stands still in its work; one that was done before it could be stopped is started again."""
+        while True:
+            process = self.start(place, arguments)
+            while process.poll() is None:
+                if is_at_work():
+                    process.send_signal(signal.SIGSTOP)
+                    os.waitid(os.P_PID, process.pid, os.WSTOPPED | os.WEXITED | os.WNOWAIT)
+                    if process.poll() is None and is_at_work():
+                        return process
+                    process.send_signal(signal.SIGCONT)
+                time.sleep(0.001)
+
     def fresh(self):
         """A folder with the sessions, one for the system's temporary files and one for the user's configuration."""
         place = os.path.join(self.root, "work")
@@ -167,23 +180,19 @@ class Signals(unittest.TestCase):
         def parts():
             return [name for name in os.listdir(data) if name not in own and name.startswith("out.csv.traguardo-")]
 
+        def writes(known):
+            new = [name for name in parts() if name not in known]
+            return new and os.path.getsize(os.path.join(data, new[0])) > 0
+
         def started():
-            """A process in the midst of its writing."""
             known = set(parts())
-            process = self.start(place, export)
-            while process.poll() is None:
-                new = [name for name in parts() if name not in known]
-                if new and os.path.getsize(os.path.join(data, new[0])) > 0:
-                    break
-                time.sleep(0.001)
-            return process
+            return self.stopped_in_the_midst(place, export, lambda: writes(known))
 
         with started() as process:
             process.kill()
         self.assertEqual(len(parts()), 1)
         # The next one removes that, but not what a living process is writing.
         with started() as living:
-            living.send_signal(signal.SIGSTOP)
             try:
                 written = parts()
                 self.assertEqual(len(written), 1)
@@ -208,16 +217,12 @@ class Signals(unittest.TestCase):
 
         def started():
             known = working()
-            process = self.start(place, ["report", "s.qlt"])
-            while process.poll() is None and not working() - known:
-                time.sleep(0.001)
-            return process
+            return self.stopped_in_the_midst(place, ["report", "s.qlt"], lambda: working() - known)
 
         with started() as process:
             process.kill()
         self.assertEqual(len(working()), 1)
         with started() as living:
-            living.send_signal(signal.SIGSTOP)
             try:
                 living_only = working()
                 self.assertEqual(len(living_only), 1)
