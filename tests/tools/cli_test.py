@@ -496,6 +496,16 @@ class CliTest(unittest.TestCase):
 
     # --- The inside of a session ------------------------------------------------------------------------------------
 
+    def test_page_or_one_line_why_there_is_none(self):
+        path = self.path("session.html")
+        if "was built without its page" in run("page", self.session, "-o", path).stderr:
+            self.fails("page", self.session, "-o", path, saying="scripts/setup.sh bundle")
+            return
+        self.ok("page", self.session, "-o", path)
+        head = json.loads(re.search(r' id="head">(.*?)</script>', self.read(path).decode("utf-8"), re.S).group(1))
+        self.assertEqual([c["count"] for c in head["files"][0]["channels"] if c["kind"] == "logged"],
+                         [len(c.samples) for c in self.expected.visible()])
+
     def test_derived_channels_only_if_asked_for(self):
         info = self.json("info", self.session, "--verbose")
         self.assertEqual(info["derived_channels"], [])

@@ -7,10 +7,12 @@
 #include <cstdint>
 #include <deque>
 #include <future>
+#include <limits>
 #include <memory>
 #include <numeric>
 #include <optional>
 #include <set>
+#include <span>
 #include <thread>
 #include <utility>
 
@@ -80,23 +82,33 @@ class TimesOfOneRate {
   // Empty for times that weren't there yet.
   std::shared_future<std::string> find(const std::vector<double>& times_s, std::size_t stretch) const {
     for (const Entry& entry : entries_) {
-      if (entry.stretch == stretch && entry.times_s == times_s) return entry.block;
+      if (entry.stretch == stretch && entry.count == times_s.size() && are_of(times_s, entry)) return entry.block;
     }
     return {};
   }
   void add(const std::vector<double>& times_s, std::size_t stretch, std::shared_future<std::string> block) {
     constexpr std::size_t kMostTimes = 16'000'000;
-    if (count_ + times_s.size() > kMostTimes) return;
-    count_ += times_s.size();
-    entries_.push_back({stretch, times_s, std::move(block)});
+    Entry entry{stretch, times_s.size(), {}, std::move(block)};
+    if (count_ + times_s.size() / stretch > kMostTimes) return;
+    for (std::size_t i = 0; i < times_s.size(); i += stretch) entry.first_times_s.push_back(times_s[i]);
+    count_ += entry.first_times_s.size();
+    entries_.push_back(std::move(entry));
   }
 
  private:
   struct Entry {
     std::size_t stretch;
-    std::vector<double> times_s;
+    std::size_t count;
+    std::vector<double> first_times_s;  // of each stretch
     std::shared_future<std::string> block;
   };
+  static bool are_of(const std::vector<double>& times_s, const Entry& entry) {
+    if (entry.stretch == 1) return entry.first_times_s == times_s;
+    return std::all_of(entry.first_times_s.begin(), entry.first_times_s.end(),
+                       [at = std::size_t{0}, &times_s, stretch = entry.stretch](double time_s) mutable {
+                         return times_s[std::exchange(at, at + stretch)] == time_s;
+                       });
+  }
   std::vector<Entry> entries_;
   std::size_t count_ = 0;
 };
@@ -107,6 +119,60 @@ std::string times_block(Workbench* bench, std::size_t stretch) {
     bench->times_us.push_back(microseconds(bench->samples.times_s[i]));
   }
   return block_of_times(bench->times_us);
+}
+
+struct Extremes {
+  double min = 0;
+  double max = 0;
+};
+
+// Of the numbers; the first value in both places where there is none.
+Extremes extremes_of(std::span<const double> values) {
+  constexpr double kInfinite = std::numeric_limits<double>::infinity();
+  Extremes found{kInfinite, -kInfinite};
+  for (const double value : values) {
+    found.min = value < found.min ? value : found.min;
+    found.max = value > found.max ? value : found.max;
+  }
+  if (std::isfinite(found.min) && std::isfinite(found.max)) return found;
+  found = {kInfinite, -kInfinite};
+  for (const double value : values) {
+    if (std::isfinite(value)) found = {std::min(found.min, value), std::max(found.max, value)};
+  }
+  return found.min <= found.max ? found : Extremes{values.front(), values.front()};
+}
+
+// The minima of all stretches, then their maxima.
+std::vector<double> extremes_of(const std::vector<double>& values, std::size_t stretch) {
+  const std::size_t count = (values.size() + stretch - 1) / stretch;
+  std::vector<double> extremes(2 * count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t from = i * stretch;
+    const Extremes found = extremes_of(std::span(values).subspan(from, std::min(stretch, values.size() - from)));
+    extremes[i] = found.min;
+    extremes[count + i] = found.max;
+  }
+  return extremes;
+}
+
+struct Values {
+  int decimals = 0;
+  std::string block;
+};
+
+// First thinned, then encoded: what is left out isn't looked at twice.
+Values values_block(Workbench* bench, std::size_t stretch) {
+  Values encoded;
+  if (stretch == 1) {
+    encoded.decimals = keep_values(bench->samples.values, &bench->kept);
+    encoded.block = block_of_values(bench->kept);
+    return encoded;
+  }
+  std::vector<double> extremes = extremes_of(bench->samples.values, stretch);
+  encoded.decimals = keep_values(extremes, &bench->kept);
+  const auto middle = bench->kept.begin() + static_cast<std::ptrdiff_t>(bench->kept.size() / 2);
+  encoded.block = block_of_extremes({bench->kept.begin(), middle}, {middle, bench->kept.end()});
+  return encoded;
 }
 
 // A session is read by one thread; the others encode what it has read.
@@ -124,12 +190,7 @@ class Encoder {
       times = std::async(std::launch::async, [bench, stretch] { return times_block(bench.get(), stretch); }).share();
       times_.add(bench->samples.times_s, stretch, times);
     }
-    auto values = std::async(std::launch::async, [bench, stretch] {
-      Values encoded;
-      encoded.decimals = keep_values(bench->samples.values, &bench->kept);
-      encoded.block = stretch > 1 ? block_of_extremes(bench->kept, stretch) : block_of_values(bench->kept);
-      return encoded;
-    });
+    auto values = std::async(std::launch::async, [bench, stretch] { return values_block(bench.get(), stretch); });
     running_.push_back({channel, std::move(bench), std::move(times), std::move(values)});
   }
   void finish() {
@@ -137,10 +198,6 @@ class Encoder {
   }
 
  private:
-  struct Values {
-    int decimals = 0;
-    std::string block;
-  };
   struct Running {
     EncodedChannel* channel;
     std::shared_ptr<Workbench> bench;

@@ -37,21 +37,6 @@ class ValueRow {
   std::int64_t last_ = 0;
 };
 
-struct Extremes {
-  std::int32_t min = kNotANumber;
-  std::int32_t max = kNotANumber;
-};
-
-Extremes extremes_of(const std::int32_t* begin, const std::int32_t* end) {
-  Extremes found{*begin, *begin};
-  for (const std::int32_t* value = begin + 1; value != end; ++value) {
-    if (*value < kFirstNumber) continue;
-    if (found.min < kFirstNumber || *value < found.min) found.min = *value;
-    if (found.max < kFirstNumber || *value > found.max) found.max = *value;
-  }
-  return found;
-}
-
 }  // namespace
 
 // Differences have few long repetitions: runs and short codes give all of what a search gives, in a third of its time.
@@ -103,20 +88,15 @@ std::string block_of_values(const std::vector<std::int32_t>& values) {
   return block.finish();
 }
 
-std::string block_of_extremes(const std::vector<std::int32_t>& values, std::size_t stretch) {
-  std::vector<Extremes> found;
-  found.reserve(values.size() / stretch + 1);
-  for (std::size_t i = 0; i < values.size(); i += stretch) {
-    found.push_back(extremes_of(&values[i], values.data() + std::min(values.size(), i + stretch)));
-  }
+std::string block_of_extremes(const std::vector<std::int32_t>& minima, const std::vector<std::int32_t>& maxima) {
   Block block;
-  ValueRow minima(&block);
-  for (const Extremes& one : found) minima.put(one.min);
-  for (const Extremes& one : found) {
-    if (one.min < kFirstNumber) {
-      minima.put_no_number(one.min);
+  ValueRow row(&block);
+  for (const std::int32_t minimum : minima) row.put(minimum);
+  for (std::size_t i = 0; i < minima.size(); ++i) {
+    if (minima[i] < kFirstNumber) {
+      row.put_no_number(minima[i]);
     } else {
-      block.put(zigzag(std::int64_t{one.max} - one.min) + 1);
+      block.put(zigzag(std::int64_t{maxima[i]} - minima[i]) + 1);
     }
   }
   return block.finish();

@@ -51,9 +51,8 @@ class Block {
 std::string block_of_times(const std::vector<std::int64_t>& times_us);
 // Differences from number to number.
 std::string block_of_values(const std::vector<std::int32_t>& values);
-// Of each `stretch` values the minimum, as values are, then for each how far the maximum is above it. A stretch without
-// a number has its first value in both places.
-std::string block_of_extremes(const std::vector<std::int32_t>& values, std::size_t stretch);
+// The minima as values are, then for each how far its maximum is above it. What is no number stands in both places.
+std::string block_of_extremes(const std::vector<std::int32_t>& minima, const std::vector<std::int32_t>& maxima);
 
 // In the alphabet of RFC 4648, padded.
 std::string to_base64(std::string_view bytes);
