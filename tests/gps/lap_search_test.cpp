@@ -119,34 +119,6 @@ std::vector<const SGpsRecord*> pointers_to(const std::vector<SGpsRecord>& record
   return pointers;
 }
 
-TEST(RawGpsChannels, GiveWhatTheReceiverSaid) {
-  const std::vector<SGpsRecord> records = {gps_record({.time_ms = 12345}), gps_record({.time_ms = 4294967295,
-                                                                                       .x_cm = 1,
-                                                                                       .y_cm = -2147483647 - 1,
-                                                                                       .z_cm = 300,
-                                                                                       .vx_cm_s = -123,
-                                                                                       .vy_cm_s = 2147483647,
-                                                                                       .vz_cm_s = 7,
-                                                                                       .satellites = 255})};
-  const RawGpsSamples samples(pointers_to(records));
-  const double expected[] = {0.01, -21474836.48, 3.0, -1.23, 21474836.47, 0.07, 255.0};
-  for (u32 channel = 0; channel < kRawGpsChannelCount; ++channel) {
-    double times[2] = {-1.0, -1.0};
-    double values[2] = {-1.0, -1.0};
-    ASSERT_EQ(samples.fill(channel, 1, 5, times, values), 1u);
-    EXPECT_DOUBLE_EQ(values[0], expected[channel]) << kRawGpsChannels[channel].name;
-    EXPECT_DOUBLE_EQ(times[0], 4294967.295);
-    EXPECT_EQ(values[1], -1.0);
-  }
-  double unused = 0.0;
-  EXPECT_EQ(samples.fill(kRawGpsChannelCount, 0, 1, &unused, &unused), 0u);
-  EXPECT_EQ(samples.fill(0, 2, 1, &unused, &unused), 0u);
-  EXPECT_STREQ(kRawGpsChannels[4].name, "ECEF velocity_Y");
-  EXPECT_STREQ(kRawGpsChannels[4].unit, "m/s");
-  EXPECT_STREQ(kRawGpsChannels[6].name, "N Satellites");
-  EXPECT_STREQ(kRawGpsChannels[6].unit, "#");
-}
-
 TEST(RawGpsSamples, CutLapsInMillisecondsFromAHintInTheGridsStep) {
   // A record every 40 ms for 40 s. A hint in steps of 10,000 reaches index 3 at most.
   const std::vector<SGpsRecord> records = test::GpsCircle{}.records(40, 1001);

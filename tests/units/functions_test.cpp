@@ -189,15 +189,6 @@ TEST(Functions, NamedChannels) {
   EXPECT_EQ(functions.LapFieldOfFid(0xB898B), 2);
   EXPECT_EQ(functions.LapFieldOfFid(0xB8992), 0);
 
-  std::size_t basic = 0;
-  for (auto* row = functions.FirstBasicChannel(); row != nullptr; row = functions.NextBasicChannel()) ++basic;
-  EXPECT_EQ(basic, 19U);
-  std::vector<i32> codes;
-  for (auto* row = functions.FirstExternalChannel(); row != nullptr; row = functions.NextExternalChannel()) {
-    codes.push_back(row->code);
-  }
-  EXPECT_EQ(codes, (std::vector<i32>{0xE001, 0xE002, 0xE003, 0xE004, 0xE005, 0xE00C, 0xE00F, 0xE010, 0xB00F}));
-
   i32 code = 0;
   double divisor = 0.0;
   std::string unit;

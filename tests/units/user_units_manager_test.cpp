@@ -111,18 +111,6 @@ TEST(UserUnits, Convert) {
   EXPECT_NEAR(units.Convert(0x10, "km/h", "km/h", 9.25, true), 9.2501, 1e-9) << "not above 10: no rounding";
 }
 
-TEST(UserUnits, FormatDistance) {
-  CUserUnitsOfMeasureMgr units;
-  std::string text = "before";
-  units.FormatDistance(12345.6, &text);
-  EXPECT_EQ(text, "12.3");
-  EXPECT_TRUE(units.SetUnitaScelta(0x1608, "mi"));
-  units.FormatDistance(12345.6, &text);
-  EXPECT_EQ(text, "7.7");
-  units.FormatDistance(1e308, &text);
-  EXPECT_EQ(text.size(), 305U + 2U) << "6.2e304 miles";
-}
-
 TEST(UserUnits, ExactConversions) {
   const CUserUnitsOfMeasureMgr units;
   const struct {
