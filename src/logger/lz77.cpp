@@ -44,10 +44,12 @@ File open_source(const std::wstring& path) {
   return File::open(path, Access::kRead, Share::kRead, Creation::kMustExist);
 }
 
+// Nothing has the name: 0. What it is can't be told: more than any expansion yields, so that it stays.
 u64 size_of(const std::wstring& path) {
+  if (!platform::file_exists(path)) return 0;
   const File file = open_source(path);
   u64 size = 0;
-  return file && file.size(&size) ? size : 0;
+  return file && file.size(&size) ? size : ~u64{0};
 }
 
 }  // namespace

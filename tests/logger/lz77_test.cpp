@@ -6,6 +6,7 @@
 
 #include "helpers/temp_folder.h"
 #include "helpers/wire.h"
+#include "support/platform/fault_injection.h"
 
 namespace traguardo {
 namespace {
@@ -95,6 +96,20 @@ TEST(Lz77, GivesACodeForEveryKindOfStream) {
       }
       for (const std::string& name : folder.names()) EXPECT_TRUE(name == "a.qlc" || name == "a.qlt") << name;
     }
+  }
+}
+
+TEST(Lz77, DamagedStreamsReplaceNothingThatCannotBeMeasured) {
+  const Bytes stream = compressed(noise(100000));
+  // The source's own come first, and the opening of the fresh file.
+  for (const auto& [operation, others] : {std::pair(platform::Operation::kOpen, 2), {platform::Operation::kSize, 1}}) {
+    const TempFolder folder;
+    folder.write("a.qlt", "old");
+    const std::string source = folder.write("a.qlc", Bytes(stream.begin(), stream.begin() + 50000));
+    platform::let_fail_after(operation, static_cast<u64>(others));
+    EXPECT_EQ(CLz77().Decomprimi(source.c_str(), folder.file("a.qlt").c_str()), Z_DATA_ERROR);
+    EXPECT_TRUE(platform::let_nothing_fail());
+    EXPECT_EQ(folder.read("a.qlt"), "old");
   }
 }
 
