@@ -55,6 +55,11 @@ def host(library, path, mode):
     if handle > 0 and mode == "pause":
         print("open", flush=True)
         sys.stdin.readline()
+    if handle > 0 and mode == "killed":
+        if os.fork() == 0:  # what it closes and leaves is its own
+            lib.close_file_i(handle)
+            sys.exit()
+        os.wait()
     if handle > 0 and mode != "memory":
         for _ in range(2):
             for channel in range(lib.get_channels_count(handle)):
@@ -173,7 +178,6 @@ class Limits(unittest.TestCase):
         self.assertEqual(int(out.split()[1]), alone[1])
         self.assertEqual([p.name for p in self.path.iterdir()], ["a.qlt"])
 
-
     def test_an_expansion_leaves_the_readers_of_its_target_alone(self):
         session = self.simulate(self.path / "a.qlt", "--laps", "2")
         alone = run_host(session)[1]
@@ -188,7 +192,7 @@ class Limits(unittest.TestCase):
     def test_a_session_that_is_cut_while_it_is_read_is_a_failed_open(self):
         self.simulate(self.path / "whole.qlt", "--laps", "20")
         failed, samples = run_host(self.path / "whole.qlt", "cut")
-        self.assertGreater(samples, 0)
+        self.assertGreater(min(failed, samples), 0)
         self.assertEqual(sorted(p.name for p in self.path.iterdir()), ["a.qlt", "whole.qlt"])
         print(f"{failed} of 20 cuts came while the session was read")
 
