@@ -73,7 +73,7 @@ std::optional<std::size_t> most_block_bytes(double largest_mb, const PageBlocks&
 
 // In pieces that stay in the nearest cache.
 void write_base64(std::string_view bytes, OutputFile* out) {
-  constexpr std::size_t kPiece = 3 * 8192;
+  constexpr std::size_t kPiece = std::size_t{3} * 8192;
   for (std::size_t at = 0; at < bytes.size(); at += kPiece) out->write(to_base64(bytes.substr(at, kPiece)));
 }
 

@@ -198,7 +198,8 @@ std::vector<Passage> Car::take_passages() {
 }
 
 const CarState& Car::move_to(double time_s) {
-  for (double passage_s = next_passage_s(); passage_s <= time_s; passage_s = next_passage_s()) {
+  while (next_passage_s() <= time_s) {
+    const double passage_s = next_passage_s();
     const bool line = next_split_ == 3;
     if (line) ++laps_completed_;
     passages_.push_back({passage_s, line ? 0 : next_split_, laps_completed_});
